@@ -1,0 +1,24 @@
+#pragma once
+
+#include "common_service/data/communication_data.h"
+#include "common_service/tarn_def.h"
+
+/// Where the version numbers lie below the cluster's root, and the size of their buffer.
+inline constexpr ORVA_STORE_NODE STORE_NODE_VERSION{"/Version", 512};
+
+/// The two version numbers of the cluster as one document. Its JSON form belongs to the host; it
+/// carries both numbers in full and fits the buffer.
+class CVersionZNode : public CBaseJsonObject {
+public:
+    int32_t ParseJson(const char* pszJson) override;
+    int32_t ToJson(char* pszJson, uint32_t iMaxLen) override;
+
+    unsigned long long GetDecisionVerNum();
+    void SetDecisionVerNum(unsigned long long ullDecisionVerNum);
+    unsigned long long GetMasterVerNum();
+    void SetMasterVerNum(unsigned long long ullMasterVerNum);
+
+private:
+    unsigned long long m_ullDecisionVerNum = 0;
+    unsigned long long m_ullMasterVerNum = 0;
+};

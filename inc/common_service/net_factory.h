@@ -1,0 +1,30 @@
+#pragma once
+
+#include <mutex>
+#include <set>
+#include <string>
+#include <utility>
+
+namespace HALD {
+
+/// The peers from which links are accepted, each an address and a link type. Callable from any
+/// thread.
+class CNetFactory {
+public:
+    static CNetFactory& Instance();
+
+    /// Returns 0, also for a link that is there already.
+    int AddValidatedLink(const std::string& strIp, int iType);
+
+    /// Returns 0, also for a link that is not there.
+    int DelValidatedLink(const std::string& strIp, int iType);
+
+    /// What the reference host adds: is this peer accepted?
+    bool IsValidatedLink(const std::string& strIp, int iType);
+
+private:
+    std::mutex m_mutex;
+    std::set<std::pair<std::string, int>> m_setLink;
+};
+
+}  // namespace HALD

@@ -1,0 +1,38 @@
+#pragma once
+
+#include <memory>
+#include <optional>
+#include <string>
+
+/// Called once, with the node's path, when a watched node is created or written. From any thread;
+/// never with a lock of the store held.
+using StoreWatcher = void (*)(const std::string& strPath);
+
+/// What a read found.
+struct CStoreAnswer {
+    bool bExists = false;
+    std::optional<std::string> text;  ///< nothing when the node exists without data
+};
+
+/// A coordination store: a tree of nodes with a text each. Callable from any thread; every call
+/// ends within a bounded time.
+class IStore {
+public:
+    virtual ~IStore() = default;
+
+    /// Reads a node. A watcher is set whether or not the node exists and stays set until it fires.
+    /// Returns 0, with bExists false for an absent node, or a code with the answer untouched.
+    virtual int Read(const std::string& strPath, StoreWatcher pWatcher, CStoreAnswer& answer) = 0;
+
+    /// Writes a node, creating it and its parents where they are missing. Returns 0, or a code with
+    /// the store unchanged.
+    virtual int Write(const std::string& strPath, const std::string& strText) = 0;
+};
+
+/// Puts a store behind COperCommon. Until then, and after a null pointer, every store call fails.
+/// Not beside running store calls.
+void SetStore(std::shared_ptr<IStore> pStore);
+
+/// What ClusterNodeEventWatcher does on an event of a node that was read with it; null for nothing.
+/// The handler runs on the store's thread and may itself read the node, which sets the watch anew.
+void SetNodeEventHandler(void (*pHandler)(const std::string& strPath));
