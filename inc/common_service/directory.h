@@ -13,7 +13,6 @@ int get_lib_directory(std::string& strDir);
 /// The directory that holds the service's configuration; its folder "taskmodel" holds the
 /// standard tasks. Returns 0, or a code with strDir untouched.
 int get_config_directory(std::string& strDir);
-
 }
 
 /// What the reference host adds. An empty text makes the getter fail. Set before other threads run.

@@ -1,6 +1,7 @@
 #pragma once
 
 #include <atomic>
+#include <mutex>
 #include <string>
 
 /// The cluster's behaviour switches as this process sees them, and the local address. Callable
@@ -38,4 +39,7 @@ private:
     std::atomic<int> m_iLoadBalanceNetThreshold{10};
     std::atomic<int> m_iLoadBalanceChannelThreshold{10};
     std::atomic<int> m_iClusterForwardType{0};
+
+    std::mutex m_mutex;
+    std::string m_strLocalIp;  ///< guarded by m_mutex
 };

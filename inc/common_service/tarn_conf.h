@@ -12,4 +12,7 @@ public:
 
     /// What the reference host adds. Set before other threads run.
     void SetCstClusterCode(const std::string& strClusterCode);
+
+private:
+    std::string m_strClusterCode;
 };

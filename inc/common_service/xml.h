@@ -1,12 +1,15 @@
 #pragma once
 
+#include <list>
 #include <memory>
+#include <string>
+#include <utility>
 
 namespace PELU {
 
-/// A cursor over one XML document. It stands on a current element or, after IntoElem and on a new
-/// document, on a level before its first element. A move that fails leaves the cursor where it
-/// stood. One thread at a time.
+/// A cursor over one XML document. It stands on a current element of a level or, on a new document
+/// and after FindElemEx, on a level before its first element. A move that fails leaves the cursor
+/// where it stood. One thread at a time.
 class CXml {
 public:
     /// With a file name, as Load; with null, an empty document.
@@ -33,22 +36,24 @@ public:
     /// forward.
     bool FindElemValue(const char* pszName);
 
-    /// Goes down to the first child of the current element; false if it has none.
+    /// Goes down to the first child of the current element, or to the one that AddChildElem has
+    /// just added; false if it has none.
     bool IntoElem();
 
     /// Goes back up to the parent; on the top level nothing happens.
     void OutOfElem();
 
-    /// Goes to the next sibling; false at the last.
+    /// Goes to the next sibling; false at the last. From before the first element: to the first.
     bool NextElem();
 
-    /// Adds an element behind the current one and goes there. On an empty document: the root.
+    /// Adds an element behind the current one and goes there. On an empty document: the root. The
+    /// caller sees to it that the document keeps one root.
     bool AddElem(const char* pszName);
 
     /// Adds a last child to the current element. The cursor stays; the next IntoElem goes to it.
     bool AddChildElem(const char* pszName);
 
-    /// Replaces the text of the current element.
+    /// Replaces the text of the current element; its children stay.
     bool SetElemValue(const char* pszValue);
 
     /// Removes the current element; the cursor stands on the one before it, or before the first.
@@ -67,6 +72,9 @@ public:
     const char* GetElemName() const;
     const char* GetElemValue() const;
     const char* GetAttribute(const char* pszName) const;
+
+    /// The elements of the current level in order, each as its name and its text.
+    std::list<std::pair<std::string, std::string>> GetLevel() const;
 
 private:
     struct CState;

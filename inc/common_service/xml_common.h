@@ -5,7 +5,8 @@
 
 #include "common_service/xml.h"
 
-/// Reads values at the cursor of an XML document. Stateless; one thread at a time per document.
+/// Reads values at the cursor of an XML document; the cursor stays. Stateless; one thread at a time
+/// per document.
 class CXmlCommon {
 public:
     static CXmlCommon& Instance();

@@ -29,10 +29,18 @@ public:
     virtual int Write(const std::string& strPath, const std::string& strText) = 0;
 };
 
+/// What COperCommon itself answers, beside the store's codes and those of the documents.
+enum enStoreError {
+    STORE_NODE_ABSENT = 109200001,
+    STORE_TEXT_TOO_LONG = 109200002,
+    STORE_NOT_SET = 109200003,
+};
+
 /// Puts a store behind COperCommon. Until then, and after a null pointer, every store call fails.
 /// Not beside running store calls.
 void SetStore(std::shared_ptr<IStore> pStore);
 
 /// What ClusterNodeEventWatcher does on an event of a node that was read with it; null for nothing.
-/// The handler runs on the store's thread and may itself read the node, which sets the watch anew.
+/// The handler runs on the store's thread, or on the thread that wrote the node, which may hold a
+/// registry's mutex. It may itself read the node, which sets the watch anew.
 void SetNodeEventHandler(void (*pHandler)(const std::string& strPath));

@@ -1,0 +1,49 @@
+#pragma once
+
+#include <memory>
+#include <mutex>
+#include <optional>
+#include <string>
+
+#include "common_service/reference/store.h"
+
+/// A store that lives in memory. Watchers run on the writing thread, after the store's own mutex is
+/// released. For tests it fails a chosen call, counts its calls and shows what it holds.
+class CMemoryStore : public IStore {
+public:
+    CMemoryStore();
+    ~CMemoryStore() override;
+
+    int Read(const std::string& strPath, StoreWatcher pWatcher, CStoreAnswer& answer) override;
+    int Write(const std::string& strPath, const std::string& strText) override;
+
+    /// Makes the uiNth call from now, 1 being the next, fail with iCode: once, reads and writes
+    /// counted together. A call that fails so leaves the store, the watches and the answer alone.
+    void FailCall(unsigned int uiNth, int iCode);
+
+    /// How many reads and writes there were, failed ones included.
+    unsigned int GetCallCount() const;
+
+    /// The text of a node; nothing when it is absent or without data.
+    std::optional<std::string> Get(const std::string& strPath) const;
+
+    /// As Get, but tells an absent node from one without data.
+    CStoreAnswer GetNode(const std::string& strPath) const;
+
+    /// Puts a node there, without data for std::nullopt, or takes it away: no call is counted or
+    /// failed, and no watcher fires.
+    void Put(const std::string& strPath, const std::optional<std::string>& text);
+    void Erase(const std::string& strPath);
+
+private:
+    int CountCallLocked();
+    CStoreAnswer GetNodeLocked(const std::string& strPath) const;
+
+    struct CState;
+
+    mutable std::mutex m_mutex;  ///< guards everything below
+    std::unique_ptr<CState> m_pState;
+    unsigned int m_uiCallCount = 0;
+    unsigned int m_uiFailingCall = 0;
+    int m_iFailingCode = 0;
+};

@@ -1,0 +1,29 @@
+#include "common_service/net_factory.h"
+
+#include "common_service/tarn_def.h"
+
+namespace HALD {
+
+CNetFactory& CNetFactory::Instance() {
+    static CNetFactory& instance = *new CNetFactory;
+    return instance;
+}
+
+int CNetFactory::AddValidatedLink(const std::string& strIp, int iType) {
+    const std::lock_guard<std::mutex> guard(m_mutex);
+    m_setLink.emplace(strIp, iType);
+    return ORVA_SUCCEED;
+}
+
+int CNetFactory::DelValidatedLink(const std::string& strIp, int iType) {
+    const std::lock_guard<std::mutex> guard(m_mutex);
+    m_setLink.erase({strIp, iType});
+    return ORVA_SUCCEED;
+}
+
+bool CNetFactory::IsValidatedLink(const std::string& strIp, int iType) {
+    const std::lock_guard<std::mutex> guard(m_mutex);
+    return m_setLink.count({strIp, iType}) != 0;
+}
+
+}  // namespace HALD

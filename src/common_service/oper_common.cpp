@@ -1,0 +1,145 @@
+#include "common_service/oper_common.h"
+
+#include <arpa/inet.h>
+#include <json/json.h>
+
+#include <atomic>
+#include <cstdint>
+#include <cstring>
+#include <exception>
+#include <memory>
+#include <vector>
+
+#include "common_service/reference/store.h"
+#include "common_service/tarn_def.h"
+#include "internal/log.h"
+
+namespace {
+
+constexpr char PSZ_READ[] = "read store node";
+constexpr char PSZ_WRITE[] = "write store node";
+constexpr std::uint64_t NUMERIC_WARNING_PERCENT = 80;
+
+std::shared_ptr<IStore>& Store() {
+    static std::shared_ptr<IStore>& pStore = *new std::shared_ptr<IStore>;
+    return pStore;
+}
+
+std::atomic<void (*)(const std::string&)> g_pNodeEventHandler{nullptr};
+
+void OnNodeEvent(const std::string& strPath) {
+    const auto pHandler = g_pNodeEventHandler.load();
+    if (pHandler != nullptr) {
+        pHandler(strPath);
+    }
+}
+
+/// Asks the document, and turns whatever it throws into a code and a line.
+template <class Question>
+int AskDocument(const char* pszOperation, const std::string& strPath, const Question& question) {
+    std::string strReason = "unknown";
+    try {
+        return question();
+    } catch (const std::exception& exception) {
+        strReason = exception.what();
+    } catch (...) {
+    }
+    LogError(pszOperation, ORVA_DATA_INVALID,
+             "document of " + strPath + " threw an exception: " + strReason);
+    return ORVA_DATA_INVALID;
+}
+
+/// A text that was cut is never a whole object or array. The writer ends each whole text with its
+/// only line feed, so that the parser has work only on a text that lacks it.
+bool IsWhole(const std::string& strText) {
+    if (strText.empty() || strText.back() == '\n') {
+        return true;
+    }
+    Json::CharReaderBuilder builder;
+    builder["strictRoot"] = true;
+    builder["failIfExtra"] = true;
+    const std::unique_ptr<Json::CharReader> pReader(builder.newCharReader());
+    Json::Value root;
+    return pReader->parse(strText.data(), strText.data() + strText.size(), &root, nullptr);
+}
+
+int RenderDocument(CBaseJsonObject& doc, unsigned int uiBufLen, std::string& strText) {
+    std::vector<char> buffer(uiBufLen);
+    const int iRet = doc.ToJson(buffer.data(), uiBufLen);
+    strText.assign(buffer.data(), strnlen(buffer.data(), uiBufLen));
+    return iRet;
+}
+
+}  // namespace
+
+void SetStore(std::shared_ptr<IStore> pStore) {
+    Store() = std::move(pStore);
+}
+
+void SetNodeEventHandler(void (*pHandler)(const std::string& strPath)) {
+    g_pNodeEventHandler = pHandler;
+}
+
+void ClusterNodeEventWatcher(zhandle_t*, int, int, const char* path, void*) {
+    if (path != nullptr) {
+        OnNodeEvent(path);
+    }
+}
+
+int COperCommon::GetDataFromZK(const char* path, void* watcher, unsigned int bufLen,
+                               CBaseJsonObject* doc, bool& bDataEmpty) {
+    bDataEmpty = false;
+    if (path == nullptr || doc == nullptr) {
+        return ORVA_PARA_INVALID;
+    }
+    if (Store() == nullptr) {
+        return STORE_NOT_SET;
+    }
+    CStoreAnswer answer;
+    const int iRet = Store()->Read(path, watcher == nullptr ? nullptr : &OnNodeEvent, answer);
+    if (iRet != ORVA_SUCCEED) {
+        return iRet;
+    }
+    if (!answer.text || answer.text->empty()) {
+        bDataEmpty = true;
+        return answer.bExists ? static_cast<int>(ORVA_SUCCEED) : STORE_NODE_ABSENT;
+    }
+    if (answer.text->size() >= bufLen) {
+        LogError(PSZ_READ, STORE_TEXT_TOO_LONG,
+                 std::string("text of ") + path + " has " + std::to_string(answer.text->size()) +
+                     " characters, buffer " + std::to_string(bufLen));
+        return STORE_TEXT_TOO_LONG;
+    }
+    return AskDocument(PSZ_READ, path, [&] { return doc->ParseJson(answer.text->c_str()); });
+}
+
+int COperCommon::SetDataToZK(const char* path, unsigned int bufLen, CBaseJsonObject* doc) {
+    if (path == nullptr || doc == nullptr || bufLen == 0) {
+        return ORVA_PARA_INVALID;
+    }
+    if (Store() == nullptr) {
+        return STORE_NOT_SET;
+    }
+    std::string strText;
+    const int iRet =
+        AskDocument(PSZ_WRITE, path, [&] { return RenderDocument(*doc, bufLen, strText); });
+    if (iRet != ORVA_SUCCEED) {
+        return iRet;
+    }
+    const std::string strSize = std::string("text of ") + path + " takes " +
+                                std::to_string(strText.size()) + " of a buffer of " +
+                                std::to_string(bufLen);
+    if (strText.size() == bufLen || !IsWhole(strText)) {
+        LogError(PSZ_WRITE, ORVA_DATA_INVALID, strSize + " and is not whole");
+        return ORVA_DATA_INVALID;
+    }
+    if (strText.size() * std::uint64_t{100} >= bufLen * NUMERIC_WARNING_PERCENT) {
+        LogWarning(PSZ_WRITE, strSize);
+    }
+    return Store()->Write(path, strText);
+}
+
+unsigned int COperCommon::IPToUint(const std::string& strIp) {
+    in_addr address{};
+    return inet_pton(AF_INET, strIp.c_str(), &address) == 1 ? ntohl(address.s_addr) : 0;
+}

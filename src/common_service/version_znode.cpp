@@ -1,0 +1,76 @@
+#include "common_service/data/version_znode.h"
+
+#include <json/json.h>
+
+#include <cstring>
+#include <memory>
+#include <string>
+
+#include "common_service/bounded_string.h"
+
+namespace {
+
+constexpr char PSZ_DECISION_VER_NUM[] = "DecisionVerNum";
+constexpr char PSZ_MASTER_VER_NUM[] = "MasterVerNum";
+
+// isUInt64 alone holds for 1.0 too, which does not carry a 64-bit number in full.
+bool IsVersionNumber(const Json::Value& value) {
+    return value.type() != Json::realValue && value.isUInt64();
+}
+
+}  // namespace
+
+int32_t CVersionZNode::ParseJson(const char* pszJson) {
+    if (pszJson == nullptr) {
+        return ORVA_DATA_INVALID;
+    }
+    Json::CharReaderBuilder builder;
+    builder["failIfExtra"] = true;
+    const std::unique_ptr<Json::CharReader> pReader(builder.newCharReader());
+    Json::Value root;
+    if (!pReader->parse(pszJson, pszJson + std::strlen(pszJson), &root, nullptr) ||
+        !root.isObject()) {
+        return ORVA_DATA_INVALID;
+    }
+    const Json::Value& decision = root[PSZ_DECISION_VER_NUM];
+    const Json::Value& master = root[PSZ_MASTER_VER_NUM];
+    if (!IsVersionNumber(decision) || !IsVersionNumber(master)) {
+        return ORVA_DATA_INVALID;
+    }
+    m_ullDecisionVerNum = decision.asUInt64();
+    m_ullMasterVerNum = master.asUInt64();
+    return ORVA_SUCCEED;
+}
+
+int32_t CVersionZNode::ToJson(char* pszJson, uint32_t iMaxLen) {
+    if (pszJson == nullptr) {
+        return ORVA_FAIL;
+    }
+    Json::Value root;
+    root[PSZ_DECISION_VER_NUM] = Json::UInt64{m_ullDecisionVerNum};
+    root[PSZ_MASTER_VER_NUM] = Json::UInt64{m_ullMasterVerNum};
+    Json::StreamWriterBuilder builder;
+    builder["indentation"] = "";
+    const std::string strText = Json::writeString(builder, root) + "\n";
+    memset_s(pszJson, iMaxLen, 0, iMaxLen);
+    if (iMaxLen != 0) {
+        strncpy_s(pszJson, iMaxLen, strText.c_str(), iMaxLen - 1);
+    }
+    return ORVA_SUCCEED;
+}
+
+unsigned long long CVersionZNode::GetDecisionVerNum() {
+    return m_ullDecisionVerNum;
+}
+
+void CVersionZNode::SetDecisionVerNum(unsigned long long ullDecisionVerNum) {
+    m_ullDecisionVerNum = ullDecisionVerNum;
+}
+
+unsigned long long CVersionZNode::GetMasterVerNum() {
+    return m_ullMasterVerNum;
+}
+
+void CVersionZNode::SetMasterVerNum(unsigned long long ullMasterVerNum) {
+    m_ullMasterVerNum = ullMasterVerNum;
+}
