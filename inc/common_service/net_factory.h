@@ -22,6 +22,9 @@ public:
     /// What the reference host adds: is this peer accepted?
     bool IsValidatedLink(const std::string& strIp, int iType);
 
+    /// What the reference host adds: forgets every link.
+    void Clear();
+
 private:
     std::mutex m_mutex;
     std::set<std::pair<std::string, int>> m_setLink;

@@ -26,4 +26,9 @@ bool CNetFactory::IsValidatedLink(const std::string& strIp, int iType) {
     return m_setLink.count({strIp, iType}) != 0;
 }
 
+void CNetFactory::Clear() {
+    const std::lock_guard<std::mutex> guard(m_mutex);
+    m_setLink.clear();
+}
+
 }  // namespace HALD

@@ -34,9 +34,10 @@ void OnNodeEvent(const std::string& strPath) {
     }
 }
 
-/// Asks the document, and turns whatever it throws into a code and a line.
+/// Asks the document, and turns whatever it throws into a code and a line of the caller.
 template <class Question>
-int AskDocument(const char* pszOperation, const std::string& strPath, const Question& question) {
+int AskDocument(const char* pszOperation, const std::string& strPath, const Question& question,
+                int iLine = __builtin_LINE(), const char* pszFunction = __builtin_FUNCTION()) {
     std::string strReason = "unknown";
     try {
         return question();
@@ -45,7 +46,8 @@ int AskDocument(const char* pszOperation, const std::string& strPath, const Ques
     } catch (...) {
     }
     LogError(pszOperation, ORVA_DATA_INVALID,
-             "document of " + strPath + " threw an exception: " + strReason);
+             "document of " + strPath + " threw an exception: " + strReason, __FILE__, iLine,
+             pszFunction);
     return ORVA_DATA_INVALID;
 }
 
