@@ -1,0 +1,45 @@
+#pragma once
+
+#include <json/value.h>
+
+#include <cstdint>
+#include <initializer_list>
+#include <string>
+#include <variant>
+
+#include "internal/log.h"
+
+/// Reading and writing the JSON text of the store documents.
+namespace [[gnu::visibility("hidden")]] framework_internal {
+
+inline constexpr char OPERATION_NULL_JSON[] = "Point pszJson is null.";
+
+/// A required member of an object and where its value goes: the type of the target is the type
+/// that the member must have.
+struct JsonMember {
+    const char* pszKey;
+    std::variant<std::string*, int*, bool*> target;
+
+    JsonMember(const char* pszMemberKey, std::string& strTarget)
+        : pszKey(pszMemberKey), target(&strTarget) {}
+    JsonMember(const char* pszMemberKey, int& iTarget) : pszKey(pszMemberKey), target(&iTarget) {}
+    JsonMember(const char* pszMemberKey, bool& bTarget) : pszKey(pszMemberKey), target(&bTarget) {}
+};
+
+/// Parses the text; a failed parse leaves a partial value behind.
+bool ParseJsonText(const char* pszJson, Json::Value& root);
+
+/// The member of that key; null when it is absent. Throws on a value that has no members.
+const Json::Value* FindMember(const Json::Value& object, const char* pszKey);
+
+/// The member when it is an array, null for anything else.
+const Json::Value* FindArray(const Json::Value& object, const char* pszKey);
+
+/// Reads the members in order. False at the first that is absent, null or of another type; the
+/// targets before it have then been written.
+bool ReadMembers(const Json::Value& object, std::initializer_list<JsonMember> members);
+
+/// Renders the value into the buffer, zeroing the rest; a text that does not fit is cut.
+void WriteJsonText(const Json::Value& root, char* pszJson, uint32_t iMaxLen);
+
+}  // namespace gnu::visibility("hidden")]]framework_internal
