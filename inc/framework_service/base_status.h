@@ -1,0 +1,18 @@
+#pragma once
+
+/// The root of the status records.
+class CBaseStatusInfo {
+public:
+    CBaseStatusInfo() = default;
+    CBaseStatusInfo(const CBaseStatusInfo&) = default;
+    CBaseStatusInfo(CBaseStatusInfo&&) = default;
+    CBaseStatusInfo& operator=(const CBaseStatusInfo&) = default;
+    CBaseStatusInfo& operator=(CBaseStatusInfo&&) = default;
+    virtual ~CBaseStatusInfo() = default;
+
+    /// Always true.
+    bool IsParamValid();
+
+    /// Does nothing.
+    void Print();
+};

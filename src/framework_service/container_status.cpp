@@ -1,0 +1,1 @@
+#include "framework_service/container_status.h"

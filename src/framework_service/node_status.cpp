@@ -1,0 +1,1 @@
+#include "framework_service/node_status.h"
