@@ -1,0 +1,137 @@
+#include "framework_service/cluster_znode_info.h"
+
+#include "internal/json_text.h"
+#include "internal/log.h"
+
+using namespace framework_internal;
+
+namespace {
+
+constexpr char OPERATION[] = "cluster znode info";
+
+/// The container types of a node. False when an entry has none.
+bool ReadContainerTypes(const Json::Value& nodeJson, std::list<std::string>& containerList) {
+    const Json::Value* pContainers = FindArray(nodeJson, PSZ_NODE_CONTAINER);
+    if (pContainers == nullptr) {
+        return true;
+    }
+    for (const Json::Value& containerJson : *pContainers) {
+        std::string& strType = containerList.emplace_back();
+        if (!ReadMembers(containerJson, {{PSZ_NODE_CONTAINER_TYPE, strType}})) {
+            return false;
+        }
+    }
+    return true;
+}
+
+}  // namespace
+
+int BuildNodeJson(const CNode& node, Json::Value& nodeJson) {
+    nodeJson[PSZ_NODE_ID] = node.GetNodeId();
+    nodeJson[PSZ_NODE_IP] = node.GetNodeIp();
+    nodeJson[PSZ_NODE_IP_TYPE] = node.GetNodeIpType();
+    nodeJson[PSZ_NODE_ROLE] = node.GetNodeRole();
+    nodeJson[PSZ_NODE_DOMAIN_ROLE] = node.GetDomainRole();
+    nodeJson[PSZ_NODE_STATUS] = node.GetMemberStatus() == CLUSTER_MEMBER_REMOVED
+                                    ? PSZ_NODE_STATUS_REMOVED
+                                    : PSZ_NODE_STATUS_NORMAL;
+    std::list<std::string> containerList;
+    node.GetContainerList(containerList);
+    for (const std::string& strType : containerList) {
+        nodeJson[PSZ_NODE_CONTAINER].append(Json::objectValue)[PSZ_NODE_CONTAINER_TYPE] = strType;
+    }
+    return ORVA_SUCCEED;
+}
+
+int ParseNodeJson(const Json::Value& nodeJson, CNode& node) {
+    std::string strNodeId;
+    std::string strNodeIp;
+    int iNodeIpType = 0;
+    int iNodeRole = 0;
+    int iDomainRole = 0;
+    std::string strStatus;
+    std::list<std::string> containerList;
+    if (!ReadMembers(nodeJson, {{PSZ_NODE_ID, strNodeId},
+                                {PSZ_NODE_IP, strNodeIp},
+                                {PSZ_NODE_IP_TYPE, iNodeIpType},
+                                {PSZ_NODE_ROLE, iNodeRole},
+                                {PSZ_NODE_STATUS, strStatus},
+                                {PSZ_NODE_DOMAIN_ROLE, iDomainRole}}) ||
+        !ReadContainerTypes(nodeJson, containerList)) {
+        return LogFailure(HERE, OPERATION, ORVA_DATA_INVALID,
+                          "node id or node name is null or illegal.");
+    }
+    node.SetNodeId(strNodeId);
+    node.SetNodeIp(strNodeIp);
+    node.SetNodeIpType(iNodeIpType);
+    node.SetNodeRole(iNodeRole);
+    node.SetDomainRole(iDomainRole);
+    node.SetContainerList(containerList);
+    if (strStatus == PSZ_NODE_STATUS_REMOVED) {
+        node.SetMemberStatus(CLUSTER_MEMBER_REMOVED);
+    }
+    return ORVA_SUCCEED;
+}
+
+CClusterZNodeInfo::CClusterZNodeInfo(const std::string& strClusterName,
+                                     const std::string& strClusterRemark,
+                                     const std::string& strClusterCode, int iClusterForwardType)
+    : m_strClusterName(strClusterName),
+      m_strClusterRemark(strClusterRemark),
+      m_strClusterCode(strClusterCode),
+      m_iClusterForwardType(iClusterForwardType) {}
+
+int32_t CClusterZNodeInfo::ParseJson(const char* pszJson) {
+    if (pszJson == nullptr) {
+        return LogNullPointer(HERE, OPERATION_NULL_JSON, ORVA_DATA_INVALID);
+    }
+    Json::Value root;
+    if (!ParseJsonText(pszJson, root)) {
+        return LogFailure(HERE, OPERATION, ORVA_DATA_INVALID, "parse json fail, json text[%s].",
+                          pszJson);
+    }
+    CClusterZNodeInfo parsed;
+    if (!ReadMembers(root, {{PSZ_CLUSTER_REMARK, parsed.m_strClusterRemark},
+                            {PSZ_CLUSTER_NAME, parsed.m_strClusterName},
+                            {PSZ_CLUSTER_CODE, parsed.m_strClusterCode}})) {
+        return LogFailure(HERE, OPERATION, ORVA_DATA_INVALID,
+                          "cluster id or name is null or illegal, json text[%s].", pszJson);
+    }
+    ReadMembers(root, {{PSZ_CLUSTER_FORWARD_TYPE, parsed.m_iClusterForwardType}});
+    if (const Json::Value* pNodes = FindArray(root, PSZ_CLUSTER_NODE); pNodes != nullptr) {
+        // One node for all entries: "Removed" carries over from the entry that says it to the rest.
+        CNode node;
+        for (const Json::Value& nodeJson : *pNodes) {
+            if (::ParseNodeJson(nodeJson, node) != ORVA_SUCCEED) {
+                return LogFailure(HERE, OPERATION, ORVA_DATA_INVALID,
+                                  "parse node json fail, json text[%s].", pszJson);
+            }
+            parsed.m_nodeList.push_back(node);
+        }
+    }
+    *this = std::move(parsed);
+    return ORVA_SUCCEED;
+}
+
+int32_t CClusterZNodeInfo::ToJson(char* pszJson, uint32_t iMaxLen) {
+    if (pszJson == nullptr) {
+        return LogNullPointer(HERE, OPERATION_NULL_JSON, ORVA_FAIL);
+    }
+    if (iMaxLen == 0) {
+        return LogFailure(HERE, OPERATION, ORVA_DATA_INVALID, "to json fail, illegal length.");
+    }
+    Json::Value root;
+    root[PSZ_CLUSTER_NAME] = m_strClusterName;
+    root[PSZ_CLUSTER_REMARK] = m_strClusterRemark;
+    root[PSZ_CLUSTER_CODE] = m_strClusterCode;
+    root[PSZ_CLUSTER_FORWARD_TYPE] = m_iClusterForwardType;
+    for (const CNode& node : m_nodeList) {
+        BuildNodeJson(node, root[PSZ_CLUSTER_NODE].append(Json::objectValue));
+    }
+    WriteJsonText(root, pszJson, iMaxLen);
+    return ORVA_SUCCEED;
+}
+
+void CClusterZNodeInfo::GetNodeList(std::list<CNode>& nodeList) const {
+    nodeList.insert(nodeList.end(), m_nodeList.begin(), m_nodeList.end());
+}
