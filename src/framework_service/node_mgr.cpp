@@ -1,0 +1,166 @@
+#include "framework_service/node_mgr.h"
+
+#include <algorithm>
+
+#include "common_service/tarn_def.h"
+#include "internal/log.h"
+#include "internal/registry.h"
+
+using namespace framework_internal;
+
+CNodeMgr CNodeMgr::m_Instance;
+
+void CNodeMgr::RefreshSizeLocked() {
+    m_uiSize = static_cast<unsigned int>(m_nodeTable.size());
+}
+
+void CNodeMgr::Init(const std::list<CNode>& nodeList) {
+    const MutexGuard guard(m_mutex);
+    if (!guard.locked()) {
+        return;
+    }
+    m_nodeTable.clear();
+    for (const CNode& node : nodeList) {
+        m_nodeTable.insert_or_assign(node.GetNodeId(), node);
+    }
+    RefreshSizeLocked();
+}
+
+void CNodeMgr::AddNode(const NodeMap& nodeMap) {
+    const MutexGuard guard(m_mutex);
+    if (!guard.locked()) {
+        return;
+    }
+    for (const auto& [strNodeId, node] : nodeMap) {
+        m_nodeTable.insert_or_assign(strNodeId, node);
+    }
+    RefreshSizeLocked();
+}
+
+void CNodeMgr::GetAllNode(std::list<CNode>& nodeList) {
+    const MutexGuard guard(m_mutex);
+    if (!guard.locked()) {
+        return;
+    }
+    for (const auto& [strNodeId, node] : m_nodeTable) {
+        nodeList.push_back(node);
+    }
+}
+
+bool CNodeMgr::GetNode(const std::string& strNodeId, CNode& node) {
+    return WithEntry(m_mutex, m_nodeTable, strNodeId,
+                     [&node](const CNode& known) { node = known; }) == ELookup::FOUND;
+}
+
+bool CNodeMgr::IsNodeExist(const std::string& strNodeCode) {
+    return WithEntry(m_mutex, m_nodeTable, strNodeCode, [](const CNode&) {}) == ELookup::FOUND;
+}
+
+void CNodeMgr::SetNodeOnline(const std::string& strNodeId, bool bOnline) {
+    WithEntry(m_mutex, m_nodeTable, strNodeId, [bOnline](CNode& node) { node.SetOnline(bOnline); });
+}
+
+bool CNodeMgr::IsNodeOnline(const std::string& strNodeId) {
+    bool bOnline = false;
+    WithEntry(m_mutex, m_nodeTable, strNodeId,
+              [&bOnline](const CNode& node) { bOnline = node.IsOnline(); });
+    return bOnline;
+}
+
+void CNodeMgr::SetSystemResource(const std::string& strNodeID, const CSystemResource& totalSysRes,
+                                 const CSystemResource& curSysRes) {
+    const ELookup eLookup = WithEntry(m_mutex, m_nodeTable, strNodeID, [&](CNode& node) {
+        node.SetTotalResource(totalSysRes);
+        node.SetCurResource(curSysRes);
+    });
+    if (eLookup == ELookup::UNKNOWN) {
+        LogFailure(HERE, "Node mgr set system resource", ORVA_FAIL,
+                   "can not find the node, node id=%s", strNodeID.c_str());
+    }
+}
+
+void CNodeMgr::SetMemberStatus(const std::list<std::string>& nodeCodeList, int iStatus) {
+    const MutexGuard guard(m_mutex);
+    if (!guard.locked()) {
+        return;
+    }
+    for (const std::string& strNodeCode : nodeCodeList) {
+        const auto it = m_nodeTable.find(strNodeCode);
+        if (it != m_nodeTable.end()) {
+            it->second.SetMemberStatus(iStatus);
+        }
+    }
+}
+
+void CNodeMgr::RemoveNode(const std::string& strNodeId) {
+    const MutexGuard guard(m_mutex);
+    if (!guard.locked()) {
+        return;
+    }
+    m_nodeTable.erase(strNodeId);
+    RefreshSizeLocked();
+}
+
+void CNodeMgr::RemoveNodeContainer(const std::string& strNodeId,
+                                   const std::string& strContainerType,
+                                   unsigned int& uiContainerLeftNum) {
+    const ELookup eLookup = WithEntry(m_mutex, m_nodeTable, strNodeId, [&](CNode& node) {
+        std::list<std::string> containerList;
+        node.GetContainerList(containerList);
+        const auto it = std::find(containerList.begin(), containerList.end(), strContainerType);
+        if (it != containerList.end()) {
+            containerList.erase(it);
+        }
+        node.SetContainerList(containerList);
+        uiContainerLeftNum = static_cast<unsigned int>(containerList.size());
+    });
+    if (eLookup == ELookup::UNKNOWN) {
+        uiContainerLeftNum = 0;
+    }
+}
+
+int CNodeMgr::GetNearbyNodeListByIP(uint32_t uiIP, uint32_t uiMask,
+                                    std::list<std::string>& nodeList) {
+    nodeList.clear();
+    const MutexGuard guard(m_mutex);
+    if (!guard.locked()) {
+        return ORVA_FAIL;
+    }
+    for (const auto& [strKey, node] : m_nodeTable) {
+        if ((node.GetNodeIpInt() & uiMask) == (uiIP & uiMask)) {
+            nodeList.push_back(node.GetNodeId());
+        }
+    }
+    return ORVA_SUCCEED;
+}
+
+void CNodeMgr::SetContainerShiftFaultTimes(const CContainerAddr& addr, uint64_t times) {
+    const MutexGuard guard(m_shiftStatusMutex);
+    if (guard.locked()) {
+        m_containerFaultShiftFailMap.insert_or_assign(addr, times);
+    }
+}
+
+uint64_t CNodeMgr::GetContainerShiftFaultTimes(const CContainerAddr& addr) {
+    uint64_t uiTimes = 0;
+    WithEntry(m_shiftStatusMutex, m_containerFaultShiftFailMap, addr,
+              [&uiTimes](uint64_t uiKnown) { uiTimes = uiKnown; });
+    return uiTimes;
+}
+
+void CNodeMgr::ClearContainerShiftStatus(const std::string& nodeCode) {
+    ClearContainerShiftStatus(std::list<std::string>{nodeCode});
+}
+
+void CNodeMgr::ClearContainerShiftStatus(const std::list<std::string>& nodeCodeList) {
+    const MutexGuard guard(m_shiftStatusMutex);
+    if (!guard.locked()) {
+        return;
+    }
+    for (auto it = m_containerFaultShiftFailMap.begin();
+         it != m_containerFaultShiftFailMap.end();) {
+        const bool bListed = std::find(nodeCodeList.begin(), nodeCodeList.end(),
+                                       it->first.GetNodeId()) != nodeCodeList.end();
+        it = bListed ? m_containerFaultShiftFailMap.erase(it) : std::next(it);
+    }
+}
