@@ -4,6 +4,14 @@
 #include <list>
 #include <string>
 
+/// The private keys of a cloud storage task: what its node asks for.
+inline constexpr char PSZ_TASK_PRODUCT_TYPE[] = "ProductType";
+inline constexpr char PSZ_TASK_SERVICE_TYPE[] = "ServiceType";
+inline constexpr char PSZ_TASK_REQ_STORAGE[] = "ReqStorage";
+inline constexpr char PSZ_TASK_REQ_PIC_STORAGE[] = "ReqPicStorage";
+inline constexpr char PSZ_TASK_LOW_PRI_BIT_RATE[] = "LowPriBitRate";
+inline constexpr char PSZ_TASK_TRAN_BAND_WIDTH[] = "TranBandWidth";
+
 /// One allocation of cloud storage to a node. Sizes are in the unit of whoever reports them.
 struct ORVA_CLOUD_STORAGE_ALLOC_INFO {
     std::string cloudStorageCode;
