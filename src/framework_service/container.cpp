@@ -1,0 +1,409 @@
+#include "framework_service/container.h"
+
+#include <algorithm>
+#include <cstddef>
+#include <limits>
+#include <set>
+#include <utility>
+
+#include "common_service/tarn_def.h"
+#include "common_service/tool_help.h"
+#include "framework_service/cluster_cloud_storage_znode_info.h"
+#include "internal/key_values.h"
+#include "internal/log.h"
+#include "internal/sample_buffer.h"
+#include "internal/store.h"
+#include "internal/wrap.h"
+
+using namespace framework_internal;
+
+bool CompareTaskByDisk(const CResourceTask& t1, const CResourceTask& t2) {
+    return t1.GetDisk() < t2.GetDisk();
+}
+
+bool CompareTaskByNet(const CResourceTask& t1, const CResourceTask& t2) {
+    return t1.GetNet() < t2.GetNet();
+}
+
+namespace {
+
+constexpr char SERVICE_TYPE_MPU_R[] = "MPU-R";
+
+int32_t AddPositive(int32_t iTotal, int32_t iValue) {
+    return iValue >= 1 ? WrapAdd(iTotal, iValue) : iTotal;
+}
+
+int32_t SubtractToZero(int32_t iTotal, int32_t iValue) {
+    return iTotal > iValue ? WrapSub(iTotal, iValue) : 0;
+}
+
+template <typename Predicate>
+auto FindTask(const std::list<CResourceTask>& taskTable, const Predicate& isWanted) {
+    return std::find_if(taskTable.begin(), taskTable.end(), isWanted);
+}
+
+auto HasId(const std::string& strTaskId) {
+    return [&strTaskId](const CResourceTask& task) { return task.GetTaskId() == strTaskId; };
+}
+
+}  // namespace
+
+CContainer::CContainer() : m_tLastReportTime(time(nullptr)) {}
+
+void CContainer::SetTotalResource(const CSystemResource& systemResource) {
+    m_totalResource = systemResource;
+    if (!m_statusVector.empty()) {
+        CalcDiskRatio(GetTotalDisk(), NewestSample().GetDisk());
+    }
+}
+
+void CContainer::SetCurResource(const CSystemResource& systemResource) {
+    CalcDiskRatio(GetTotalDisk(), systemResource.GetDisk());
+    m_status.SetCurSysResource(TakeSample(m_statusVector, m_iCurStatusPos, systemResource));
+    m_iCurStatusPos = (m_iCurStatusPos + 1) % NUMERIC_SAMPLES;
+}
+
+CSystemResource& CContainer::NewestSample() {
+    const int32_t iNewest = (m_iCurStatusPos + NUMERIC_SAMPLES - 1) % NUMERIC_SAMPLES;
+    return m_statusVector[static_cast<std::size_t>(iNewest)];
+}
+
+int32_t CContainer::GetCurResourceByType(RESOURCE_TYPE eType) const {
+    return m_status.GetCurSysResource().GetResourceByType(eType);
+}
+
+void CContainer::CalcDiskRatio(int32_t iTotalDisk, int32_t iCurDisk) {
+    m_fDiskRatio = iTotalDisk > 0 ? static_cast<float>(iCurDisk) / static_cast<float>(iTotalDisk)
+                                  : static_cast<float>(std::numeric_limits<int32_t>::max());
+}
+
+void CContainer::SetStatusReportTime() {
+    m_tLastReportTime = time(nullptr);
+}
+
+bool CContainer::IsReportStatusOutTime(int iTimeOut) {
+    const time_t tNow = time(nullptr);
+    if (m_tLastReportTime > tNow) {
+        m_tLastReportTime = tNow;
+        return true;
+    }
+    const time_t tDifference = tNow - m_tLastReportTime;
+    if (tDifference <= iTimeOut) {
+        return false;
+    }
+    LogInfo(HERE, "", "containerType=%s nodeId=%s report timeout,diff time=%ld",
+            m_strContainerType.c_str(), m_strNodeId.c_str(), tDifference);
+    return true;
+}
+
+void CContainer::SetMemberStatus(int val) {
+    m_iMemberStatus = val;
+    if (val == CLUSTER_MEMBER_REMOVED) {
+        m_uiCount = 0;
+    }
+}
+
+void CContainer::SetProcessState(const std::map<std::string, int>& processTable) {
+    m_processTable = processTable;
+}
+
+void CContainer::GetProcessState(std::map<std::string, int>& processTable) const {
+    processTable = m_processTable;
+}
+
+bool CContainer::IsProcessRunning() const {
+    for (const auto& [strProcess, iState] : m_processTable) {
+        if (iState != PROCESS_STATE_RUNNING) {
+            LogInfo(HERE, "", "containerType=%s nodeId=%s process=%s stopped.",
+                    m_strContainerType.c_str(), m_strNodeId.c_str(), strProcess.c_str());
+            return false;
+        }
+    }
+    return true;
+}
+
+int CContainer::InsertSingleKeyValue(const std::string& strKey, const std::string& strValue) {
+    return SetValueByKey(strKey, strValue);
+}
+
+int CContainer::InsertSingleKeyIntValue(const std::string& strKey, int iValue) {
+    return SetIntValueByKey(strKey, iValue);
+}
+
+int CContainer::InsertSingleKeyFloatValue(const std::string& strKey, float fValue) {
+    m_floatPrivateInfo.insert_or_assign(strKey, fValue);
+    return ORVA_SUCCEED;
+}
+
+int CContainer::SetValueByKey(const std::string& strKey, const std::string& strValue) {
+    m_privateInfo.insert_or_assign(strKey, strValue);
+    return ORVA_SUCCEED;
+}
+
+int CContainer::SetIntValueByKey(const std::string& strKey, int iValue) {
+    return SetValueByKey(strKey, HALD::CToolHelp::IntToStr(iValue, false));
+}
+
+int CContainer::GetValueByKey(const std::string& strKey, std::string& strValue) const {
+    return ReadKey(HERE, "Container, get value by key", "can not find, key[%s], value[%s]",
+                   m_privateInfo, strKey, strValue);
+}
+
+int CContainer::GetIntValueByKey(const std::string& strKey, int& iValue) const {
+    std::string strValue;
+    const int iRet = GetValueByKey(strKey, strValue);
+    if (iRet == ORVA_SUCCEED) {
+        iValue = HALD::CToolHelp::StrToInt(strValue, false);
+    }
+    return iRet;
+}
+
+int CContainer::GetFloatValueByKey(const std::string& strKey, float& fValue) const {
+    return ReadKey(HERE, "Container, get float value by key", "can not find, key[%s], value[%f]",
+                   m_floatPrivateInfo, strKey, fValue);
+}
+
+void CContainer::GetAllPrivateInfo(KeyValueMap& privateInfo) const {
+    privateInfo = m_privateInfo;
+}
+
+void CContainer::SetExtParam(const KeyValueMap& privateInfo) {
+    m_privateInfo = privateInfo;
+}
+
+void CContainer::SetResourceTask(const std::list<CResourceTask>& resTaskTable, int iMsgType) {
+    m_taskTable = resTaskTable;
+    CalcTaskTotalNet();
+    if (m_strContainerType == CONTAINER_TYPE_CLOUD_STORAGE) {
+        CalcCloudStorageInfo(iMsgType);
+    }
+    if (m_uiCount != 0) {
+        m_bNeedUpdate = false;
+    } else {
+        m_uiCount = 1;
+    }
+}
+
+void CContainer::GetResoureTask(std::list<CResourceTask>& resTaskList) const {
+    resTaskList.insert(resTaskList.end(), m_taskTable.begin(), m_taskTable.end());
+}
+
+void CContainer::AddResourceTask(const std::list<CResourceTask>& resTaskList) {
+    for (const CResourceTask& task : resTaskList) {
+        AddTask(task);
+    }
+}
+
+void CContainer::RemoveResourceTask(const std::list<std::string>& taskIdList) {
+    const std::set<std::string> ids(taskIdList.begin(), taskIdList.end());
+    m_taskTable.remove_if(
+        [&ids](const CResourceTask& task) { return ids.count(task.GetTaskId()) != 0; });
+    CalcTaskTotalNet();
+}
+
+int CContainer::AddTask(const CResourceTask& resTask) {
+    m_taskTable.push_back(resTask);
+    AddTaskDisk(resTask.GetDisk());
+    AddTaskNet(resTask.GetNet());
+    return ORVA_SUCCEED;
+}
+
+int CContainer::DelTask(const CResourceTask& resTask) {
+    const auto it = FindTask(m_taskTable, HasId(resTask.GetTaskId()));
+    if (it == m_taskTable.end()) {
+        return LogFailure(HERE, "container remove task by id", ORVA_FAIL, "connot find task[%s].",
+                          resTask.GetTaskId().c_str());
+    }
+    // The argument may be the stored task itself: its costs are read before it goes.
+    const int32_t iDisk = resTask.GetDisk();
+    const int32_t iNet = resTask.GetNet();
+    m_taskTable.erase(it);
+    if (iDisk > 0) {
+        DelTaskDisk(iDisk);
+    }
+    if (iNet > 0) {
+        DelTaskNet(iNet);
+    }
+    return ORVA_SUCCEED;
+}
+
+void CContainer::AddTaskDisk(int32_t iDisk) {
+    m_iTaskTotalDisk = AddPositive(m_iTaskTotalDisk, iDisk);
+}
+
+void CContainer::AddTaskNet(int32_t iNet) {
+    m_iTaskTotalNet = AddPositive(m_iTaskTotalNet, iNet);
+}
+
+void CContainer::DelTaskDisk(int32_t iDisk) {
+    m_iTaskTotalDisk = SubtractToZero(m_iTaskTotalDisk, iDisk);
+}
+
+void CContainer::DelTaskNet(int32_t iNet) {
+    m_iTaskTotalNet = SubtractToZero(m_iTaskTotalNet, iNet);
+}
+
+void CContainer::CalcTaskTotalNet() {
+    m_iTaskTotalNet = 0;
+    for (const CResourceTask& task : m_taskTable) {
+        m_iTaskTotalNet = WrapAdd(m_iTaskTotalNet, task.GetNet());
+    }
+}
+
+void CContainer::AddDiskToLastestResource(int32_t iDisk) {
+    if (m_statusVector.empty()) {
+        return;
+    }
+    CSystemResource& newest = NewestSample();
+    newest.SetDisk(WrapAdd(newest.GetDisk(), iDisk));
+    CalcDiskRatio(GetTotalDisk(), newest.GetDisk());
+}
+
+void CContainer::DelDiskToLastestResource(int32_t iDisk) {
+    if (m_statusVector.empty()) {
+        return;
+    }
+    CSystemResource& newest = NewestSample();
+    if (iDisk > newest.GetDisk()) {
+        LogFailure(HERE, "container del disk", ORVA_FAIL,
+                   "disk param[%d] larger than container disk[%d].", iDisk, newest.GetDisk());
+        newest.SetDisk(0);
+    } else {
+        newest.SetDisk(WrapSub(newest.GetDisk(), iDisk));
+    }
+    CalcDiskRatio(GetTotalDisk(), newest.GetDisk());
+}
+
+void CContainer::SortTaskTableByDisk() {
+    m_taskTable.sort(CompareTaskByDisk);
+}
+
+void CContainer::SortTaskTableByNet() {
+    m_taskTable.sort(CompareTaskByNet);
+}
+
+void CContainer::SortTaskTableByPrivateFunc(TaskCompareFunc pFunc) {
+    m_taskTable.sort(pFunc);
+}
+
+int CContainer::GetFirstTask(CResourceTask& resTask) const {
+    if (m_taskTable.empty()) {
+        return LogFailure(HERE, "container get first task", ORVA_FAIL, "container have no task.");
+    }
+    resTask = m_taskTable.front();
+    return ORVA_SUCCEED;
+}
+
+int CContainer::GetSingleTaskById(const std::string& taskId, CResourceTask& resTask) const {
+    const auto it = FindTask(m_taskTable, HasId(taskId));
+    if (it == m_taskTable.end()) {
+        return LogFailure(HERE, "container get single task by id", ORVA_FAIL,
+                          "container don't have this task.");
+    }
+    resTask = *it;
+    return ORVA_SUCCEED;
+}
+
+int CContainer::GetFirstScheduleableTask(CResourceTask& resTask, bool bCnt, bool bSmart, bool bDisk,
+                                         const std::string& strKey) const {
+    // The number outlives the task it was read from: a task without the key is judged by it.
+    int iValue = 0;
+    const auto isMarked = [&iValue, &strKey](const CResourceTask& task) {
+        task.GetIntValueByKey(strKey, iValue);
+        return iValue > 0;
+    };
+    const auto isScheduleable = [&](const CResourceTask& task) {
+        if (!task.IsSupportShift()) {
+            return false;
+        }
+        if (bCnt) {
+            return task.GetDisk() <= 0 && isMarked(task) == bSmart;
+        }
+        if (bDisk) {
+            return task.GetDisk() > 0;
+        }
+        return !strKey.empty() && isMarked(task);
+    };
+    const auto it = FindTask(m_taskTable, isScheduleable);
+    if (it == m_taskTable.end()) {
+        return LogFailure(HERE, "container get first scheduleable task", ORVA_FAIL,
+                          "container have no scheduleable task.");
+    }
+    resTask = *it;
+    return ORVA_SUCCEED;
+}
+
+void CContainer::CalcCloudStorageInfo(int iMsgType) {
+    for (const CResourceTask& task : m_taskTable) {
+        if (iMsgType != ALLOC_CLOUD_STORAGE_NOTIFY_RSP) {
+            ReadCloudStorageFigures(task);
+            LogTrace(HERE,
+                     "CContainer:m_iReqStorage:%d,m_iBitRate:%d,m_iReqPicStorage:%d,"
+                     "m_bUpdateFlag:%d.",
+                     m_iReqStorage, m_iBitRate, m_iReqPicStorage, m_bUpdateFlag);
+        }
+        m_allocInfoList.clear();
+        task.GetAllocInfoList(m_allocInfoList);
+        for (const ORVA_CLOUD_STORAGE_ALLOC_INFO& allocInfo : m_allocInfoList) {
+            LogTrace(HERE, "CContainer:CloudStorageCode:%s,AllocStorage:%d.",
+                     allocInfo.cloudStorageCode.c_str(), allocInfo.allocStorage);
+        }
+    }
+}
+
+void CContainer::ReadCloudStorageFigures(const CResourceTask& task) {
+    // One text for all keys: a key that the task lacks leaves that of the key before it.
+    std::string strValue;
+    const auto readText = [&task, &strValue](const char* pszKey) -> const std::string& {
+        task.GetValueByKey(pszKey, strValue);
+        return strValue;
+    };
+    const auto readNumber = [&readText](const char* pszKey) {
+        return HALD::CToolHelp::StrToInt(readText(pszKey), false);
+    };
+    m_strProductType = readText(PSZ_TASK_PRODUCT_TYPE);
+    m_strServiceType = readText(PSZ_TASK_SERVICE_TYPE);
+    m_iReqStorage = readNumber(PSZ_TASK_REQ_STORAGE);
+    m_iReqPicStorage = readNumber(PSZ_TASK_REQ_PIC_STORAGE);
+    m_iBitRate = readNumber(PSZ_TASK_LOW_PRI_BIT_RATE);
+    m_iTranBandWidth = readNumber(PSZ_TASK_TRAN_BAND_WIDTH);
+    if (m_strServiceType == SERVICE_TYPE_MPU_R) {
+        m_bUpdateFlag = true;
+    }
+}
+
+void CContainer::SaveDataToZK() {
+    if (m_strContainerType == CONTAINER_TYPE_CLOUD_STORAGE) {
+        SaveCloudStorageReportInfoToZK();
+    }
+}
+
+void CContainer::SaveCloudStorageReportInfoToZK() {
+    CClusterCloudStorageZNodeInfo document;
+    bool bDataEmpty = true;
+    const int iRead = ReadStore(STORE_NODE_CLOUD_STORAGE, EWatch::NO, document, bDataEmpty);
+    if (iRead != ORVA_SUCCEED && !bDataEmpty) {
+        LogFailure(HERE, "GetDataFromZK", iRead,
+                   "get cloud storage info from zk fail. nodeId: %s  cType: %s",
+                   m_strNodeId.c_str(), m_strContainerType.c_str());
+    }
+    CloudStorageInfo info;
+    info.strProductType = m_strProductType;
+    info.strServiceType = m_strServiceType;
+    info.iReqStorage = m_iReqStorage;
+    info.iReqPicStorage = m_iReqPicStorage;
+    info.iLowPriorityBitRate = m_iBitRate;
+    info.allocInfo = m_allocInfoList;
+    LogInfo(HERE, "save cloud storage report info to zk", "alloc info list=%d",
+            static_cast<int>(info.allocInfo.size()));
+    document.SetCloudStorageInfo(m_strNodeId, info);
+    const int iWritten = WriteStore(STORE_NODE_CLOUD_STORAGE, document);
+    if (iWritten != ORVA_SUCCEED) {
+        LogFailure(HERE, "init cluster session, on successful response", iWritten,
+                   "set cloud storage info to zk fail.");
+    }
+}
+
+void CContainer::GetAllocInfoList(std::list<ORVA_CLOUD_STORAGE_ALLOC_INFO>& allocInfoList) const {
+    allocInfoList.insert(allocInfoList.end(), m_allocInfoList.begin(), m_allocInfoList.end());
+}
