@@ -1,0 +1,122 @@
+#pragma once
+
+#include <cstdint>
+#include <list>
+#include <map>
+#include <string>
+
+#include "common_service/thread_mutex.h"
+#include "framework_service/base_data.h"
+#include "framework_service/container.h"
+
+/// The process-wide table of containers. Callable from any thread: every operation holds the lock
+/// for its whole length. Containers are held by value and handed out as copies. A container that is
+/// unknown by CContainerAddr's order is logged, or passed over in silence where it says so; a
+/// lock that cannot be had is never logged.
+class CContainerMgr {
+public:
+    static CContainerMgr& Instance() { return m_Instance; }
+
+    CContainerMgr(const CContainerMgr&) = delete;
+    CContainerMgr& operator=(const CContainerMgr&) = delete;
+    virtual ~CContainerMgr() = default;
+
+    /// @name The table. Returns 0, or ORVA_FAIL when the lock cannot be had.
+    /// @{
+
+    /// Replaces the table by a copy.
+    int32_t Init(const ContainerMap& containerMap);
+
+    /// Replaces the argument by a copy of the table.
+    void GetAllContainer(ContainerMap& containerTable);
+
+    /// Inserts new containers. One that is there rejoins: it keeps what it has and becomes a normal
+    /// member, online and in need of its tasks; the argument's value is ignored.
+    int32_t AddContainer(const ContainerMap& containerMap);
+
+    /// An unknown container is a success.
+    int32_t RemoveContainer(const CContainerAddr& containerAddr);
+    /// @}
+
+    /// @name Reports
+    /// @{
+
+    /// Coming online ends the fault shift mark; going offline is logged.
+    void SetContainerOnline(const CContainerAddr& containerAddr, bool bOnline);
+
+    /// False for an unknown container.
+    bool IsContainerOnline(const CContainerAddr& containerAddr);
+
+    /// Refreshes the report time, sets the total figures, takes a sample; in this order.
+    void SetSystemResource(const CContainerAddr& containerAddr, const CSystemResource& totalSysRes,
+                           const CSystemResource& curSysRes);
+
+    /// Silent on an unknown container.
+    void UpdateContainerReportTime(const CContainerAddr& containerAddr);
+
+    void SetProcessState(const CContainerAddr& containerAddr,
+                         const std::map<std::string, int>& processTable);
+
+    /// False for an unknown container, true for one that never reported its processes.
+    bool IsProcessRunning(const CContainerAddr& containerAddr);
+    /// @}
+
+    /// @name Tasks
+    /// @{
+
+    /// A report of the whole task table. A MeroImgDev container that reports a task is no longer
+    /// in fault shift.
+    void SetResourceTask(const CContainerAddr& containerAddr,
+                         const std::list<CResourceTask>& taskTable, int iMsgType);
+
+    /// Appends copies behind what the argument holds.
+    void GetResTaskList(const CContainerAddr& containerAddr, std::list<CResourceTask>& resTaskList);
+
+    void RemoveResourceTask(const CContainerAddr& containerAddr,
+                            const std::list<std::string>& taskIdList);
+
+    /// A container that receives tasks counts as online.
+    void AddResourceTask(const CContainerAddr& containerAddr,
+                         const std::list<CResourceTask>& resTaskList);
+
+    /// Silent on an unknown container.
+    void SetContainerResTaskNeedUpdate(const CContainerAddr& containerAddr, bool bNeedUpdate);
+
+    /// Writes a cloud storage container's figures to the store, with the lock held.
+    void SaveDataToZK(const CContainerAddr& containerAddr);
+    /// @}
+
+    /// @name Fault shift and membership. Questions answer false for an unknown container.
+    /// @{
+    void SetContainerFaultShift(const CContainerAddr& containerAddr, bool bFaultShift);
+    bool IsContainerSupportFaultShift(const CContainerAddr& containerAddr);
+
+    /// Logs the change.
+    void SetContainerDoingFaultShift(const CContainerAddr& containerAddr, bool isDoingFaultShift);
+    bool IsContainerDoingFaultShift(const CContainerAddr& containerAddr);
+
+    /// Silent on an unknown container.
+    void SetContainerMemberStatus(const CContainerAddr& containerAddr, int bMemberStatus);
+    /// @}
+
+    /// @name Extended parameters. Silent on an unknown container.
+    /// @{
+
+    /// Replaces all.
+    void SetExtParam(const CContainerAddr& containerAddr, const KeyValueMap& privateInfo);
+    void SetExtParamValueByKey(const CContainerAddr& containerAddr, const std::string& strKey,
+                               const std::string& strValue);
+
+    /// A missing key is logged and leaves strValue as it was.
+    void GetExtParamValueByKey(const CContainerAddr& containerAddr, const std::string& strKey,
+                               std::string& strValue);
+    /// @}
+
+private:
+    CContainerMgr() = default;
+
+    static CContainerMgr m_Instance;
+
+    ContainerMap m_containerTable;
+    HALD_Recursive_Thread_Mutex m_mutex{nullptr, nullptr};
+};

@@ -1,0 +1,235 @@
+#include "framework_service/container_mgr.h"
+
+#include "common_service/tarn_def.h"
+#include "internal/log.h"
+#include "internal/registry.h"
+
+using namespace framework_internal;
+
+CContainerMgr CContainerMgr::m_Instance;
+
+namespace {
+
+constexpr char MESSAGE_CODE[] = "find container failed, code[%s:%s]";
+constexpr char MESSAGE_CONTAINER_ID[] = "find container failed, node id=%s container id=%s";
+constexpr char MESSAGE_CONTAINER_TYPE[] = "find container failed, node id=%s container type=%s";
+
+void ReportUnknown(const SourcePlace& place, ELookup eLookup, const char* pszOperation, int iCode,
+                   const char* pszMessage, const CContainerAddr& containerAddr) {
+    if (eLookup == ELookup::UNKNOWN) {
+        LogFailure(place, pszOperation, iCode, pszMessage, containerAddr.GetNodeId().c_str(),
+                   containerAddr.GetContainerType().c_str());
+    }
+}
+
+/// The container's answer to a question; false for an unknown container.
+bool Ask(HALD_Recursive_Thread_Mutex& mutex, ContainerMap& table,
+         const CContainerAddr& containerAddr, bool (CContainer::*pQuestion)() const) {
+    bool bAnswer = false;
+    WithEntry(mutex, table, containerAddr, [&bAnswer, pQuestion](const CContainer& container) {
+        bAnswer = (container.*pQuestion)();
+    });
+    return bAnswer;
+}
+
+}  // namespace
+
+int32_t CContainerMgr::Init(const ContainerMap& containerMap) {
+    const MutexGuard guard(m_mutex);
+    if (!guard.locked()) {
+        return ORVA_FAIL;
+    }
+    m_containerTable = containerMap;
+    return ORVA_SUCCEED;
+}
+
+void CContainerMgr::GetAllContainer(ContainerMap& containerTable) {
+    const MutexGuard guard(m_mutex);
+    if (guard.locked()) {
+        containerTable = m_containerTable;
+    }
+}
+
+int32_t CContainerMgr::AddContainer(const ContainerMap& containerMap) {
+    const MutexGuard guard(m_mutex);
+    if (!guard.locked()) {
+        return ORVA_FAIL;
+    }
+    for (const auto& [containerAddr, container] : containerMap) {
+        const auto [it, bInserted] = m_containerTable.try_emplace(containerAddr, container);
+        if (!bInserted) {
+            it->second.SetMemberStatus(CLUSTER_MEMBER_NORMAL);
+            it->second.SetOnline(true);
+            it->second.SetResTaskNeedUpdate(true);
+        }
+    }
+    return ORVA_SUCCEED;
+}
+
+int32_t CContainerMgr::RemoveContainer(const CContainerAddr& containerAddr) {
+    const MutexGuard guard(m_mutex);
+    if (!guard.locked()) {
+        return ORVA_FAIL;
+    }
+    m_containerTable.erase(containerAddr);
+    return ORVA_SUCCEED;
+}
+
+void CContainerMgr::SetContainerOnline(const CContainerAddr& containerAddr, bool bOnline) {
+    const SourcePlace place = HERE;
+    const ELookup eLookup =
+        WithEntry(m_mutex, m_containerTable, containerAddr, [&](CContainer& container) {
+            container.SetOnline(bOnline);
+            if (bOnline) {
+                container.SetFaultShift(false);
+            } else {
+                LogInfo(place, "", "containerType=%s nodeId=%s set container offline",
+                        container.GetContainerType().c_str(), container.GetNodeId().c_str());
+            }
+        });
+    ReportUnknown(place, eLookup, "set container online", ORVA_FAIL, MESSAGE_CODE, containerAddr);
+}
+
+bool CContainerMgr::IsContainerOnline(const CContainerAddr& containerAddr) {
+    return Ask(m_mutex, m_containerTable, containerAddr, &CContainer::IsOnline);
+}
+
+void CContainerMgr::SetSystemResource(const CContainerAddr& containerAddr,
+                                      const CSystemResource& totalSysRes,
+                                      const CSystemResource& curSysRes) {
+    const ELookup eLookup =
+        WithEntry(m_mutex, m_containerTable, containerAddr, [&](CContainer& container) {
+            container.SetStatusReportTime();
+            container.SetTotalResource(totalSysRes);
+            container.SetCurResource(curSysRes);
+        });
+    ReportUnknown(HERE, eLookup, "Container mgr set system resource", ORVA_PARA_INVALID,
+                  MESSAGE_CONTAINER_ID, containerAddr);
+}
+
+void CContainerMgr::UpdateContainerReportTime(const CContainerAddr& containerAddr) {
+    WithEntry(m_mutex, m_containerTable, containerAddr,
+              [](CContainer& container) { container.SetStatusReportTime(); });
+}
+
+void CContainerMgr::SetProcessState(const CContainerAddr& containerAddr,
+                                    const std::map<std::string, int>& processTable) {
+    const ELookup eLookup =
+        WithEntry(m_mutex, m_containerTable, containerAddr,
+                  [&](CContainer& container) { container.SetProcessState(processTable); });
+    ReportUnknown(HERE, eLookup, "Container mgr set process list", ORVA_PARA_INVALID,
+                  MESSAGE_CONTAINER_ID, containerAddr);
+}
+
+bool CContainerMgr::IsProcessRunning(const CContainerAddr& containerAddr) {
+    return Ask(m_mutex, m_containerTable, containerAddr, &CContainer::IsProcessRunning);
+}
+
+void CContainerMgr::SetResourceTask(const CContainerAddr& containerAddr,
+                                    const std::list<CResourceTask>& taskTable, int iMsgType) {
+    const ELookup eLookup =
+        WithEntry(m_mutex, m_containerTable, containerAddr, [&](CContainer& container) {
+            if (container.GetContainerType() == CONTAINER_TYPE_IMG_DEV && !taskTable.empty()) {
+                container.SetFaultShift(false);
+            }
+            container.SetResourceTask(taskTable, iMsgType);
+        });
+    ReportUnknown(HERE, eLookup, "Container mgr set resource task", ORVA_PARA_INVALID,
+                  MESSAGE_CONTAINER_TYPE, containerAddr);
+}
+
+void CContainerMgr::GetResTaskList(const CContainerAddr& containerAddr,
+                                   std::list<CResourceTask>& resTaskList) {
+    const ELookup eLookup =
+        WithEntry(m_mutex, m_containerTable, containerAddr,
+                  [&](const CContainer& container) { container.GetResoureTask(resTaskList); });
+    ReportUnknown(HERE, eLookup, "Container mgr get resource task", ORVA_PARA_INVALID,
+                  MESSAGE_CONTAINER_ID, containerAddr);
+}
+
+void CContainerMgr::RemoveResourceTask(const CContainerAddr& containerAddr,
+                                       const std::list<std::string>& taskIdList) {
+    const ELookup eLookup =
+        WithEntry(m_mutex, m_containerTable, containerAddr,
+                  [&](CContainer& container) { container.RemoveResourceTask(taskIdList); });
+    ReportUnknown(HERE, eLookup, "Container mgr remove resource task", ORVA_PARA_INVALID,
+                  MESSAGE_CONTAINER_ID, containerAddr);
+}
+
+void CContainerMgr::AddResourceTask(const CContainerAddr& containerAddr,
+                                    const std::list<CResourceTask>& resTaskList) {
+    const ELookup eLookup =
+        WithEntry(m_mutex, m_containerTable, containerAddr, [&](CContainer& container) {
+            container.AddResourceTask(resTaskList);
+            container.SetOnline(true);
+        });
+    ReportUnknown(HERE, eLookup, "Container mgr add resource task", ORVA_PARA_INVALID,
+                  MESSAGE_CONTAINER_ID, containerAddr);
+}
+
+void CContainerMgr::SetContainerResTaskNeedUpdate(const CContainerAddr& containerAddr,
+                                                  bool bNeedUpdate) {
+    WithEntry(m_mutex, m_containerTable, containerAddr,
+              [&](CContainer& container) { container.SetResTaskNeedUpdate(bNeedUpdate); });
+}
+
+void CContainerMgr::SaveDataToZK(const CContainerAddr& containerAddr) {
+    const ELookup eLookup = WithEntry(m_mutex, m_containerTable, containerAddr,
+                                      [](CContainer& container) { container.SaveDataToZK(); });
+    ReportUnknown(HERE, eLookup, "Container mgr set data to zk", ORVA_PARA_INVALID,
+                  MESSAGE_CONTAINER_TYPE, containerAddr);
+}
+
+void CContainerMgr::SetContainerFaultShift(const CContainerAddr& containerAddr, bool bFaultShift) {
+    const ELookup eLookup =
+        WithEntry(m_mutex, m_containerTable, containerAddr,
+                  [&](CContainer& container) { container.SetFaultShift(bFaultShift); });
+    ReportUnknown(HERE, eLookup, "Container mgr set container fault shift", ORVA_PARA_INVALID,
+                  MESSAGE_CONTAINER_ID, containerAddr);
+}
+
+bool CContainerMgr::IsContainerSupportFaultShift(const CContainerAddr& containerAddr) {
+    return Ask(m_mutex, m_containerTable, containerAddr, &CContainer::IsSupportFaultShift);
+}
+
+void CContainerMgr::SetContainerDoingFaultShift(const CContainerAddr& containerAddr,
+                                                bool isDoingFaultShift) {
+    const SourcePlace place = HERE;
+    constexpr char OPERATION[] = "set container Doing Fault Shift";
+    const ELookup eLookup =
+        WithEntry(m_mutex, m_containerTable, containerAddr, [&](CContainer& container) {
+            container.SetFaultStatus(isDoingFaultShift);
+            LogInfo(place, OPERATION, "container code[%s:%s], Doing Fault Shit[%d].",
+                    container.GetNodeId().c_str(), container.GetContainerType().c_str(),
+                    isDoingFaultShift);
+        });
+    ReportUnknown(place, eLookup, OPERATION, ORVA_FAIL, MESSAGE_CODE, containerAddr);
+}
+
+bool CContainerMgr::IsContainerDoingFaultShift(const CContainerAddr& containerAddr) {
+    return Ask(m_mutex, m_containerTable, containerAddr, &CContainer::GetFaultStatus);
+}
+
+void CContainerMgr::SetContainerMemberStatus(const CContainerAddr& containerAddr,
+                                             int bMemberStatus) {
+    WithEntry(m_mutex, m_containerTable, containerAddr,
+              [&](CContainer& container) { container.SetMemberStatus(bMemberStatus); });
+}
+
+void CContainerMgr::SetExtParam(const CContainerAddr& containerAddr,
+                                const KeyValueMap& privateInfo) {
+    WithEntry(m_mutex, m_containerTable, containerAddr,
+              [&](CContainer& container) { container.SetExtParam(privateInfo); });
+}
+
+void CContainerMgr::SetExtParamValueByKey(const CContainerAddr& containerAddr,
+                                          const std::string& strKey, const std::string& strValue) {
+    WithEntry(m_mutex, m_containerTable, containerAddr,
+              [&](CContainer& container) { container.SetValueByKey(strKey, strValue); });
+}
+
+void CContainerMgr::GetExtParamValueByKey(const CContainerAddr& containerAddr,
+                                          const std::string& strKey, std::string& strValue) {
+    WithEntry(m_mutex, m_containerTable, containerAddr,
+              [&](const CContainer& container) { container.GetValueByKey(strKey, strValue); });
+}
