@@ -1,0 +1,228 @@
+#include "framework_service/plugin_mgr.h"
+
+#include <algorithm>
+#include <cstdlib>
+#include <memory>
+#include <new>
+#include <utility>
+
+#include "common_service/file_common.h"
+#include "common_service/memstat.h"
+#include "common_service/tarn_def.h"
+#include "internal/log.h"
+#include "internal/plugin_folder.h"
+#include "internal/process_life.h"
+
+using namespace framework_internal;
+
+CPluginMgr CPluginMgr::m_Instance;
+
+namespace {
+
+/// Deletes a record and takes it out of the host's count.
+struct RecordDeleter {
+    void operator()(CPluginInfo* pInfo) const {
+        delete pInfo;
+        --g_hald_memstat[HALD_MEMSTAT_PLUGIN_INFO];
+    }
+};
+
+using RecordPtr = std::unique_ptr<CPluginInfo, RecordDeleter>;
+
+/// What a plug-in says it takes.
+struct Capabilities {
+    std::list<unsigned int> jobs;
+    std::list<std::string> containers;
+    ContainerTypeBindMap containerBinds;
+    std::list<std::string> faultShiftContainers;
+    std::list<std::string> loadBalanceContainers;
+};
+
+constexpr char OPERATION_LOAD_SINGLE[] = "load single plugin.";
+
+/// Loads the plug-in and asks it everything. Returns 0; or the failing step's code, with its
+/// message in pszMessage.
+int Interview(CPluginInfo& info, Capabilities& capabilities, const char*& pszMessage) {
+    pszMessage = "fail to load plugin, name[%s]";
+    if (const int iRet = info.LoadLibrary(); iRet != ORVA_SUCCEED) {
+        return iRet;
+    }
+    pszMessage = "fail to get job capability, name[%s]";
+    if (const int iRet = info.GetSupportedJobs(capabilities.jobs); iRet != ORVA_SUCCEED) {
+        return iRet;
+    }
+    pszMessage = "fail to get container capability, name[%s]";
+    if (const int iRet = info.GetSupportedContainers(capabilities.containers);
+        iRet != ORVA_SUCCEED) {
+        return iRet;
+    }
+    pszMessage = "fail to get container bind table, name[%s]";
+    if (const int iRet = info.GetContainerBindTable(capabilities.containerBinds);
+        iRet != ORVA_SUCCEED) {
+        return iRet;
+    }
+    pszMessage = "fail to get support fault shift container capability, name[%s]";
+    if (const int iRet = info.GetSupportFaultShiftContainers(capabilities.faultShiftContainers);
+        iRet != ORVA_SUCCEED) {
+        return iRet;
+    }
+    pszMessage = "fail to get support load balance container capability, name[%s]";
+    return info.GetSupportLoadBalanceContainers(capabilities.loadBalanceContainers);
+}
+
+/// The plug-in of the key; null, logged, when the table has none.
+template <typename Table, typename LogKey>
+IPlugin* FindPlugin(const SourcePlace& place, const char* pszOperation, const Table& table,
+                    const typename Table::key_type& key, const char* pszMiss,
+                    const char* pszNullRecord, LogKey logKey) {
+    const auto it = table.find(key);
+    if (it == table.end() || it->second == nullptr) {
+        LogFailure(place, pszOperation, ORVA_FAIL, it == table.end() ? pszMiss : pszNullRecord,
+                   logKey);
+        return nullptr;
+    }
+    return it->second->GetPlugin();
+}
+
+/// The destructors of a plug-in's static objects run at exit before those of this library. A
+/// function that is registered after the plug-in was loaded runs before both, so that a process
+/// which ends with plug-ins still loaded takes them down while they can still answer.
+void UnLoadAtExit() {
+    CPluginMgr::Instance().UnLoadAllPlugin();
+}
+
+}  // namespace
+
+CPluginMgr::~CPluginMgr() {
+    UnLoadAllPlugin();
+}
+
+int CPluginMgr::FindAllPlugin(std::list<std::string>& pluginList) {
+    constexpr char OPERATION[] = "find all plugin";
+    pluginList.clear();
+    std::string strDir;
+    if (const int iRet = GetPluginFolder(strDir); iRet != ORVA_SUCCEED) {
+        return LogFailure(HERE, OPERATION, iRet, "get lib dir failed.");
+    }
+    if (const int iRet = CFileCommon::GetDirFileList(strDir, pluginList); iRet != ORVA_SUCCEED) {
+        return LogFailure(HERE, OPERATION, iRet, "get file list from dir[%s] failed.",
+                          strDir.c_str());
+    }
+    return ORVA_SUCCEED;
+}
+
+int CPluginMgr::LoadAllPlugin() {
+    constexpr char OPERATION[] = "load all plugin";
+    std::list<std::string> pluginList;
+    if (const int iRet = FindAllPlugin(pluginList); iRet != ORVA_SUCCEED) {
+        return LogFailure(HERE, OPERATION, iRet, "find plugin failed.");
+    }
+    for (const std::string& strName : pluginList) {
+        if (const int iRet = LoadSinglePlugin(strName); iRet != ORVA_SUCCEED) {
+            LogFailure(HERE, OPERATION, ORVA_FAIL, "load single plugin, name[%s]", strName.c_str());
+            return iRet;
+        }
+        std::atexit(UnLoadAtExit);
+    }
+    return ORVA_SUCCEED;
+}
+
+int CPluginMgr::LoadSinglePlugin(const std::string& strName) {
+    auto* const pNew = new (std::nothrow) CPluginInfo(strName);
+    if (pNew == nullptr) {
+        return LogFailure(HERE, OPERATION_LOAD_SINGLE, ORVA_ALLOC_MEMORY_ERROR,
+                          "fail to new plugininfo, name[%s]", strName.c_str());
+    }
+    ++g_hald_memstat[HALD_MEMSTAT_PLUGIN_INFO];
+    RecordPtr pInfo(pNew);
+
+    Capabilities capabilities;
+    const char* pszMessage = nullptr;
+    if (const int iRet = Interview(*pInfo, capabilities, pszMessage); iRet != ORVA_SUCCEED) {
+        pInfo.reset();
+        return LogFailure(HERE, OPERATION_LOAD_SINGLE, iRet, pszMessage, strName.c_str());
+    }
+    for (const unsigned int uiJob : capabilities.jobs) {
+        m_jobCapabilityMap.emplace(uiJob, pInfo.get());
+    }
+    for (const std::string& strType : capabilities.containers) {
+        m_containerCapabilityMap.emplace(strType, pInfo.get());
+    }
+    m_containerTypeBindMap.merge(capabilities.containerBinds);
+    m_supportFaultShiftContainerList.splice(m_supportFaultShiftContainerList.end(),
+                                            capabilities.faultShiftContainers);
+    m_supportLoadBalanceContainerList.splice(m_supportLoadBalanceContainerList.end(),
+                                             capabilities.loadBalanceContainers);
+    CPluginInfo* const pRecord = pInfo.release();
+    if (!m_mapPlugin.emplace(pRecord->GetName(), pRecord).second) {
+        // Its name is taken: it keeps the claims it won and is never unloaded.
+        KeepForProcessLife(pRecord);
+    }
+    return ORVA_SUCCEED;
+}
+
+int CPluginMgr::UnLoadAllPlugin() {
+    for (const auto& [strName, pRecord] : m_mapPlugin) {
+        if (pRecord == nullptr) {
+            continue;
+        }
+        const RecordPtr pInfo(pRecord);
+        if (const int iRet = pInfo->UnLoadLibrary(); iRet != ORVA_SUCCEED) {
+            LogFailure(HERE, "unload single plugin.", iRet, "fail to unload plugin, name[%s]",
+                       strName.c_str());
+        }
+    }
+    m_mapPlugin.clear();
+    m_jobCapabilityMap.clear();
+    m_containerCapabilityMap.clear();
+    m_containerTypeBindMap.clear();
+    m_supportFaultShiftContainerList.clear();
+    m_supportLoadBalanceContainerList.clear();
+    return ORVA_SUCCEED;
+}
+
+IPlugin* CPluginMgr::GetPluginByName(const std::string& strName) {
+    return FindPlugin(HERE, "get plugin by name", m_mapPlugin, strName,
+                      "find plugin failed, name[%s]", "plugin is null, name[%s]", strName.c_str());
+}
+
+IPlugin* CPluginMgr::GetPluginByContainerType(const std::string& strType) {
+    return FindPlugin(HERE, "get plugin by container type", m_containerCapabilityMap, strType,
+                      "find plugin failed, name[%s]", "plugin is null, name[%s]", strType.c_str());
+}
+
+IPlugin* CPluginMgr::GetPluginByJobType(uint32_t iType) {
+    return FindPlugin(HERE, "get plugin by job type", m_jobCapabilityMap, iType,
+                      "find plugin failed, type[%d]", "plugin is null, type[%d]", iType);
+}
+
+int CPluginMgr::GetLogicContainerTypeByRealType(const std::string& strContainerType,
+                                                std::list<std::string>& logicTypeList) {
+    logicTypeList.clear();
+    const auto it = m_containerTypeBindMap.find(strContainerType);
+    if (it == m_containerTypeBindMap.end()) {
+        return LogFailure(HERE, "get logic container by real type", ORVA_FAIL,
+                          "can not find, type[%s]", strContainerType.c_str());
+    }
+    logicTypeList = it->second;
+    return ORVA_SUCCEED;
+}
+
+bool CPluginMgr::IsContainerSupportFaultShift(const std::string& strContainerType) {
+    const bool bSupported =
+        std::find(m_supportFaultShiftContainerList.begin(), m_supportFaultShiftContainerList.end(),
+                  strContainerType) != m_supportFaultShiftContainerList.end();
+    if (!bSupported) {
+        LogFailure(HERE, "is container support fault shift", ORVA_FAIL, "do not support, type[%s]",
+                   strContainerType.c_str());
+    }
+    return bSupported;
+}
+
+void CPluginMgr::RoutingAll() {
+    for (const auto& [strName, pRecord] : m_mapPlugin) {
+        if (pRecord != nullptr) {
+            pRecord->GetPlugin()->Routing();
+        }
+    }
+}
