@@ -1,0 +1,40 @@
+#pragma once
+
+#include <cstddef>
+#include <memory>
+#include <string>
+
+#include "common_service/logger.h"
+
+/// Where the log goes, and how much of it.
+struct CSpdLoggerSettings {
+    ORVA_LOG_LEVEL eLevel = ORVALOG_INFO;  ///< the last level that is written; DEBUG lets trace in
+    bool bConsole = true;                  ///< to the standard error stream
+    std::string strFile;                   ///< no file when empty
+    std::size_t maxFileSize = 10 * 1024 * 1024;
+    std::size_t maxFiles = 5;  ///< older files beside the current one
+};
+
+/// The log sink over spdlog, for the console and a rotating file. One line each: time, level,
+/// source file and line, function, operation text, message; a line feed in a message is written as
+/// "\n". A line that was logged is flushed on return. A sink that fails later, as on a full disk,
+/// says so on the standard error stream and loses the line; nothing is thrown.
+class CSpdLogger : public Logger {
+public:
+    /// Null on failure, with the reason in strError.
+    static std::unique_ptr<CSpdLogger> Open(const CSpdLoggerSettings& settings,
+                                            std::string& strError);
+    ~CSpdLogger() override;
+
+    void writeOperLog(ORVA_LOG_LEVEL eLevel, const char* pszOperation, const char* pszFile,
+                      int iLine, const char* pszFunction, const char* pszFormat, ...) override;
+    void writeTraceLog(const char* pszFile, int iLine, const char* pszFunction,
+                       const char* pszFormat, ...) override;
+
+private:
+    struct CState;
+
+    explicit CSpdLogger(std::unique_ptr<CState> pState);
+
+    std::unique_ptr<CState> m_pState;
+};
