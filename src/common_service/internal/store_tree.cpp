@@ -25,6 +25,14 @@ void CWatchTable::Take(const std::string& strPath, CFired& fired) {
     }
 }
 
+std::set<std::string> CWatchTable::GetPaths() const {
+    std::set<std::string> setPath;
+    for (const auto& [strPath, setWatcher] : m_mapWatcher) {
+        setPath.insert(strPath);
+    }
+    return setPath;
+}
+
 void CWatchTable::Fire(const CFired& fired) {
     for (const auto& [strPath, pWatcher] : fired) {
         pWatcher(strPath);

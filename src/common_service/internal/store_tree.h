@@ -22,6 +22,9 @@ public:
     /// Moves the watches of a node that was created or written to fired.
     void Take(const std::string& strPath, CFired& fired);
 
+    /// The nodes with a watch.
+    std::set<std::string> GetPaths() const;
+
     /// Calls the watchers. Not with the store's mutex held.
     static void Fire(const CFired& fired);
 

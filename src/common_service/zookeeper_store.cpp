@@ -1,0 +1,491 @@
+#include "common_service/reference/zookeeper_store.h"
+
+#ifndef THREADED
+#define THREADED
+#endif
+#include <zookeeper/zookeeper.h>
+
+#include <cerrno>
+#include <condition_variable>
+#include <functional>
+#include <future>
+#include <mutex>
+#include <set>
+#include <thread>
+#include <utility>
+
+#include "common_service/tarn_def.h"
+#include "internal/log.h"
+#include "internal/store_tree.h"
+
+namespace {
+
+using Clock = std::chrono::steady_clock;
+
+/// A server drops the connection on a packet of 1 MiB; the rest is for the request's other fields.
+constexpr std::size_t MAX_PATH_AND_TEXT = (1U << 20U) - 1024U;
+constexpr std::chrono::milliseconds RETRY_PAUSE{20};
+constexpr std::chrono::milliseconds REOPEN_PAUSE{1000};
+constexpr int ANY_VERSION = -1;
+constexpr int NO_DATA = -1;
+
+constexpr char PSZ_SESSION[] = "keep store session";
+constexpr char PSZ_READ[] = "read store node";
+constexpr char PSZ_WRITE[] = "write store node";
+
+/// Whether the same request may succeed on another connection or in another session.
+bool IsTransient(int iCode) {
+    switch (iCode) {
+        case ZCONNECTIONLOSS:
+        case ZOPERATIONTIMEOUT:
+        case ZINVALIDSTATE:
+        case ZSESSIONEXPIRED:
+        case ZSESSIONMOVED:
+        case ZCLOSING:
+        case ZTHROTTLEDOP:
+            return true;
+        default:
+            return false;
+    }
+}
+
+struct CReply {
+    int iCode = ZCONNECTIONLOSS;
+    std::optional<std::string> text;
+};
+
+}  // namespace
+
+/// Sends asynchronous requests only: the client's synchronous calls have no deadline of their own.
+class CZooKeeperStore::CClient {
+public:
+    explicit CClient(const CZooKeeperOptions& options) : m_options(options) {}
+
+    /// The threads share the client's ownership, so that the last reference to the store may be
+    /// dropped by a watcher.
+    static void Start(const std::shared_ptr<CClient>& pClient);
+    void Stop();
+
+    int Read(const std::string& strPath, StoreWatcher pWatcher, CStoreAnswer& answer);
+    int Write(const std::string& strPath, const std::string& strText);
+
+private:
+    /// One handle of the client library; closed with its last user. The state is guarded by the
+    /// client's mutex.
+    struct CSession {
+        explicit CSession(CClient& owner);
+        ~CSession();
+
+        CClient& m_owner;
+        bool m_bConnected = false;
+        bool m_bExpired = false;
+        Clock::time_point m_lostSince = Clock::now();
+        zhandle_t* m_pHandle;
+    };
+
+    /// A request on its way. Owned by the client library from sending to completion, so that a
+    /// caller may turn away at its deadline.
+    struct CRequest {
+        CClient& m_owner;
+        std::string m_strWatchedPath;
+        StoreWatcher m_pWatcher = nullptr;
+        bool m_bWatchesAbsent = false;
+        std::promise<CReply> m_reply;
+    };
+
+    using Send = std::function<int(CSession&, CRequest*)>;
+
+    static void OnEvent(zhandle_t* pHandle, int iType, int iState, const char* pszPath,
+                        void* pSession);
+    static void Complete(const void* pRequest, CReply reply);
+    static void OnData(int iCode, const char* pszData, int iLength, const Stat* pStat,
+                       const void* pRequest);
+    static void OnStat(int iCode, const Stat* pStat, const void* pRequest);
+    static void OnCreated(int iCode, const char* pszPath, const void* pRequest);
+
+    void OnSessionState(CSession& session, int iState);
+    void FireLocked(const std::string& strPath);
+    void CountAsMissed(const std::string& strPath, StoreWatcher pWatcher);
+
+    void KeepSession();
+    bool IsOverLocked() const;
+    void RenewSession(std::unique_lock<std::mutex>& lock);
+    void AwaitSessionChange(std::unique_lock<std::mutex>& lock);
+    void CallWatchers();
+
+    bool IsConnectedLocked() const { return m_pSession && m_pSession->m_bConnected; }
+    std::shared_ptr<CSession> AwaitConnection(Clock::time_point deadline);
+    bool PauseBeforeRetry(Clock::time_point deadline);
+    CReply Call(const Send& send, std::unique_ptr<CRequest> pRequest, Clock::time_point deadline);
+    CReply CallUntil(Clock::time_point deadline, const Send& send, const std::string& strPath = {},
+                     StoreWatcher pWatcher = nullptr, bool bWatchesAbsent = false);
+
+    CReply ReadNode(const std::string& strPath, StoreWatcher pWatcher, Clock::time_point deadline);
+    int WriteNode(const std::string& strPath, const std::string& strText,
+                  Clock::time_point deadline);
+    int CreateNode(const std::string& strPath, const std::string* pText,
+                   Clock::time_point deadline);
+
+    Clock::time_point Deadline() const { return Clock::now() + m_options.callDeadline; }
+
+    const CZooKeeperOptions m_options;
+    std::thread m_keeper;
+    std::thread m_caller;
+    bool m_bOpenFailed = false;  ///< the keeper's own
+
+    std::mutex m_mutex;
+    std::condition_variable m_changed;  ///< anything below changed
+    bool m_bStopping = false;
+    std::shared_ptr<CSession> m_pSession;
+    CWatchTable m_watches;
+    std::set<std::string> m_setMissed;  ///< those watched whose event may have been missed
+    CWatchTable::CFired m_fired;        ///< to be called
+};
+
+CZooKeeperStore::CClient::CSession::CSession(CClient& owner)
+    : m_owner(owner),
+      m_pHandle(zookeeper_init(owner.m_options.strServers.c_str(), OnEvent,
+                               static_cast<int>(owner.m_options.sessionTimeout.count()), nullptr,
+                               this, ZOO_NO_LOG_CLIENTENV)) {
+    if (m_pHandle) {
+        // By default the client resolves every name at every turn of its loop.
+        zoo_set_servers_resolution_delay(m_pHandle, -1);
+    }
+}
+
+CZooKeeperStore::CClient::CSession::~CSession() {
+    if (m_pHandle) {
+        zookeeper_close(m_pHandle);
+    }
+}
+
+void CZooKeeperStore::CClient::Start(const std::shared_ptr<CClient>& pClient) {
+    pClient->m_keeper = std::thread([pClient] { pClient->KeepSession(); });
+    pClient->m_caller = std::thread([pClient] { pClient->CallWatchers(); });
+}
+
+void CZooKeeperStore::CClient::Stop() {
+    {
+        std::lock_guard<std::mutex> lock(m_mutex);
+        m_bStopping = true;
+        m_changed.notify_all();
+    }
+    m_keeper.join();
+    std::shared_ptr<CSession> pSession;
+    {
+        std::lock_guard<std::mutex> lock(m_mutex);
+        pSession.swap(m_pSession);
+    }
+    // Closing ends the requests on their way, also that of a watcher.
+    pSession.reset();
+    if (m_caller.get_id() == std::this_thread::get_id()) {
+        m_caller.detach();
+    } else {
+        m_caller.join();
+    }
+}
+
+void CZooKeeperStore::CClient::OnEvent(zhandle_t*, int iType, int iState, const char* pszPath,
+                                       void* pSession) {
+    CSession& session = *static_cast<CSession*>(pSession);
+    CClient& client = session.m_owner;
+    if (iType == ZOO_SESSION_EVENT) {
+        client.OnSessionState(session, iState);
+        return;
+    }
+    std::lock_guard<std::mutex> lock(client.m_mutex);
+    client.FireLocked(pszPath);
+}
+
+/// Also called once for every watch on each change of the session: only a change counts.
+void CZooKeeperStore::CClient::OnSessionState(CSession& session, int iState) {
+    const bool bConnected = iState == ZOO_CONNECTED_STATE;
+    const bool bExpired = iState == ZOO_EXPIRED_SESSION_STATE || iState == ZOO_AUTH_FAILED_STATE;
+    {
+        std::lock_guard<std::mutex> lock(m_mutex);
+        if (session.m_bConnected == bConnected && session.m_bExpired == bExpired) {
+            return;
+        }
+        if (session.m_bConnected) {
+            session.m_lostSince = Clock::now();
+        }
+        session.m_bConnected = bConnected;
+        session.m_bExpired = bExpired;
+        m_changed.notify_all();
+    }
+    if (bExpired) {
+        LogWarning(PSZ_SESSION, "session lost, opening another");
+    } else if (!bConnected) {
+        LogWarning(PSZ_SESSION, "connection lost, seeking another");
+    }
+}
+
+void CZooKeeperStore::CClient::FireLocked(const std::string& strPath) {
+    m_setMissed.erase(strPath);
+    m_watches.Take(strPath, m_fired);
+    m_changed.notify_all();
+}
+
+void CZooKeeperStore::CClient::CountAsMissed(const std::string& strPath, StoreWatcher pWatcher) {
+    std::lock_guard<std::mutex> lock(m_mutex);
+    m_watches.Set(strPath, pWatcher);
+    m_setMissed.insert(strPath);
+    m_changed.notify_all();
+}
+
+void CZooKeeperStore::CClient::KeepSession() {
+    std::unique_lock<std::mutex> lock(m_mutex);
+    while (!m_bStopping) {
+        if (IsOverLocked()) {
+            RenewSession(lock);
+        } else if (IsConnectedLocked() && !m_setMissed.empty()) {
+            FireLocked(std::string(*m_setMissed.begin()));
+        } else {
+            AwaitSessionChange(lock);
+        }
+    }
+}
+
+/// A session out of touch for longer than its time-out is over without being told so: a server
+/// that was restored from an older state never lets it in again, and names may resolve anew.
+bool CZooKeeperStore::CClient::IsOverLocked() const {
+    return !m_pSession || m_pSession->m_bExpired ||
+           (!m_pSession->m_bConnected &&
+            Clock::now() >= m_pSession->m_lostSince + m_options.sessionTimeout);
+}
+
+void CZooKeeperStore::CClient::RenewSession(std::unique_lock<std::mutex>& lock) {
+    std::shared_ptr<CSession> pSession = std::move(m_pSession);
+    m_setMissed = m_watches.GetPaths();
+    lock.unlock();
+    pSession.reset();
+    pSession = std::make_shared<CSession>(*this);
+    const bool bFailed = !pSession->m_pHandle;
+    if (bFailed && !m_bOpenFailed) {
+        LogError(PSZ_SESSION, errno, "list of servers is malformed or does not resolve");
+    }
+    m_bOpenFailed = bFailed;
+    lock.lock();
+    if (bFailed) {
+        m_changed.wait_for(lock, REOPEN_PAUSE, [this] { return m_bStopping; });
+        return;
+    }
+    m_pSession = std::move(pSession);
+    m_changed.notify_all();
+}
+
+void CZooKeeperStore::CClient::AwaitSessionChange(std::unique_lock<std::mutex>& lock) {
+    if (m_pSession->m_bConnected) {
+        m_changed.wait(lock);
+    } else {
+        m_changed.wait_until(lock, m_pSession->m_lostSince + m_options.sessionTimeout);
+    }
+}
+
+/// Watchers are not called on the client library's thread, which would wait for itself when they
+/// call the store.
+void CZooKeeperStore::CClient::CallWatchers() {
+    std::unique_lock<std::mutex> lock(m_mutex);
+    for (;;) {
+        m_changed.wait(lock, [this] { return m_bStopping || !m_fired.empty(); });
+        if (m_bStopping) {
+            return;
+        }
+        const auto [strPath, pWatcher] = m_fired.front();
+        m_fired.erase(m_fired.begin());
+        lock.unlock();
+        pWatcher(strPath);
+        lock.lock();
+    }
+}
+
+std::shared_ptr<CZooKeeperStore::CClient::CSession> CZooKeeperStore::CClient::AwaitConnection(
+    Clock::time_point deadline) {
+    std::unique_lock<std::mutex> lock(m_mutex);
+    m_changed.wait_until(lock, deadline, [this] { return m_bStopping || IsConnectedLocked(); });
+    return !m_bStopping && IsConnectedLocked() ? m_pSession : nullptr;
+}
+
+/// Lets the news of a lost connection arrive before the next try. False when there is to be none.
+bool CZooKeeperStore::CClient::PauseBeforeRetry(Clock::time_point deadline) {
+    const Clock::time_point end = Clock::now() + RETRY_PAUSE;
+    if (end >= deadline) {
+        return false;
+    }
+    std::unique_lock<std::mutex> lock(m_mutex);
+    return !m_changed.wait_until(lock, end, [this] { return m_bStopping; });
+}
+
+/// On the client library's thread, in the order of the server's answers and events: a watch is
+/// known here before its event can arrive.
+void CZooKeeperStore::CClient::Complete(const void* pRequest, CReply reply) {
+    const std::unique_ptr<CRequest> pOwned(
+        const_cast<CRequest*>(static_cast<const CRequest*>(pRequest)));
+    const bool bWatchStands =
+        reply.iCode == ZOK || (reply.iCode == ZNONODE && pOwned->m_bWatchesAbsent);
+    if (bWatchStands) {
+        std::lock_guard<std::mutex> lock(pOwned->m_owner.m_mutex);
+        pOwned->m_owner.m_watches.Set(pOwned->m_strWatchedPath, pOwned->m_pWatcher);
+    }
+    pOwned->m_reply.set_value(std::move(reply));
+}
+
+void CZooKeeperStore::CClient::OnData(int iCode, const char* pszData, int iLength, const Stat*,
+                                      const void* pRequest) {
+    CReply reply{iCode, std::nullopt};
+    if (iCode == ZOK && iLength != NO_DATA) {
+        reply.text.emplace(pszData, static_cast<std::size_t>(iLength));
+    }
+    Complete(pRequest, std::move(reply));
+}
+
+void CZooKeeperStore::CClient::OnStat(int iCode, const Stat*, const void* pRequest) {
+    Complete(pRequest, CReply{iCode, std::nullopt});
+}
+
+void CZooKeeperStore::CClient::OnCreated(int iCode, const char*, const void* pRequest) {
+    Complete(pRequest, CReply{iCode, std::nullopt});
+}
+
+CReply CZooKeeperStore::CClient::Call(const Send& send, std::unique_ptr<CRequest> pRequest,
+                                      Clock::time_point deadline) {
+    std::future<CReply> reply = pRequest->m_reply.get_future();
+    {
+        const std::shared_ptr<CSession> pSession = AwaitConnection(deadline);
+        if (!pSession) {
+            return CReply{};
+        }
+        const int iCode = send(*pSession, pRequest.get());
+        if (iCode != ZOK) {
+            return CReply{iCode, std::nullopt};
+        }
+        static_cast<void>(pRequest.release());
+    }
+    if (reply.wait_until(deadline) != std::future_status::ready) {
+        return CReply{ZOPERATIONTIMEOUT, std::nullopt};
+    }
+    return reply.get();
+}
+
+/// Every request may be sent again: reading changes nothing, a set is unconditional, and a node
+/// that the lost try created is found to exist.
+CReply CZooKeeperStore::CClient::CallUntil(Clock::time_point deadline, const Send& send,
+                                           const std::string& strPath, StoreWatcher pWatcher,
+                                           bool bWatchesAbsent) {
+    CReply reply;
+    do {
+        auto pRequest = std::unique_ptr<CRequest>(
+            new CRequest{*this, strPath, pWatcher, bWatchesAbsent, std::promise<CReply>()});
+        reply = Call(send, std::move(pRequest), deadline);
+    } while (IsTransient(reply.iCode) && PauseBeforeRetry(deadline));
+    return reply;
+}
+
+/// A watch set by a get needs a node; between the get that missed it and the watch on its absence
+/// it may have come.
+CReply CZooKeeperStore::CClient::ReadNode(const std::string& strPath, StoreWatcher pWatcher,
+                                          Clock::time_point deadline) {
+    const watcher_fn pOnEvent = pWatcher ? OnEvent : nullptr;
+    const Send get = [&](CSession& session, CRequest* pRequest) {
+        return zoo_awget(session.m_pHandle, strPath.c_str(), pOnEvent, &session, OnData, pRequest);
+    };
+    const Send watchAbsent = [&](CSession& session, CRequest* pRequest) {
+        return zoo_awexists(session.m_pHandle, strPath.c_str(), pOnEvent, &session, OnStat,
+                            pRequest);
+    };
+    for (;;) {
+        CReply reply = CallUntil(deadline, get, strPath, pWatcher);
+        if (reply.iCode != ZNONODE || !pWatcher) {
+            return reply;
+        }
+        reply = CallUntil(deadline, watchAbsent, strPath, pWatcher, true);
+        if (reply.iCode != ZOK) {
+            return reply;
+        }
+    }
+}
+
+int CZooKeeperStore::CClient::Read(const std::string& strPath, StoreWatcher pWatcher,
+                                   CStoreAnswer& answer) {
+    CReply reply = ReadNode(strPath, pWatcher, Deadline());
+    if (reply.iCode == ZOK || reply.iCode == ZNONODE) {
+        answer.bExists = reply.iCode == ZOK;
+        answer.text = std::move(reply.text);
+        return ORVA_SUCCEED;
+    }
+    if (pWatcher && IsTransient(reply.iCode)) {
+        CountAsMissed(strPath, pWatcher);
+    }
+    LogError(PSZ_READ, reply.iCode, strPath + ": " + zerror(reply.iCode));
+    return reply.iCode;
+}
+
+int CZooKeeperStore::CClient::CreateNode(const std::string& strPath, const std::string* pText,
+                                         Clock::time_point deadline) {
+    const char* const pszData = pText ? pText->data() : nullptr;
+    const int iLength = pText ? static_cast<int>(pText->size()) : NO_DATA;
+    const Send create = [&](CSession& session, CRequest* pRequest) {
+        return zoo_acreate(session.m_pHandle, strPath.c_str(), pszData, iLength,
+                           &ZOO_OPEN_ACL_UNSAFE, ZOO_PERSISTENT, OnCreated, pRequest);
+    };
+    const int iCode = CallUntil(deadline, create).iCode;
+    const std::size_t ulParentLen = strPath.rfind('/');
+    if (iCode != ZNONODE || ulParentLen == 0) {
+        return iCode;
+    }
+    const int iParentCode = CreateNode(strPath.substr(0, ulParentLen), nullptr, deadline);
+    if (iParentCode != ZOK && iParentCode != ZNODEEXISTS) {
+        return iParentCode;
+    }
+    return CallUntil(deadline, create).iCode;
+}
+
+int CZooKeeperStore::CClient::WriteNode(const std::string& strPath, const std::string& strText,
+                                        Clock::time_point deadline) {
+    const Send set = [&](CSession& session, CRequest* pRequest) {
+        return zoo_aset(session.m_pHandle, strPath.c_str(), strText.data(),
+                        static_cast<int>(strText.size()), ANY_VERSION, OnStat, pRequest);
+    };
+    for (;;) {
+        const int iSetCode = CallUntil(deadline, set).iCode;
+        if (iSetCode != ZNONODE) {
+            return iSetCode;
+        }
+        const int iCreateCode = CreateNode(strPath, &strText, deadline);
+        if (iCreateCode != ZNODEEXISTS) {
+            return iCreateCode;
+        }
+    }
+}
+
+int CZooKeeperStore::CClient::Write(const std::string& strPath, const std::string& strText) {
+    if (strPath.size() + strText.size() > MAX_PATH_AND_TEXT) {
+        LogError(PSZ_WRITE, ORVA_PARA_INVALID,
+                 strPath + ": " + std::to_string(strText.size()) + " bytes are too many");
+        return ORVA_PARA_INVALID;
+    }
+    const int iCode = WriteNode(strPath, strText, Deadline());
+    if (iCode != ZOK) {
+        LogError(PSZ_WRITE, iCode, strPath + ": " + zerror(iCode));
+    }
+    return iCode;
+}
+
+CZooKeeperStore::CZooKeeperStore(const CZooKeeperOptions& options)
+    : m_pClient(std::make_shared<CClient>(options)) {
+    // The client library's own lines would go to stderr, once per try while a server is down.
+    zoo_set_debug_level(static_cast<ZooLogLevel>(0));
+    CClient::Start(m_pClient);
+}
+
+CZooKeeperStore::~CZooKeeperStore() {
+    m_pClient->Stop();
+}
+
+int CZooKeeperStore::Read(const std::string& strPath, StoreWatcher pWatcher, CStoreAnswer& answer) {
+    return m_pClient->Read(strPath, pWatcher, answer);
+}
+
+int CZooKeeperStore::Write(const std::string& strPath, const std::string& strText) {
+    return m_pClient->Write(strPath, strText);
+}
