@@ -62,7 +62,11 @@ bool IsWhole(const std::string& strText) {
     builder["failIfExtra"] = true;
     const std::unique_ptr<Json::CharReader> pReader(builder.newCharReader());
     Json::Value root;
-    return pReader->parse(strText.data(), strText.data() + strText.size(), &root, nullptr);
+    try {
+        return pReader->parse(strText.data(), strText.data() + strText.size(), &root, nullptr);
+    } catch (const Json::Exception&) {
+        return false;  // nested too deeply for any reader
+    }
 }
 
 int RenderDocument(CBaseJsonObject& doc, unsigned int uiBufLen, std::string& strText) {

@@ -114,6 +114,10 @@ struct CSqliteStore::CState {
         if (iRet != SQLITE_OK) {
             return iRet;
         }
+        // SQLite opens a file that may not be written for reading, and says so only on a write.
+        if (sqlite3_db_readonly(pOpened, "main") != 0) {
+            return SQLITE_READONLY;
+        }
         sqlite3_busy_timeout(pOpened, static_cast<int>(uiBusyTimeoutMs));
         iRet = sqlite3_exec(pOpened, PSZ_PREPARE_FILE, nullptr, nullptr, nullptr);
         const std::pair<CStatement*, const char*> statements[] = {
@@ -152,7 +156,8 @@ struct CSqliteStore::CState {
         return iRet == SQLITE_OK ? transaction.Commit() : iRet;
     }
 
-    std::string Reason() const { return strFile + ": " + sqlite3_errmsg(pDatabase.get()); }
+    /// From the code: the connection's own message is that of its last call, a rollback perhaps.
+    std::string Reason(int iCode) const { return strFile + ": " + sqlite3_errstr(iCode); }
 
     const std::string strFile;
     std::mutex mutex;  ///< guards everything below
@@ -172,7 +177,7 @@ std::shared_ptr<CSqliteStore> CSqliteStore::Open(const std::string& strFile, std
     auto pState = std::make_unique<CState>(strFile);
     const int iRet = pState->Prepare(uiBusyTimeoutMs);
     if (iRet != SQLITE_OK) {
-        strError = pState->Reason();
+        strError = pState->Reason(iRet);
         LogError(PSZ_OPEN, PrimaryCode(iRet), strError);
         return nullptr;
     }
@@ -184,7 +189,7 @@ int CSqliteStore::Read(const std::string& strPath, StoreWatcher pWatcher, CStore
     CRun run(m_pState->pSelect, strPath);
     const int iRet = run.Step();
     if (iRet != SQLITE_ROW && iRet != SQLITE_DONE) {
-        LogError(PSZ_READ, PrimaryCode(iRet), m_pState->Reason());
+        LogError(PSZ_READ, PrimaryCode(iRet), m_pState->Reason(iRet));
         return PrimaryCode(iRet);
     }
     m_pState->watches.Set(strPath, pWatcher);
@@ -199,7 +204,7 @@ int CSqliteStore::Write(const std::string& strPath, const std::string& strText) 
         std::vector<std::string> written;
         const int iRet = m_pState->Write(strPath, strText, written);
         if (iRet != SQLITE_OK) {
-            LogError(PSZ_WRITE, PrimaryCode(iRet), m_pState->Reason());
+            LogError(PSZ_WRITE, PrimaryCode(iRet), m_pState->Reason(iRet));
             return PrimaryCode(iRet);
         }
         written.push_back(strPath);

@@ -1,0 +1,62 @@
+#include "common_service/reference/memory_store.h"
+
+#include <gtest/gtest.h>
+
+namespace {
+
+TEST(MemoryStore, FailsTheChosenCallOnceReadsAndWritesCountedTogether) {
+    CMemoryStore store;
+    store.Put("/a", "old");
+    store.FailCall(3, 4711);
+    CStoreAnswer answer;
+    EXPECT_EQ(store.Read("/a", nullptr, answer), 0);
+    EXPECT_EQ(store.Write("/b", "b"), 0);
+    EXPECT_EQ(store.Write("/a", "new"), 4711);
+    EXPECT_EQ(store.Get("/a"), "old");
+    EXPECT_EQ(store.Write("/a", "new"), 0);
+    EXPECT_EQ(store.GetCallCount(), 4U);
+}
+
+TEST(MemoryStore, CountsFromNow) {
+    CMemoryStore store;
+    EXPECT_EQ(store.Write("/a", "1"), 0);
+    store.FailCall(1, -5);
+    CStoreAnswer answer{true, "untouched"};
+    EXPECT_EQ(store.Read("/b", nullptr, answer), -5);
+    EXPECT_EQ(answer.text, "untouched");
+    EXPECT_TRUE(answer.bExists);
+}
+
+int g_iFired = 0;
+
+TEST(MemoryStore, FailedCallNeitherSetsNorFiresAWatch) {
+    g_iFired = 0;
+    const StoreWatcher pWatcher = [](const std::string&) { ++g_iFired; };
+    CMemoryStore store;
+    CStoreAnswer answer;
+    store.FailCall(1, 1);
+    EXPECT_EQ(store.Read("/a", pWatcher, answer), 1);
+    EXPECT_EQ(store.Write("/a", "1"), 0);
+    EXPECT_EQ(g_iFired, 0);
+
+    EXPECT_EQ(store.Read("/a", pWatcher, answer), 0);
+    store.FailCall(1, 1);
+    EXPECT_EQ(store.Write("/a", "2"), 1);
+    EXPECT_EQ(g_iFired, 0);
+    EXPECT_EQ(store.Write("/a", "2"), 0);
+    EXPECT_EQ(g_iFired, 1);
+}
+
+TEST(MemoryStore, IsFilledAndReadWithoutACall) {
+    CMemoryStore store;
+    store.Put("/a", "text");
+    store.Put("/b", std::nullopt);
+    EXPECT_EQ(store.Get("/a"), "text");
+    EXPECT_EQ(store.Get("/b"), std::nullopt);
+    EXPECT_TRUE(store.GetNode("/b").bExists);
+    store.Erase("/b");
+    EXPECT_FALSE(store.GetNode("/b").bExists);
+    EXPECT_EQ(store.GetCallCount(), 0U);
+}
+
+}  // namespace
