@@ -79,6 +79,7 @@ private:
         CClient& m_owner;
         bool m_bConnected = false;
         bool m_bExpired = false;
+        unsigned int m_uiOnTheirWay = 0;  ///< requests without an answer
         Clock::time_point m_lostSince = Clock::now();
         zhandle_t* m_pHandle;
     };
@@ -86,7 +87,7 @@ private:
     /// A request on its way. Owned by the client library from sending to completion, so that a
     /// caller may turn away at its deadline.
     struct CRequest {
-        CClient& m_owner;
+        CSession* m_pSession = nullptr;
         std::string m_strWatchedPath;
         StoreWatcher m_pWatcher = nullptr;
         bool m_bWatchesAbsent = false;
@@ -104,6 +105,8 @@ private:
     static void OnCreated(int iCode, const char* pszPath, const void* pRequest);
 
     void OnSessionState(CSession& session, int iState);
+    void CountAnsweredLocked(CSession& session);
+    int SendCounted(const Send& send, CSession& session, CRequest& request);
     void FireLocked(const std::string& strPath);
     void CountAsMissed(const std::string& strPath, StoreWatcher pWatcher);
 
@@ -134,7 +137,8 @@ private:
     bool m_bOpenFailed = false;  ///< the keeper's own
 
     std::mutex m_mutex;
-    std::condition_variable m_changed;  ///< anything below changed
+    std::condition_variable m_changed;   ///< anything below changed
+    std::condition_variable m_answered;  ///< a session has no request on its way any more
     bool m_bStopping = false;
     std::shared_ptr<CSession> m_pSession;
     CWatchTable m_watches;
@@ -153,8 +157,14 @@ CZooKeeperStore::CClient::CSession::CSession(CClient& owner)
     }
 }
 
+/// The client library leaks requests that fail while it closes. It fails them by itself after two
+/// thirds of the session's time-out.
 CZooKeeperStore::CClient::CSession::~CSession() {
     if (m_pHandle) {
+        std::unique_lock<std::mutex> lock(m_owner.m_mutex);
+        m_owner.m_answered.wait_for(lock, m_owner.m_options.sessionTimeout,
+                                    [this] { return m_uiOnTheirWay == 0; });
+        lock.unlock();
         zookeeper_close(m_pHandle);
     }
 }
@@ -176,7 +186,6 @@ void CZooKeeperStore::CClient::Stop() {
         std::lock_guard<std::mutex> lock(m_mutex);
         pSession.swap(m_pSession);
     }
-    // Closing ends the requests on their way, also that of a watcher.
     pSession.reset();
     if (m_caller.get_id() == std::this_thread::get_id()) {
         m_caller.detach();
@@ -323,9 +332,13 @@ void CZooKeeperStore::CClient::Complete(const void* pRequest, CReply reply) {
         const_cast<CRequest*>(static_cast<const CRequest*>(pRequest)));
     const bool bWatchStands =
         reply.iCode == ZOK || (reply.iCode == ZNONODE && pOwned->m_bWatchesAbsent);
-    if (bWatchStands) {
-        std::lock_guard<std::mutex> lock(pOwned->m_owner.m_mutex);
-        pOwned->m_owner.m_watches.Set(pOwned->m_strWatchedPath, pOwned->m_pWatcher);
+    CClient& client = pOwned->m_pSession->m_owner;
+    {
+        std::lock_guard<std::mutex> lock(client.m_mutex);
+        if (bWatchStands) {
+            client.m_watches.Set(pOwned->m_strWatchedPath, pOwned->m_pWatcher);
+        }
+        client.CountAnsweredLocked(*pOwned->m_pSession);
     }
     pOwned->m_reply.set_value(std::move(reply));
 }
@@ -347,6 +360,26 @@ void CZooKeeperStore::CClient::OnCreated(int iCode, const char*, const void* pRe
     Complete(pRequest, CReply{iCode, std::nullopt});
 }
 
+void CZooKeeperStore::CClient::CountAnsweredLocked(CSession& session) {
+    if (--session.m_uiOnTheirWay == 0) {
+        m_answered.notify_all();
+    }
+}
+
+int CZooKeeperStore::CClient::SendCounted(const Send& send, CSession& session, CRequest& request) {
+    {
+        std::lock_guard<std::mutex> lock(m_mutex);
+        ++session.m_uiOnTheirWay;
+    }
+    request.m_pSession = &session;
+    const int iCode = send(session, &request);
+    if (iCode != ZOK) {
+        std::lock_guard<std::mutex> lock(m_mutex);
+        CountAnsweredLocked(session);
+    }
+    return iCode;
+}
+
 CReply CZooKeeperStore::CClient::Call(const Send& send, std::unique_ptr<CRequest> pRequest,
                                       Clock::time_point deadline) {
     std::future<CReply> reply = pRequest->m_reply.get_future();
@@ -355,7 +388,7 @@ CReply CZooKeeperStore::CClient::Call(const Send& send, std::unique_ptr<CRequest
         if (!pSession) {
             return CReply{};
         }
-        const int iCode = send(*pSession, pRequest.get());
+        const int iCode = SendCounted(send, *pSession, *pRequest);
         if (iCode != ZOK) {
             return CReply{iCode, std::nullopt};
         }
@@ -375,7 +408,7 @@ CReply CZooKeeperStore::CClient::CallUntil(Clock::time_point deadline, const Sen
     CReply reply;
     do {
         auto pRequest = std::unique_ptr<CRequest>(
-            new CRequest{*this, strPath, pWatcher, bWatchesAbsent, std::promise<CReply>()});
+            new CRequest{nullptr, strPath, pWatcher, bWatchesAbsent, std::promise<CReply>()});
         reply = Call(send, std::move(pRequest), deadline);
     } while (IsTransient(reply.iCode) && PauseBeforeRetry(deadline));
     return reply;

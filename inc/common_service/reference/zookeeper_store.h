@@ -36,7 +36,8 @@ public:
     explicit CZooKeeperStore(const CZooKeeperOptions& options);
 
     /// Ends the session; watchers that were not yet called are not called any more. Waits for a
-    /// watcher that is running, unless called by it, and for a name being resolved.
+    /// watcher that is running, unless called by it, for a name being resolved, and with a server
+    /// that hangs for up to the session's time-out.
     ~CZooKeeperStore() override;
 
     CZooKeeperStore(const CZooKeeperStore&) = delete;
