@@ -1,0 +1,164 @@
+#include "framework_service/cluster_mgr_znode_info.h"
+
+#include <algorithm>
+#include <cstddef>
+#include <utility>
+
+#include "common_service/bounded_string.h"
+#include "internal/json_text.h"
+#include "internal/log.h"
+#include "internal/store.h"
+#include "internal/xml_text.h"
+
+using namespace framework_internal;
+
+namespace {
+
+constexpr char MESSAGE_ILLEGAL[] = "json illegal, json text[%s].";
+
+constexpr char PSZ_XML_CONTENT[] = "Content";
+constexpr char PSZ_XML_DOMAIN_MAIN_INFO[] = "DomainMainInfo";
+constexpr char PSZ_XML_DOMAIN_MAIN[] = "DomainMain";
+constexpr char PSZ_XML_FLOAT_IP[] = "FloatIP";
+constexpr char PSZ_XML_PATH_DOMAIN_MAIN[] = "Content/ClusterBody/DomainMainInfo/DomainMain";
+constexpr char PSZ_XML_PATH_FLOAT_IP[] = "Content/ClusterBody/DomainMainInfo/FloatIP";
+
+CClusterMGRInfo MakeMaster(const std::string& strNodeId, const std::string& strNodeIp) {
+    CClusterMGRInfo info;
+    info.SetNodeId(strNodeId);
+    info.SetMGRType(TARN_E_DOMAIN_MAIN);
+    info.SetNodeIp(strNodeIp);
+    return info;
+}
+
+}  // namespace
+
+CClusterMGRZNodeInfo::CClusterMGRZNodeInfo() : m_masterMGRInfo(MakeMaster("", "")) {}
+
+CClusterMGRZNodeInfo::CClusterMGRZNodeInfo(const CClusterMGRInfo& masterMGRInfo)
+    : m_masterMGRInfo(masterMGRInfo) {}
+
+CClusterMGRZNodeInfo::CClusterMGRZNodeInfo(const CClusterMGRInfo& masterMGRInfo,
+                                           std::list<CClusterMGRInfo> stMGREleList)
+    : m_masterMGRInfo(masterMGRInfo), m_stMGREleList(std::move(stMGREleList)) {}
+
+int32_t CClusterMGRZNodeInfo::ParseJson(const char* pszJson) {
+    if (pszJson == nullptr) {
+        return LogNullPointer(HERE, OPERATION_NULL_JSON, ORVA_DATA_INVALID);
+    }
+    Json::Value root;
+    if (!ParseJsonText(pszJson, root)) {
+        return LogFailure(HERE, "cluster db znode info", ORVA_DATA_INVALID,
+                          "parse json fail, json text[%s].", pszJson);
+    }
+    const Json::Value* pMaster = FindMember(root, PSZ_CLUSTER_MGR_MASTER);
+    if (pMaster == nullptr || !pMaster->isObject()) {
+        return LogFailure(HERE, "ccluster db znode info", ORVA_DATA_INVALID, MESSAGE_ILLEGAL,
+                          pszJson);
+    }
+    std::string strNodeId;
+    std::string strNodeIp;
+    if (!ReadMembers(*pMaster,
+                     {{PSZ_CLUSTER_MGR_NODE, strNodeId}, {PSZ_CLUSTER_MGR_IP, strNodeIp}})) {
+        return LogFailure(HERE, "ccluster mgr znode info", ORVA_DATA_INVALID, MESSAGE_ILLEGAL,
+                          pszJson);
+    }
+    m_masterMGRInfo.SetNodeId(strNodeId);
+    m_masterMGRInfo.SetNodeIp(strNodeIp);
+    return ORVA_SUCCEED;
+}
+
+int32_t CClusterMGRZNodeInfo::ToJson(char* pszJson, uint32_t iMaxLen) {
+    if (pszJson == nullptr) {
+        return LogNullPointer(HERE, OPERATION_NULL_JSON, ORVA_FAIL);
+    }
+    Json::Value root;
+    Json::Value& master = root[PSZ_CLUSTER_MGR_MASTER];
+    master[PSZ_CLUSTER_MGR_NODE] = m_masterMGRInfo.GetNodeId();
+    master[PSZ_CLUSTER_MGR_IP] = m_masterMGRInfo.GetNodeIp();
+    WriteJsonText(root, pszJson, iMaxLen);
+    return ORVA_SUCCEED;
+}
+
+void CClusterMGRZNodeInfo::UpdateAllEleMGRInfo(const std::list<CClusterMGRInfo>&) {}
+
+int CClusterMGRZNodeInfo::ParseFromXml(PELU::CXml& xml) {
+    unsigned int uiLen = 0;
+    const char* pszXml = xml.GetXMLStream(uiLen);
+    if (pszXml == nullptr) {
+        return LogNullPointer(HERE, "Point pszXml is null.", ORVA_DATA_INVALID);
+    }
+    LogTrace(HERE, "init cluster message, parse xml message[%s].", pszXml);
+    const char* pszNodeId = xml.GetElemValueEx(PSZ_XML_PATH_DOMAIN_MAIN);
+    if (pszNodeId == nullptr) {
+        return LogNullPointer(HERE, "Point strNodeId is null.", ORVA_XML_INVALID);
+    }
+    const std::string strNodeId(pszNodeId);
+    const char* pszNodeIp = xml.GetElemValueEx(PSZ_XML_PATH_FLOAT_IP);
+    SetMasterMGRInfo(MakeMaster(strNodeId, pszNodeIp != nullptr ? pszNodeIp : ""));
+    LogTrace(HERE, "CClusterMGRZNodeInfo:NvrCode[%s], NodeIp[%s], MGRType[%d].",
+             m_masterMGRInfo.GetNodeId().c_str(),
+             ORVA_DesensitizeIPAddress(m_masterMGRInfo.GetNodeIp()).c_str(),
+             m_masterMGRInfo.GetMGRType());
+    return ORVA_SUCCEED;
+}
+
+int CClusterMGRZNodeInfo::DumpToXml(PELU::CXml& xml) {
+    xml.AddElem(PSZ_XML_CONTENT);
+    xml.AddChildElem(PSZ_XML_DOMAIN_MAIN_INFO);
+    xml.IntoElem();
+    xml.AddChildElem(PSZ_XML_DOMAIN_MAIN);
+    xml.IntoElem();
+    xml.SetElemValue(m_masterMGRInfo.GetNodeId().c_str());
+    AddXmlValue(xml, PSZ_XML_FLOAT_IP, m_masterMGRInfo.GetNodeIp());
+    unsigned int uiLen = 0;
+    const char* pszXml = xml.GetXMLStream(uiLen);
+    if (pszXml == nullptr) {
+        return LogFailure(HERE, "Fail to get pcIpModifyXml", ORVA_FAIL, "");
+    }
+    LogTrace(HERE, "tarn. pcNodeInfoXml[%s]", pszXml);
+    return ORVA_SUCCEED;
+}
+
+int CClusterMGRZNodeInfo::ParseFromZK(bool bNeedWatcher) {
+    CClusterMGRZNodeInfo stored;
+    bool bDataEmpty = true;
+    if (ReadStore(STORE_NODE_MGR, EWatch{bNeedWatcher}, stored, bDataEmpty) != ORVA_SUCCEED) {
+        return LogFailure(HERE, "cmgr info, parse form zk", ORVA_FAIL,
+                          "get center mgr info from zk fail.");
+    }
+    m_masterMGRInfo = std::move(stored.m_masterMGRInfo);
+    return ORVA_SUCCEED;
+}
+
+bool CClusterMGRZNodeInfo::GetStringFromJson(Json::Value jsonVal, const char* pcKeyStr, char* acVal,
+                                             int iLen) {
+    if (pcKeyStr == nullptr || acVal == nullptr) {
+        LogFailure(HERE, "pcKeyStr or acVal is NULL", ORVA_FAIL, "");
+        return false;
+    }
+    std::string strValue;
+    if (!ReadMembers(jsonVal, {{pcKeyStr, strValue}})) {
+        LogLine(HERE, ORVALOG_WARNING, "Get stromg frome json",
+                "Get [%s] return other value, not string.\r\n", pcKeyStr);
+        return false;
+    }
+    if (iLen > 0) {
+        const auto uiSize = static_cast<std::size_t>(iLen);
+        strncpy_s(acVal, uiSize, strValue.c_str(), std::min(strValue.size(), uiSize - 1));
+    }
+    return true;
+}
+
+bool CClusterMGRZNodeInfo::GetIntFromJson(Json::Value jsonVal, const char* pcKeyStr, int* piVal) {
+    if (pcKeyStr == nullptr || piVal == nullptr) {
+        LogFailure(HERE, "pcKeyStr or piVal is NULL", ORVA_FAIL, "");
+        return false;
+    }
+    if (!ReadMembers(jsonVal, {{pcKeyStr, *piVal}})) {
+        LogLine(HERE, ORVALOG_WARNING, "Get int frome json",
+                "Get [%s] return other value, not string.", pcKeyStr);
+        return false;
+    }
+    return true;
+}
