@@ -1,6 +1,8 @@
 #pragma once
 
+#include <atomic>
 #include <cstdint>
+#include <ctime>
 #include <list>
 #include <map>
 #include <string>
@@ -8,6 +10,28 @@
 #include "common_service/thread_mutex.h"
 #include "framework_service/base_data.h"
 #include "framework_service/container.h"
+
+/// The status of a service that runs.
+inline constexpr int32_t ORVA_STATUS_RUN = 1;
+
+/// The bandwidth of one NVR as last reported. Free is total less used, and less what selections
+/// have reserved since.
+struct HighSpeedDownLoadInfo {
+    std::string strNvrCode;
+    time_t tUpdateTime = 0;
+    int32_t uiTotalBrandwidth = 0;
+    int32_t uiUsedBrandwidth = 0;
+    int32_t uiFreeBrandwidth = 0;
+
+    /// The code is the identity of an entry.
+    bool operator==(const HighSpeedDownLoadInfo& other) const {
+        return strNvrCode == other.strNvrCode;
+    }
+};
+
+/// Orders by free bandwidth, descending.
+bool SortHighSpeedInfo(const HighSpeedDownLoadInfo& cHighSpeedDownLoadInfoA,
+                       const HighSpeedDownLoadInfo& cHighSpeedDownLoadInfoB);
 
 /// The process-wide table of containers. Callable from any thread: every operation holds the lock
 /// for its whole length. Containers are held by value and handed out as copies. A container that is
@@ -112,11 +136,51 @@ public:
                                std::string& strValue);
     /// @}
 
+    /// @name High-speed downloads
+    /// Two lists of reporting NVRs, each with a lock of its own: those whose MU and SCU run, and
+    /// those whose IMGU runs too.
+    /// @{
+
+    /// Takes a report. An empty code or more used than total is logged and changes nothing; unless
+    /// MU and SCU run, the report is dropped in silence.
+    void UpdateHighSpeedNvrInfo(const std::string& strNvrCode, int32_t uiTotalBrandwidth,
+                                int32_t uiUsedBrandwidth, int32_t MUStatus, int32_t IMGUStatus,
+                                int32_t SCUStatus);
+
+    /// Updates the NVR's entry, dropping what was reserved on it, or adds it at the front. The
+    /// caller holds the list's lock.
+    void UpdateHighSpeedInfoList(const std::string& strNvrCode, int32_t uiTotalBrandwidth,
+                                 int32_t uiUsedBrandwidth,
+                                 std::list<HighSpeedDownLoadInfo>& HighSpeedInfoList);
+
+    /// Drops stale and impossible entries, names the NVR with the most free bandwidth and reserves
+    /// 16 times the bit rate on it until its next report. Returns 0; or, logged, ORVA_FAIL with the
+    /// code untouched when no NVR has more than that.
+    int GetHighSpeedNvrCode(std::string& strNvrCode, int32_t BitRate);
+    int GetPicHighSpeedNvrCode(std::string& strNvrCode, int32_t BitRate);
+    /// @}
+
+    /// Sets the update flag of every container of that service type.
+    void SetUptadeFlag(const std::string& strServiceType, bool bFalg);
+
 private:
+    friend class CFrameworkCommon;
+
     CContainerMgr() = default;
+
+    /// Replaces the argument by copies of the containers of that type that are online.
+    void GetOnlineContainer(const std::string& strContainerType, ContainerMap& containerMap);
 
     static CContainerMgr m_Instance;
 
     ContainerMap m_containerTable;
     HALD_Recursive_Thread_Mutex m_mutex{nullptr, nullptr};
+    HALD_Recursive_Thread_Mutex m_HighSpeedMutex{nullptr, nullptr};
+    std::list<HighSpeedDownLoadInfo> m_HighSpeedInfoList;
+    HALD_Recursive_Thread_Mutex m_PicHighSpeedMutex{nullptr, nullptr};
+    std::list<HighSpeedDownLoadInfo> m_PicHighSpeedInfoList;
+
+    // Are the lists not empty? For selections, which ask before they lock.
+    std::atomic<bool> m_bHighSpeed{false};
+    std::atomic<bool> m_bPicHighSpeed{false};
 };

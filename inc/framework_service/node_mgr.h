@@ -69,7 +69,12 @@ public:
     /// @}
 
 private:
+    friend class CFrameworkCommon;
+
     CNodeMgr() = default;
+
+    /// Is the node known, and a normal member?
+    bool IsNormalMember(const std::string& strNodeId);
 
     void RefreshSizeLocked();
 

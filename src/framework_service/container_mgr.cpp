@@ -1,8 +1,11 @@
 #include "framework_service/container_mgr.h"
 
+#include <algorithm>
+
 #include "common_service/tarn_def.h"
 #include "internal/log.h"
 #include "internal/registry.h"
+#include "internal/wrap.h"
 
 using namespace framework_internal;
 
@@ -32,7 +35,78 @@ bool Ask(HALD_Recursive_Thread_Mutex& mutex, ContainerMap& table,
     return bAnswer;
 }
 
+constexpr time_t NUMERIC_HIGH_SPEED_EXPIRY = 30;
+constexpr char OPERATION_UPDATE_HIGH_SPEED[] = "UpdateHighSpeedNvrInfo";
+
+/// Where the two selections differ.
+struct Selection {
+    const char* pszOperation;
+    const char* pszEmptyOnEntry;
+    const char* pszEmptyAfterCleaning;
+    const char* pszFound;
+};
+
+constexpr Selection HIGH_SPEED{"get high speed nvr code", "", "m_HighSpeedInfoList is empty",
+                               "find most free mpu_t"};
+constexpr Selection PIC_HIGH_SPEED{"get pic high speed nvr code", "m_PicHighSpeedInfoList is empty",
+                                   "m_PicHighSpeedInfoList is empty", "find most free pic mpu_t"};
+
+/// Drops the entries that are out of date, and in silence those without any or with impossible
+/// bandwidth.
+void CleanHighSpeedList(const SourcePlace& place, const char* pszOperation,
+                        std::list<HighSpeedDownLoadInfo>& infoList) {
+    const time_t tNow = time(nullptr);
+    infoList.remove_if([&](const HighSpeedDownLoadInfo& info) {
+        if (tNow - info.tUpdateTime > NUMERIC_HIGH_SPEED_EXPIRY) {
+            LogFailure(place, pszOperation, ORVA_FAIL,
+                       "nvrCode:%s expire,expire time:%d,currentTime:%ld,updateTime:%ld",
+                       info.strNvrCode.c_str(), static_cast<int>(NUMERIC_HIGH_SPEED_EXPIRY), tNow,
+                       info.tUpdateTime);
+            return true;
+        }
+        return info.uiFreeBrandwidth == 0 || info.uiFreeBrandwidth > info.uiTotalBrandwidth;
+    });
+}
+
+/// A selection from one list; bFilled follows the list and is asked before the lock is taken.
+int SelectHighSpeedNvr(const SourcePlace& place, const Selection& selection,
+                       HALD_Recursive_Thread_Mutex& mutex, std::atomic<bool>& bFilled,
+                       std::list<HighSpeedDownLoadInfo>& infoList, std::string& strNvrCode,
+                       int32_t iBitRate) {
+    if (!bFilled) {
+        return LogFailure(place, selection.pszOperation, ORVA_FAIL, selection.pszEmptyOnEntry);
+    }
+    const MutexGuard guard(mutex);
+    if (!guard.locked()) {
+        return ORVA_FAIL;
+    }
+    CleanHighSpeedList(place, selection.pszOperation, infoList);
+    bFilled = !infoList.empty();
+    if (infoList.empty()) {
+        return LogFailure(place, selection.pszOperation, ORVA_FAIL,
+                          selection.pszEmptyAfterCleaning);
+    }
+    infoList.sort(SortHighSpeedInfo);
+    HighSpeedDownLoadInfo& head = infoList.front();
+    const auto iNeed = static_cast<int32_t>(static_cast<uint32_t>(iBitRate) << 4);
+    if (iNeed >= head.uiFreeBrandwidth) {
+        return LogFailure(place, selection.pszOperation, ORVA_FAIL, "fail");
+    }
+    head.uiFreeBrandwidth = WrapSub(head.uiFreeBrandwidth, iNeed);
+    strNvrCode = head.strNvrCode;
+    LogInfo(place, selection.pszFound,
+            "strNvrCode:%s,TotalBrandwidth:%u,UsedBrandwidth:%u,FreeBrandwidth:%u",
+            strNvrCode.c_str(), head.uiTotalBrandwidth, head.uiUsedBrandwidth,
+            head.uiFreeBrandwidth);
+    return ORVA_SUCCEED;
+}
+
 }  // namespace
+
+bool SortHighSpeedInfo(const HighSpeedDownLoadInfo& cHighSpeedDownLoadInfoA,
+                       const HighSpeedDownLoadInfo& cHighSpeedDownLoadInfoB) {
+    return cHighSpeedDownLoadInfoA.uiFreeBrandwidth > cHighSpeedDownLoadInfoB.uiFreeBrandwidth;
+}
 
 int32_t CContainerMgr::Init(const ContainerMap& containerMap) {
     const MutexGuard guard(m_mutex);
@@ -232,4 +306,93 @@ void CContainerMgr::GetExtParamValueByKey(const CContainerAddr& containerAddr,
                                           const std::string& strKey, std::string& strValue) {
     WithEntry(m_mutex, m_containerTable, containerAddr,
               [&](const CContainer& container) { container.GetValueByKey(strKey, strValue); });
+}
+
+void CContainerMgr::UpdateHighSpeedNvrInfo(const std::string& strNvrCode, int32_t uiTotalBrandwidth,
+                                           int32_t uiUsedBrandwidth, int32_t MUStatus,
+                                           int32_t IMGUStatus, int32_t SCUStatus) {
+    if (strNvrCode.empty() || uiUsedBrandwidth > uiTotalBrandwidth) {
+        LogFailure(HERE, OPERATION_UPDATE_HIGH_SPEED, ORVA_PARA_INVALID,
+                   "nvrCode:%s,TotalBrandwidth:%u,UsedBrandwidth:%u", strNvrCode.c_str(),
+                   uiTotalBrandwidth, uiUsedBrandwidth);
+        return;
+    }
+    if (MUStatus != ORVA_STATUS_RUN || SCUStatus != ORVA_STATUS_RUN) {
+        return;
+    }
+    const MutexGuard guard(m_HighSpeedMutex);
+    if (!guard.locked()) {
+        return;
+    }
+    UpdateHighSpeedInfoList(strNvrCode, uiTotalBrandwidth, uiUsedBrandwidth, m_HighSpeedInfoList);
+    m_bHighSpeed = true;
+    LogInfo(HERE, OPERATION_UPDATE_HIGH_SPEED,
+            "update MU nvrcode:%s,TotalBrandwidth:%u,UsedBrandwidth:%u", strNvrCode.c_str(),
+            uiTotalBrandwidth, uiUsedBrandwidth);
+    if (IMGUStatus != ORVA_STATUS_RUN) {
+        return;
+    }
+    const MutexGuard picGuard(m_PicHighSpeedMutex);
+    if (!picGuard.locked()) {
+        return;
+    }
+    UpdateHighSpeedInfoList(strNvrCode, uiTotalBrandwidth, uiUsedBrandwidth,
+                            m_PicHighSpeedInfoList);
+    m_bPicHighSpeed = true;
+    LogInfo(HERE, OPERATION_UPDATE_HIGH_SPEED,
+            "update IMGU nvrcode:%s,TotalBrandwidth:%u,UsedBrandwidth:%u", strNvrCode.c_str(),
+            uiTotalBrandwidth, uiUsedBrandwidth);
+}
+
+void CContainerMgr::UpdateHighSpeedInfoList(const std::string& strNvrCode,
+                                            int32_t uiTotalBrandwidth, int32_t uiUsedBrandwidth,
+                                            std::list<HighSpeedDownLoadInfo>& HighSpeedInfoList) {
+    auto it = std::find_if(
+        HighSpeedInfoList.begin(), HighSpeedInfoList.end(),
+        [&](const HighSpeedDownLoadInfo& info) { return info.strNvrCode == strNvrCode; });
+    if (it == HighSpeedInfoList.end()) {
+        LogInfo(HERE, "UpdateHighSpeedInfoList", "first update nvrcode:%s", strNvrCode.c_str());
+        it = HighSpeedInfoList.emplace(HighSpeedInfoList.begin());
+        it->strNvrCode = strNvrCode;
+    }
+    it->tUpdateTime = time(nullptr);
+    it->uiTotalBrandwidth = uiTotalBrandwidth;
+    it->uiUsedBrandwidth = uiUsedBrandwidth;
+    it->uiFreeBrandwidth = WrapSub(uiTotalBrandwidth, uiUsedBrandwidth);
+}
+
+int CContainerMgr::GetHighSpeedNvrCode(std::string& strNvrCode, int32_t BitRate) {
+    return SelectHighSpeedNvr(HERE, HIGH_SPEED, m_HighSpeedMutex, m_bHighSpeed, m_HighSpeedInfoList,
+                              strNvrCode, BitRate);
+}
+
+int CContainerMgr::GetPicHighSpeedNvrCode(std::string& strNvrCode, int32_t BitRate) {
+    return SelectHighSpeedNvr(HERE, PIC_HIGH_SPEED, m_PicHighSpeedMutex, m_bPicHighSpeed,
+                              m_PicHighSpeedInfoList, strNvrCode, BitRate);
+}
+
+void CContainerMgr::SetUptadeFlag(const std::string& strServiceType, bool bFalg) {
+    const MutexGuard guard(m_mutex);
+    if (!guard.locked()) {
+        return;
+    }
+    for (auto& [containerAddr, container] : m_containerTable) {
+        if (container.GetServiceType() == strServiceType) {
+            container.SetUptadeFlag(bFalg);
+        }
+    }
+}
+
+void CContainerMgr::GetOnlineContainer(const std::string& strContainerType,
+                                       ContainerMap& containerMap) {
+    containerMap.clear();
+    const MutexGuard guard(m_mutex);
+    if (!guard.locked()) {
+        return;
+    }
+    for (const auto& [containerAddr, container] : m_containerTable) {
+        if (container.GetContainerType() == strContainerType && container.IsOnline()) {
+            containerMap.emplace_hint(containerMap.end(), containerAddr, container);
+        }
+    }
 }

@@ -4,6 +4,7 @@
 
 #include "common_service/tarn_def.h"
 #include "internal/log.h"
+#include "internal/node_containers.h"
 #include "internal/registry.h"
 
 using namespace framework_internal;
@@ -67,6 +68,14 @@ bool CNodeMgr::IsNodeOnline(const std::string& strNodeId) {
     return bOnline;
 }
 
+bool CNodeMgr::IsNormalMember(const std::string& strNodeId) {
+    bool bNormal = false;
+    WithEntry(m_mutex, m_nodeTable, strNodeId, [&bNormal](const CNode& node) {
+        bNormal = node.GetMemberStatus() == CLUSTER_MEMBER_NORMAL;
+    });
+    return bNormal;
+}
+
 void CNodeMgr::SetSystemResource(const std::string& strNodeID, const CSystemResource& totalSysRes,
                                  const CSystemResource& curSysRes) {
     const ELookup eLookup = WithEntry(m_mutex, m_nodeTable, strNodeID, [&](CNode& node) {
@@ -105,14 +114,7 @@ void CNodeMgr::RemoveNodeContainer(const std::string& strNodeId,
                                    const std::string& strContainerType,
                                    unsigned int& uiContainerLeftNum) {
     const ELookup eLookup = WithEntry(m_mutex, m_nodeTable, strNodeId, [&](CNode& node) {
-        std::list<std::string> containerList;
-        node.GetContainerList(containerList);
-        const auto it = std::find(containerList.begin(), containerList.end(), strContainerType);
-        if (it != containerList.end()) {
-            containerList.erase(it);
-        }
-        node.SetContainerList(containerList);
-        uiContainerLeftNum = static_cast<unsigned int>(containerList.size());
+        uiContainerLeftNum = DropContainerType(node, strContainerType);
     });
     if (eLookup == ELookup::UNKNOWN) {
         uiContainerLeftNum = 0;
