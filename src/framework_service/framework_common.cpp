@@ -12,16 +12,24 @@
 #include "framework_service/node_mgr.h"
 #include "framework_service/plugin_mgr.h"
 #include "internal/log.h"
+#include "internal/node_containers.h"
+#include "internal/registry.h"
 #include "internal/store.h"
+#include "internal/wrap.h"
 
 using namespace framework_internal;
 
 CFrameworkCommon CFrameworkCommon::m_instance;
+CFrameworkCGCommon CFrameworkCGCommon::m_instance;
 
 namespace {
 
 constexpr char OPERATION_INIT[] = "init framework";
 constexpr char OPERATION_INIT_CONTAINER_MGR[] = "framework common, init container mgr";
+constexpr char OPERATION_REMOVE_FROM_CACHE[] = "framework common, Remove node container from cache";
+constexpr char OPERATION_ADD_CG[] = "add cluster cg info";
+constexpr char MESSAGE_NODE_HAS_BEEN_CG[] = "node has been cg, node[%s].";
+constexpr char MESSAGE_FLOAT_IP_EXIST[] = "float ip is exist, float ip[%s].";
 
 /// What a failed read of a document at start means: nothing to read is a success.
 int JudgeFailedRead(const SourcePlace& place, int iCode, bool bDataEmpty,
@@ -31,6 +39,47 @@ int JudgeFailedRead(const SourcePlace& place, int iCode, bool bDataEmpty,
         return ORVA_SUCCEED;
     }
     return LogFailure(place, OPERATION_INIT, iCode, pszFailMessage);
+}
+
+/// The node list without what the registries have dropped: the first entry of the node when it has
+/// no container left, or else one container of that type from every entry of the node.
+void DropFromNodeList(std::list<CNode>& nodeList, const std::string& strNodeId,
+                      const std::string& strContainerType, uint32_t uiContainerNumLeft) {
+    const auto isNode = [&strNodeId](const CNode& node) { return node.GetNodeId() == strNodeId; };
+    if (uiContainerNumLeft == 0) {
+        const auto it = std::find_if(nodeList.begin(), nodeList.end(), isNode);
+        if (it != nodeList.end()) {
+            nodeList.erase(it);
+        }
+        return;
+    }
+    for (CNode& node : nodeList) {
+        if (isNode(node)) {
+            DropContainerType(node, strContainerType);
+        }
+    }
+}
+
+/// Writes a CG list to the store. Returns 0 or, logged, the store's code.
+int WriteCGList(const SourcePlace& place, const char* pszOperation, CClusterCGInfoList& list) {
+    const int iRet = WriteStore(STORE_NODE_CG_LIST, list);
+    if (iRet != ORVA_SUCCEED) {
+        LogFailure(place, pszOperation, iRet, "set cg data into zk fail.");
+    }
+    return iRet;
+}
+
+/// Takes the first entry of that float code out of the list. False when there is none.
+bool EraseByFloatCode(std::list<CClusterCGInfo>& listCG, const std::string& strFloatCode) {
+    const auto it =
+        std::find_if(listCG.begin(), listCG.end(), [&strFloatCode](const CClusterCGInfo& info) {
+            return info.GetFloatCode() == strFloatCode;
+        });
+    if (it == listCG.end()) {
+        return false;
+    }
+    listCG.erase(it);
+    return true;
 }
 
 /// Accepts links from every member's address, then no longer from those of the nodes of an earlier
@@ -196,4 +245,255 @@ void CFrameworkCommon::CloudStorageInfoToResTask(const CloudStorageInfo& CloudSt
             CloudStorage.iReqStorage, CloudStorage.iReqPicStorage,
             CloudStorage.iLowPriorityBitRate);
     resTaskList.push_back(task);
+}
+
+int CFrameworkCommon::AddNodeAndContainer(const std::map<std::string, CNode>& nodeMap) {
+    if (nodeMap.empty()) {
+        return ORVA_SUCCEED;
+    }
+    CNodeMgr::Instance().AddNode(nodeMap);
+    std::list<CNode> nodeList;
+    for (const auto& [strKey, node] : nodeMap) {
+        nodeList.push_back(node);
+    }
+    ContainerMap containerMap;
+    if (const int iRet = GenContainerTable(nodeList, containerMap); iRet != ORVA_SUCCEED) {
+        return LogFailure(HERE, OPERATION_INIT_CONTAINER_MGR, iRet, "gen container table fail.");
+    }
+    CContainerMgr::Instance().AddContainer(containerMap);
+    return ORVA_SUCCEED;
+}
+
+int CFrameworkCommon::RemoveNodeContainer(const std::string& strNodeId,
+                                          const std::string& strContainerType,
+                                          uint32_t& uiContainerNumLeft) {
+    CContainerMgr::Instance().RemoveContainer(CContainerAddr(strNodeId, strContainerType));
+    CNodeMgr::Instance().RemoveNodeContainer(strNodeId, strContainerType, uiContainerNumLeft);
+    LogInfo(HERE, OPERATION_REMOVE_FROM_CACHE,
+            "node id[%s], container id[%s], left container num[%d].", strNodeId.c_str(),
+            strContainerType.c_str(), uiContainerNumLeft);
+    return ORVA_SUCCEED;
+}
+
+int CFrameworkCommon::RemoveNodeContainerAndFlush(const std::string& strNodeId,
+                                                  const std::string& strContainerType) {
+    uint32_t uiContainerNumLeft = 0;
+    RemoveNodeContainer(strNodeId, strContainerType, uiContainerNumLeft);
+    if (uiContainerNumLeft == 0) {
+        CNodeMgr::Instance().RemoveNode(strNodeId);
+        LogInfo(HERE, OPERATION_REMOVE_FROM_CACHE, "node id[%s].", strNodeId.c_str());
+    }
+    CClusterZNodeInfo document;
+    bool bDataEmpty = false;
+    if (ReadStore(STORE_NODE_CLUSTER, EWatch::NO, document, bDataEmpty) != ORVA_SUCCEED ||
+        bDataEmpty) {
+        return ORVA_SUCCEED;
+    }
+    std::list<CNode> nodeList;
+    document.GetNodeList(nodeList);
+    DropFromNodeList(nodeList, strNodeId, strContainerType, uiContainerNumLeft);
+    document.SetNodeList(nodeList);
+    if (const int iRet = WriteStore(STORE_NODE_CLUSTER, document); iRet != ORVA_SUCCEED) {
+        LogFailure(HERE, "framework common, remove container and flush", iRet,
+                   "set cluster info into ZK fail.");
+    } else {
+        LogInfo(HERE, "framework common, remove container and flush from zk",
+                "node id[%s], container id[%s], container num[%d] left.", strNodeId.c_str(),
+                strContainerType.c_str(), uiContainerNumLeft);
+    }
+    return ORVA_SUCCEED;
+}
+
+int CFrameworkCommon::SetNodeClusterStatus(const std::list<std::string>& nodeCodeList,
+                                           int iMemberStatus) {
+    if (!nodeCodeList.empty()) {
+        CNodeMgr::Instance().SetMemberStatus(nodeCodeList, iMemberStatus);
+    }
+    return ORVA_SUCCEED;
+}
+
+void CFrameworkCommon::GetAvailableContainer(const std::string& strContainerType,
+                                             ContainerMap& containerMap) {
+    ContainerMap available;
+    CContainerMgr::Instance().GetOnlineContainer(strContainerType, available);
+    for (auto it = available.begin(); it != available.end();) {
+        const CContainer& container = it->second;
+        if (!CNodeMgr::Instance().IsNormalMember(container.GetNodeId()) ||
+            !container.IsProcessRunning()) {
+            it = available.erase(it);
+            continue;
+        }
+        LogTrace(HERE, "orva plugin, available orva container, node id[%s].",
+                 container.GetNodeId().c_str());
+        ++it;
+    }
+    containerMap.swap(available);
+}
+
+int CFrameworkCommon::UpdateClusterCDB(const CClusterDBInfo& clusterDBInfo, bool bFlushZK) {
+    const bool bUpdated =
+        clusterDBInfo.GetDBType() == CLUSTER_DB_MASTER
+            ? m_clusterDBInfo.UpdateMasterDBInfo(clusterDBInfo)
+            : m_clusterDBInfo.UpdateSlaveDBInfoByToken(clusterDBInfo.GetCDBToken(), clusterDBInfo);
+    if (!bUpdated) {
+        return ORVA_FAIL;
+    }
+    if (!bFlushZK) {
+        return ORVA_SUCCEED;
+    }
+    if (const int iRet = WriteStore(STORE_NODE_CENTER_DB, m_clusterDBInfo); iRet != ORVA_SUCCEED) {
+        return LogFailure(HERE, "update cluster cdb", iRet, "set data to zookeeper fail.");
+    }
+    return ORVA_SUCCEED;
+}
+
+void CFrameworkCommon::IncreaseCDBVersion() {
+    m_iCenterDBVersion = WrapAdd(m_iCenterDBVersion, 1);
+}
+
+int CFrameworkCommon::ParseCDBFromZK(bool bNeedWatcher) {
+    return m_clusterDBInfo.ParseFromZK(bNeedWatcher);
+}
+
+int CFrameworkCommon::ParseMGRFromZK(bool bNeedWatcher) {
+    return m_clusterMGRInfo.ParseFromZK(bNeedWatcher);
+}
+
+int CFrameworkCGCommon::SetClusterCGInfoList(CClusterCGInfoList& clusterCGInfoList) {
+    if (clusterCGInfoList.Empty()) {
+        return ORVA_SUCCEED;
+    }
+    const MutexGuard guard(m_MutexCGInfo);
+    if (!guard.locked()) {
+        return ORVA_FAIL;
+    }
+    return WriteCGList(HERE, "set cluster cg list", clusterCGInfoList);
+}
+
+int CFrameworkCGCommon::AddClusterCGInfo(const CClusterCGInfoList& clusterCGInfo) {
+    std::list<CClusterCGInfo> listNew;
+    clusterCGInfo.GetClusterCGInfoList(listNew);
+    if (listNew.empty()) {
+        return ORVA_SUCCEED;
+    }
+    const MutexGuard guard(m_MutexCGInfo);
+    if (!guard.locked()) {
+        return ORVA_FAIL;
+    }
+    for (const CClusterCGInfo& info : listNew) {
+        if (m_clusterCGList.IsCGExist(info.GetFloatCode())) {
+            LogTrace(HERE, "cg already exists, no need to add, code[%s].",
+                     info.GetFloatCode().c_str());
+            continue;
+        }
+        if (m_clusterCGList.IsNodeExist(info.GetNodeCode())) {
+            return LogFailure(HERE, OPERATION_ADD_CG, ORVA_TARN_NODE_HAS_BEEN_CG,
+                              MESSAGE_NODE_HAS_BEEN_CG, info.GetNodeCode().c_str());
+        }
+        if (m_clusterCGList.IsFloatIPExist(info.GetFloatIp())) {
+            return LogFailure(HERE, OPERATION_ADD_CG, ORVA_TARN_FCG_IP_EXIST,
+                              MESSAGE_FLOAT_IP_EXIST, info.GetFloatIp().c_str());
+        }
+        m_clusterCGList.AddClusterCGInfo(info);
+    }
+    return WriteCGList(HERE, OPERATION_ADD_CG, m_clusterCGList);
+}
+
+int CFrameworkCGCommon::AddSingleClusterCGInfo(const CClusterCGInfo& singleClusterCGInfo) {
+    constexpr char OPERATION[] = "add single cluster cg";
+    const MutexGuard guard(m_MutexCGInfo);
+    if (!guard.locked()) {
+        return ORVA_FAIL;
+    }
+    const CClusterCGInfo& info = singleClusterCGInfo;
+    const unsigned int uiNodeSize = CNodeMgr::Instance().GetSize();
+    const unsigned int uiClusterCGSize = m_clusterCGList.GetSize();
+    if (uiClusterCGSize + 1 > uiNodeSize >> 1) {
+        return LogFailure(HERE, OPERATION, ORVA_TARN_FCG_EXCEED_MAX,
+                          "exceed max cg num, current cg size[%d], node size[%d].", uiClusterCGSize,
+                          uiNodeSize);
+    }
+    if (m_clusterCGList.IsNodeExist(info.GetNodeCode())) {
+        return LogFailure(HERE, OPERATION, ORVA_TARN_NODE_HAS_BEEN_CG, MESSAGE_NODE_HAS_BEEN_CG,
+                          info.GetNodeCode().c_str());
+    }
+    if (!CNodeMgr::Instance().IsNodeExist(info.GetNodeCode())) {
+        return LogFailure(HERE, OPERATION, ORVA_TARN_CG_NODE_NOT_EXIST, "node not exist, node[%s].",
+                          info.GetNodeCode().c_str());
+    }
+    if (m_clusterCGList.IsCGExist(info.GetFloatCode())) {
+        return LogFailure(HERE, OPERATION, ORVA_TARN_FCG_CODE_EXIST, "cg is exist, cg[%s].",
+                          info.GetFloatCode().c_str());
+    }
+    if (m_clusterCGList.IsFloatIPExist(info.GetFloatIp())) {
+        return LogFailure(HERE, OPERATION, ORVA_TARN_FCG_IP_EXIST, MESSAGE_FLOAT_IP_EXIST,
+                          info.GetFloatIp().c_str());
+    }
+    m_clusterCGList.AddClusterCGInfo(info);
+    const int iRet = WriteCGList(HERE, OPERATION_ADD_CG, m_clusterCGList);
+    if (iRet != ORVA_SUCCEED) {
+        m_clusterCGList.RemoveClusterCG(info.GetFloatCode());
+    }
+    return iRet;
+}
+
+int CFrameworkCGCommon::RemoveClusterCGInfo(const std::string& strFloatCGCode) {
+    constexpr char OPERATION[] = "remove cluster cg";
+    const MutexGuard guard(m_MutexCGInfo);
+    if (!guard.locked()) {
+        return ORVA_FAIL;
+    }
+    std::list<CClusterCGInfo> listCG;
+    m_clusterCGList.GetClusterCGInfoList(listCG);
+    if (!EraseByFloatCode(listCG, strFloatCGCode)) {
+        LogInfo(HERE, OPERATION, "cluster cg code[%s] not exist.", strFloatCGCode.c_str());
+        return ORVA_SUCCEED;
+    }
+    CClusterCGInfoList changed;
+    changed.SetClusterCGInfoList(listCG);
+    if (const int iRet = WriteCGList(HERE, "remove cluster cg info", changed);
+        iRet != ORVA_SUCCEED) {
+        return iRet;
+    }
+    LogInfo(HERE, OPERATION, "update cluster cg into zk and cache, cluster cg code[%s].",
+            strFloatCGCode.c_str());
+    m_clusterCGList = changed;
+    return ORVA_SUCCEED;
+}
+
+int CFrameworkCGCommon::ReloadClusterCGInfoList() {
+    const MutexGuard guard(m_MutexCGInfo);
+    if (!guard.locked()) {
+        return ORVA_FAIL;
+    }
+    if (const int iRet = m_clusterCGList.ParseFromZK(); iRet != ORVA_SUCCEED) {
+        return LogFailure(HERE, "reload cluster cg list", iRet, "load cg list from zk fail.");
+    }
+    return ORVA_SUCCEED;
+}
+
+void CFrameworkCGCommon::GetClusterCGInfoList(CClusterCGInfoList& clusterCGInfo) {
+    const MutexGuard guard(m_MutexCGInfo);
+    if (guard.locked()) {
+        clusterCGInfo = m_clusterCGList;
+    }
+}
+
+int CFrameworkCGCommon::UpdateClusterCGInfoByFloatCode(const CClusterCGInfo& clusterCGInfo) {
+    const MutexGuard guard(m_MutexCGInfo);
+    if (!guard.locked()) {
+        return ORVA_FAIL;
+    }
+    std::list<CClusterCGInfo> listCG;
+    m_clusterCGList.GetClusterCGInfoList(listCG);
+    EraseByFloatCode(listCG, clusterCGInfo.GetFloatCode());
+    listCG.push_back(clusterCGInfo);
+    CClusterCGInfoList changed;
+    changed.SetClusterCGInfoList(listCG);
+    if (const int iRet = WriteCGList(HERE, "update cluster cg info", changed);
+        iRet != ORVA_SUCCEED) {
+        return iRet;
+    }
+    m_clusterCGList = changed;
+    return ORVA_SUCCEED;
 }
