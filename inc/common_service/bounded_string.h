@@ -18,6 +18,8 @@ int strncpy_s(char* dest, std::size_t destMax, const char* src, std::size_t coun
 int ORVA_SNPRINTF(char* pszDest, std::size_t destMax, std::size_t count, const char* pszFormat,
                   ...);
 
-/// The address with its host part masked, for log lines.
+/// The address with its host part masked, for log lines: "192.168.*.*", and "*" for a text
+/// that is no IPv4 address.
+// NOLINTNEXTLINE(clang-diagnostic-return-type-c-linkage): the linkage is the contract's
 std::string ORVA_DesensitizeIPAddress(const std::string& strIp);
 }

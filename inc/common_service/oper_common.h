@@ -4,6 +4,7 @@
 
 #include "common_service/data/communication_data.h"
 
+// NOLINTNEXTLINE(bugprone-reserved-identifier): the client library's own name
 typedef struct _zhandle zhandle_t;
 
 /// The store's node event callback. The library knows only its address, which it passes as the

@@ -5,6 +5,7 @@
 #include <spdlog/sinks/stdout_sinks.h>
 
 #include <cstdarg>
+#include <cstdio>
 #include <exception>
 #include <utility>
 #include <vector>
@@ -43,6 +44,10 @@ std::string OnOneLine(std::string strText) {
     return strText;
 }
 
+void TellLoss(const std::string& strReason) {
+    std::fprintf(stderr, "a log line was lost: %s\n", strReason.c_str());
+}
+
 }  // namespace
 
 struct CSpdLogger::CState {
@@ -51,13 +56,14 @@ struct CSpdLogger::CState {
         logger.set_level(spdlog::level::trace);
         logger.flush_on(spdlog::level::trace);
         logger.set_pattern(PSZ_PATTERN);
+        logger.set_error_handler(&TellLoss);
     }
 
     void Write(const CLineHead& head, const char* pszFormat, va_list arguments) noexcept {
         try {
             logger.info(OnOneLine(HeadText(head) + FormatText(pszFormat, arguments)));
         } catch (...) {
-            std::fputs("a log line was lost\n", stderr);
+            TellLoss("out of memory");
         }
     }
 

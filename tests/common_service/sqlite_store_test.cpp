@@ -9,6 +9,7 @@
 #include <csignal>
 #include <filesystem>
 #include <fstream>
+#include <thread>
 
 #include "support/host_fixture.h"
 #include "support/temp_dir.h"
@@ -186,6 +187,33 @@ TEST_F(SqliteStore, LockedFileGivesUpInTimeAndRecovers) {
     other.Execute("ROLLBACK");
     EXPECT_EQ(pStore->Write("/a", "[2]\n"), 0);
     EXPECT_EQ(TextOf(*pStore, "/a"), "[2]\n");
+}
+
+TEST_F(SqliteStore, LockThatIsReleasedInTimeIsWaitedFor) {
+    const auto pStore = CSqliteStore::Open(m_strFile, m_strError);
+    ASSERT_NE(pStore, nullptr);
+    COtherConnection other(m_strFile);
+    other.Execute("BEGIN IMMEDIATE");
+    std::thread release([&] {
+        std::this_thread::sleep_for(std::chrono::milliseconds(100));
+        other.Execute("ROLLBACK");
+    });
+    EXPECT_EQ(pStore->Write("/a", "[2]\n"), 0);
+    release.join();
+    EXPECT_THAT(m_logger.GetLines(), IsEmpty());
+}
+
+TEST_F(SqliteStore, WriteThatFailsHalfWayLeavesNoParents) {
+    const auto pStore = Open(m_strFile);
+    ASSERT_NE(pStore, nullptr);
+    COtherConnection(m_strFile).Execute(
+        "CREATE TRIGGER refuse BEFORE INSERT ON node WHEN new.path = '/new/leaf' "
+        "BEGIN SELECT RAISE(FAIL, 'refused'); END");
+    EXPECT_EQ(pStore->Write("/new/leaf", "[]\n"), SQLITE_CONSTRAINT);
+    CStoreAnswer answer;
+    EXPECT_EQ(pStore->Read("/new", nullptr, answer), 0);
+    EXPECT_FALSE(answer.bExists);
+    EXPECT_EQ(pStore->Write("/a", "[]\n"), 0) << "no transaction stays open";
 }
 
 TEST_F(SqliteStore, FileLockedWhileOpeningIsSaid) {

@@ -11,7 +11,7 @@ struct CSpdLoggerSettings {
     ORVA_LOG_LEVEL eLevel = ORVALOG_INFO;  ///< the last level that is written; DEBUG lets trace in
     bool bConsole = true;                  ///< to the standard error stream
     std::string strFile;                   ///< no file when empty
-    std::size_t maxFileSize = 10 * 1024 * 1024;
+    std::size_t maxFileSize = std::size_t{10} * 1024 * 1024;
     std::size_t maxFiles = 5;  ///< older files beside the current one
 };
 
