@@ -12,6 +12,11 @@
 
 inline constexpr ORVA_STORE_NODE STORE_NODE_CG_LIST{"/MERO/CGList", 1024};
 
+inline constexpr char PSZ_CG_NVRCODE[] = "NVRCode";
+inline constexpr char PSZ_CG_FLOAT_CODE[] = "FloatCGCode";
+inline constexpr char PSZ_CG_FLOAT_IP[] = "FloatIP";
+inline constexpr char PSZ_CG_DECISION_VER_NUM[] = "DecisionVerNum";
+
 /// One CG entry: a node bound to a float code and a float address, with the version number of the
 /// decision as text. A plain value; no lock. The same names are JSON keys and XML elements; the
 /// status is written to XML alone and never read back.

@@ -10,9 +10,6 @@
 
 namespace {
 
-constexpr char PSZ_DECISION_VER_NUM[] = "DecisionVerNum";
-constexpr char PSZ_MASTER_VER_NUM[] = "MasterVerNum";
-
 // isUInt64 alone holds for 1.0 too, which does not carry a 64-bit number in full.
 bool IsVersionNumber(const Json::Value& value) {
     return value.type() != Json::realValue && value.isUInt64();

@@ -20,10 +20,6 @@ constexpr char OPERATION_LIST_XML[] = "parse cluster cg info list xml fail";
 
 constexpr char PSZ_CG_LIST[] = "CGList";
 constexpr char PSZ_CG_INFO[] = "CGInfo";
-constexpr char PSZ_CG_NVRCODE[] = "NVRCode";
-constexpr char PSZ_CG_FLOAT_CODE[] = "FloatCGCode";
-constexpr char PSZ_CG_FLOAT_IP[] = "FloatIP";
-constexpr char PSZ_CG_DECISION_VER_NUM[] = "DecisionVerNum";
 constexpr char PSZ_CG_FLOAT_STATUS[] = "FloatCGStatus";
 constexpr char PSZ_CG_PLACEHOLDER[] = "Tmp";
 

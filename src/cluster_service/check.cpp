@@ -1,0 +1,331 @@
+#include "check.h"
+
+#include <json/value.h>
+
+#include <algorithm>
+#include <cstring>
+#include <list>
+#include <map>
+#include <optional>
+#include <set>
+#include <string>
+#include <vector>
+
+#include "common_service/oper_common.h"
+#include "common_service/reference/store.h"
+#include "documents.h"
+#include "exit_code.h"
+#include "framework_service/cluster_cloud_storage_znode_info.h"
+#include "framework_service/cluster_config_znode_info.h"
+#include "framework_service/cluster_znode_info.h"
+#include "load.h"
+#include "plugin_list.h"
+#include "table.h"
+
+namespace {
+
+constexpr std::size_t NUMERIC_WARNING_PERCENT = 80;
+
+/// A document may grow by this much when the library writes it: it renders a character as six.
+constexpr std::size_t NUMERIC_MAX_GROWTH = 6;
+
+constexpr char PSZ_NOTE[] = "note";
+constexpr char PSZ_WARNING[] = "warning";
+constexpr char PSZ_ERROR[] = "error";
+
+struct CFinding {
+    const char* pszSeverity;
+    std::string strDocument;
+    std::string strText;
+};
+
+struct CCheckedDocument {
+    const CStoreDocument* pDocument;
+    CStoredText stored;
+    std::optional<std::string> fault;
+    Json::Value root;  ///< null unless the document is good
+};
+
+/// Everything that the checks look at. Documents that are absent or bad are empty here.
+struct CCheckedStore {
+    std::vector<CCheckedDocument> documents;
+    std::list<CNode> nodeList;
+    std::map<std::string, CloudStorageInfo> cloudStorageMap;
+    Json::Value cluster;
+    Json::Value clusterConfig;
+    bool bPluginsLoaded = false;
+    std::set<std::string> knownContainerTypes{CONTAINER_TYPE_CLOUD_STORAGE};
+};
+
+using Findings = std::list<CFinding>;
+
+std::string Quoted(const std::string& strText) {
+    return "\"" + strText + "\"";
+}
+
+/// One finding that stands for the whole of a document's node suffix, as "Cluster".
+void Add(Findings& findings, const char* pszSeverity, const ORVA_STORE_NODE& node,
+         const std::string& strText) {
+    findings.push_back({pszSeverity, node.pszSuffix + 1, strText});
+}
+
+void CheckPresence(const CCheckedStore& store, Findings& findings) {
+    const bool bNothing =
+        std::none_of(store.documents.begin(), store.documents.end(),
+                     [](const CCheckedDocument& checked) { return checked.stored.bExists; });
+    for (const CCheckedDocument& checked : store.documents) {
+        if (!checked.stored.bExists && checked.stored.iCode == ORVA_SUCCEED) {
+            Add(findings, bNothing ? PSZ_WARNING : PSZ_NOTE, checked.pDocument->node, "is absent");
+        } else if (checked.stored.strText.empty() && !checked.fault) {
+            Add(findings, PSZ_NOTE, checked.pDocument->node, "is without data");
+        }
+    }
+}
+
+void CheckText(const CCheckedStore& store, Findings& findings) {
+    for (const CCheckedDocument& checked : store.documents) {
+        if (checked.fault) {
+            Add(findings, PSZ_ERROR, checked.pDocument->node, *checked.fault);
+        }
+    }
+}
+
+/// The size of the text as the library would write it.
+std::size_t RenderedSize(const CCheckedDocument& checked) {
+    std::vector<char> buffer(checked.stored.strText.size() * NUMERIC_MAX_GROWTH +
+                             checked.pDocument->node.uiBufLen);
+    const auto pDocument = checked.pDocument->pMake();
+    pDocument->ParseJson(checked.stored.strText.c_str());
+    pDocument->ToJson(buffer.data(), static_cast<uint32_t>(buffer.size()));
+    return std::strlen(buffer.data());
+}
+
+void CheckSize(const CCheckedStore& store, Findings& findings) {
+    for (const CCheckedDocument& checked : store.documents) {
+        if (checked.root.isNull()) {
+            continue;
+        }
+        const std::size_t size = std::max(checked.stored.strText.size(), RenderedSize(checked));
+        const std::size_t maxSize = checked.pDocument->GetMaxSize();
+        if (size > maxSize) {
+            Add(findings, PSZ_ERROR, checked.pDocument->node,
+                "would take " + std::to_string(size) +
+                    " bytes when the service writes it, at most " + std::to_string(maxSize) +
+                    " fit");
+        } else if (size * 100 >= maxSize * NUMERIC_WARNING_PERCENT) {
+            Add(findings, PSZ_WARNING, checked.pDocument->node,
+                "takes " + std::to_string(size) + " bytes of at most " + std::to_string(maxSize));
+        }
+    }
+}
+
+void CheckNodeIds(const CCheckedStore& store, Findings& findings) {
+    std::map<std::string, int> counts;
+    for (const CNode& node : store.nodeList) {
+        if (++counts[node.GetNodeId()] == 2) {
+            Add(findings, PSZ_ERROR, STORE_NODE_CLUSTER,
+                "node id " + Quoted(node.GetNodeId()) + " stands there more than once");
+        }
+    }
+}
+
+std::list<std::string> ContainersOf(const CNode& node) {
+    std::list<std::string> containerList;
+    node.GetContainerList(containerList);
+    return containerList;
+}
+
+std::string AddressText(const CContainerAddr& addr) {
+    return Quoted(addr.GetContainerType()) + " on node " + Quoted(addr.GetNodeId());
+}
+
+void CheckContainerAddresses(const CCheckedStore& store, Findings& findings) {
+    std::set<CContainerAddr> addresses;
+    for (const CNode& node : store.nodeList) {
+        for (const std::string& strType : ContainersOf(node)) {
+            const CContainerAddr addr(node.GetNodeId(), strType);
+            const auto [it, bNew] = addresses.insert(addr);
+            if (!bNew) {
+                const std::string strFault = *it == addr ? " stands there more than once"
+                                                         : " reads the same as " + AddressText(*it);
+                Add(findings, PSZ_ERROR, STORE_NODE_CLUSTER,
+                    "container " + AddressText(addr) + strFault + ", the cluster will not load");
+            }
+        }
+    }
+}
+
+void CheckNormalBehindRemoved(const CCheckedStore& store, Findings& findings) {
+    std::string strRemoved;
+    for (const Json::Value& node : store.cluster[PSZ_CLUSTER_NODE]) {
+        const std::string strStatus = node[PSZ_NODE_STATUS].asString();
+        const std::string strId = node[PSZ_NODE_ID].asString();
+        if (strStatus == PSZ_NODE_STATUS_REMOVED) {
+            strRemoved = strRemoved.empty() ? strId : strRemoved;
+        } else if (!strRemoved.empty()) {
+            Add(findings, PSZ_WARNING, STORE_NODE_CLUSTER,
+                "node " + Quoted(strId) + " says " + Quoted(strStatus) +
+                    " and loads as removed, since it stands behind the removed node " +
+                    Quoted(strRemoved));
+        }
+    }
+}
+
+void CheckNodeIps(const CCheckedStore& store, Findings& findings) {
+    for (const CNode& node : store.nodeList) {
+        if (COperCommon::IPToUint(node.GetNodeIp()) == 0) {
+            Add(findings, PSZ_WARNING, STORE_NODE_CLUSTER,
+                "node " + Quoted(node.GetNodeId()) + " has " + Quoted(node.GetNodeIp()) +
+                    " for an address");
+        }
+    }
+}
+
+void CheckContainerTypes(const CCheckedStore& store, Findings& findings) {
+    std::map<std::string, int> unknownTypes;
+    for (const CNode& node : store.nodeList) {
+        for (const std::string& strType : ContainersOf(node)) {
+            if (store.knownContainerTypes.count(strType) == 0) {
+                ++unknownTypes[strType];
+            }
+        }
+    }
+    for (const auto& [strType, iCount] : unknownTypes) {
+        if (store.bPluginsLoaded) {
+            Add(findings, PSZ_WARNING, STORE_NODE_CLUSTER,
+                "no plug-in knows the container type " + Quoted(strType) + ", which stands there " +
+                    std::to_string(iCount) + " times");
+        }
+    }
+}
+
+void CheckCloudStorageNodes(const CCheckedStore& store, Findings& findings) {
+    for (const auto& [strNodeId, info] : store.cloudStorageMap) {
+        bool bNode = false;
+        bool bContainer = false;
+        for (const CNode& node : store.nodeList) {
+            const auto containerList = ContainersOf(node);
+            bNode = bNode || node.GetNodeId() == strNodeId;
+            bContainer =
+                bContainer || (node.GetNodeId() == strNodeId &&
+                               std::find(containerList.begin(), containerList.end(),
+                                         CONTAINER_TYPE_CLOUD_STORAGE) != containerList.end());
+        }
+        if (!bContainer) {
+            Add(findings, PSZ_WARNING, STORE_NODE_CLOUD_STORAGE,
+                "the entry of node " + Quoted(strNodeId) + " is of no use: the node " +
+                    (bNode ? std::string("has no container ") + CONTAINER_TYPE_CLOUD_STORAGE
+                           : "is not in the cluster"));
+        }
+    }
+}
+
+void CheckThresholds(const CCheckedStore& store, Findings& findings) {
+    if (!store.clusterConfig[PSZ_CLUSTER_LOAD_BALANCE_THRESHOLD].isNull()) {
+        Add(findings, PSZ_WARNING, STORE_NODE_CLUSTER_CONFIG,
+            Quoted(PSZ_CLUSTER_LOAD_BALANCE_THRESHOLD) +
+                " is ignored on reading: the thresholds stay at their defaults");
+    }
+}
+
+constexpr void (*CHECKS[])(const CCheckedStore&, Findings&) = {
+    CheckPresence,
+    CheckText,
+    CheckSize,
+    CheckNodeIds,
+    CheckContainerAddresses,
+    CheckNormalBehindRemoved,
+    CheckNodeIps,
+    CheckContainerTypes,
+    CheckCloudStorageNodes,
+    CheckThresholds,
+};
+
+/// Reads one document. A text that the store would not hand out, being too long, is a fault of the
+/// document and not of the store.
+CCheckedDocument ReadDocument(const CStoreDocument& document) {
+    CCheckedDocument checked{&document, ReadFromStore(document), {}, {}};
+    if (checked.stored.iCode == STORE_TEXT_TOO_LONG) {
+        checked.stored.iCode = ORVA_SUCCEED;
+        checked.stored.bExists = true;
+        checked.fault = "is longer than " + std::to_string(document.GetMaxSize()) + " bytes";
+    } else if (!checked.stored.strText.empty()) {
+        checked.fault = FindFault(document, checked.stored.strText);
+    }
+    if (!checked.fault && !checked.stored.strText.empty()) {
+        ParseText(checked.stored.strText, checked.root);
+    }
+    return checked;
+}
+
+/// The good text of a document; null JSON, which holds nothing, stands for a bad one.
+const CCheckedDocument& Find(const CCheckedStore& store, const ORVA_STORE_NODE& node) {
+    return *std::find_if(
+        store.documents.begin(), store.documents.end(),
+        [&node](const CCheckedDocument& checked) { return &checked.pDocument->node == &node; });
+}
+
+template <class Document>
+Document Parse(const CCheckedDocument& checked) {
+    Document document;
+    if (!checked.root.isNull()) {
+        document.ParseJson(checked.stored.strText.c_str());
+    }
+    return document;
+}
+
+bool ReadStore(CCheckedStore& store, std::ostream& errors) {
+    for (const CStoreDocument& document : StoreDocuments()) {
+        store.documents.push_back(ReadDocument(document));
+        const int iCode = store.documents.back().stored.iCode;
+        if (iCode != ORVA_SUCCEED) {
+            errors << StorePath(document) << ": the store answered code " << iCode
+                   << ", the log says why\n";
+            return false;
+        }
+    }
+    store.cluster = Find(store, STORE_NODE_CLUSTER).root;
+    store.clusterConfig = Find(store, STORE_NODE_CLUSTER_CONFIG).root;
+    Parse<CClusterZNodeInfo>(Find(store, STORE_NODE_CLUSTER)).GetNodeList(store.nodeList);
+    store.cloudStorageMap =
+        Parse<CClusterCloudStorageZNodeInfo>(Find(store, STORE_NODE_CLOUD_STORAGE))
+            .GetCloudStorageInfoMap();
+    return true;
+}
+
+int Report(const Findings& findings, std::ostream& output) {
+    if (findings.empty()) {
+        output << "all well: " << StoreDocuments().size() << " documents checked\n";
+        return EXIT_DONE;
+    }
+    CTable("findings",
+           std::vector<CColumn<CFinding>>{
+               {"severity", [](const CFinding& finding) { return finding.pszSeverity; }},
+               {"document", [](const CFinding& finding) { return finding.strDocument; }},
+               {"finding", [](const CFinding& finding) { return finding.strText; }}},
+           findings)
+        .Print(output);
+    const bool bOnlyNotes =
+        std::all_of(findings.begin(), findings.end(),
+                    [](const CFinding& finding) { return finding.pszSeverity == PSZ_NOTE; });
+    return bOnlyNotes ? EXIT_DONE : EXIT_FINDINGS;
+}
+
+}  // namespace
+
+int Check(std::ostream& output, std::ostream& errors) {
+    CCheckedStore store;
+    if (!ReadStore(store, errors)) {
+        return EXIT_COULD_NOT;
+    }
+    store.bPluginsLoaded = LoadPlugins(errors);
+    for (const CLoadedPlugin& plugin : LoadedPlugins()) {
+        plugin.AddKnownTypes(store.knownContainerTypes);
+    }
+    Findings findings;
+    for (const auto pCheck : CHECKS) {
+        pCheck(store, findings);
+    }
+    const int iResult = Report(findings, output);
+    return store.bPluginsLoaded ? iResult : EXIT_COULD_NOT;
+}

@@ -1,0 +1,136 @@
+#include "import_export.h"
+
+#include <filesystem>
+#include <fstream>
+#include <optional>
+#include <utility>
+#include <vector>
+
+#include "documents.h"
+#include "exit_code.h"
+#include "whole_file.h"
+
+namespace {
+
+namespace fs = std::filesystem;
+
+using CDocumentTexts = std::vector<std::pair<const CStoreDocument*, std::string>>;
+
+std::string FileOf(const std::string& strDir, const CStoreDocument& document) {
+    return fs::path(strDir) / document.pszFile;
+}
+
+/// Reads one character more than a document may have: enough to see that it is too long.
+bool ReadFile(const std::string& strFile, unsigned int uiMaxSize, std::string& strText) {
+    std::ifstream stream(strFile, std::ios::binary);
+    if (!stream || !fs::is_regular_file(strFile)) {
+        return false;
+    }
+    strText.resize(uiMaxSize + std::size_t{1});
+    stream.read(strText.data(), static_cast<std::streamsize>(strText.size()));
+    strText.resize(static_cast<std::size_t>(stream.gcount()));
+    return !stream.bad();
+}
+
+/// Collects the texts of the files that are there and good. Says what is wrong with the others.
+int CollectFiles(const std::string& strDir, CDocumentTexts& texts, std::ostream& output,
+                 std::ostream& errors) {
+    int iResult = EXIT_DONE;
+    for (const CStoreDocument& document : StoreDocuments()) {
+        const std::string strFile = FileOf(strDir, document);
+        std::error_code error;
+        if (!fs::exists(strFile, error) && !error) {
+            output << strFile << ": no such file, " << StorePath(document) << " stays as it is\n";
+            continue;
+        }
+        std::string strText;
+        if (!ReadFile(strFile, document.GetMaxSize(), strText)) {
+            errors << strFile << ": cannot be read\n";
+            iResult = EXIT_COULD_NOT;
+            continue;
+        }
+        if (const auto fault = FindFault(document, strText)) {
+            errors << strFile << ": " << *fault << '\n';
+            iResult = iResult == EXIT_DONE ? EXIT_FINDINGS : iResult;
+        }
+        texts.emplace_back(&document, std::move(strText));
+    }
+    return iResult;
+}
+
+bool StoreAnswered(int iCode, const CStoreDocument& document, std::ostream& errors) {
+    if (iCode != ORVA_SUCCEED) {
+        errors << StorePath(document) << ": the store answered code " << iCode
+               << ", the log says why\n";
+    }
+    return iCode == ORVA_SUCCEED;
+}
+
+bool CollectTexts(CDocumentTexts& texts, std::ostream& output, std::ostream& errors) {
+    for (const CStoreDocument& document : StoreDocuments()) {
+        CStoredText stored = ReadFromStore(document);
+        if (!StoreAnswered(stored.iCode, document, errors)) {
+            return false;
+        }
+        if (stored.strText.empty()) {
+            output << StorePath(document)
+                   << (stored.bExists ? ": without data" : ": not in the store")
+                   << ", no file is written\n";
+            continue;
+        }
+        texts.emplace_back(&document, std::move(stored.strText));
+    }
+    return true;
+}
+
+}  // namespace
+
+int Import(const std::string& strDir, std::ostream& output, std::ostream& errors) {
+    CDocumentTexts texts;
+    const int iResult = CollectFiles(strDir, texts, output, errors);
+    if (iResult != EXIT_DONE) {
+        errors << "nothing was imported\n";
+        return iResult;
+    }
+    if (texts.empty()) {
+        errors << strDir << ": no document in this folder\n";
+        return EXIT_COULD_NOT;
+    }
+    for (const auto& [pDocument, strText] : texts) {
+        if (!StoreAnswered(WriteToStore(*pDocument, strText), *pDocument, errors)) {
+            return EXIT_COULD_NOT;
+        }
+        output << FileOf(strDir, *pDocument) << ": imported to " << StorePath(*pDocument) << ", "
+               << strText.size() << " of at most " << pDocument->GetMaxSize() << " bytes\n";
+    }
+    return EXIT_DONE;
+}
+
+int Export(const std::string& strDir, std::ostream& output, std::ostream& errors) {
+    CDocumentTexts texts;
+    if (!CollectTexts(texts, output, errors)) {
+        errors << "nothing was exported\n";
+        return EXIT_COULD_NOT;
+    }
+    if (texts.empty()) {
+        errors << "no document in the store\n";
+        return EXIT_COULD_NOT;
+    }
+    std::error_code error;
+    fs::create_directories(strDir, error);
+    if (error) {
+        errors << strDir << ": " << error.message() << '\n';
+        return EXIT_COULD_NOT;
+    }
+    for (const auto& [pDocument, strText] : texts) {
+        const std::string strFile = FileOf(strDir, *pDocument);
+        const std::string strError = WriteWholeFile(strFile, strText);
+        if (!strError.empty()) {
+            errors << strFile << ": " << strError << '\n';
+            return EXIT_COULD_NOT;
+        }
+        output << StorePath(*pDocument) << ": exported to " << strFile << ", " << strText.size()
+               << " bytes\n";
+    }
+    return EXIT_DONE;
+}

@@ -1,0 +1,20 @@
+#pragma once
+
+#include <ostream>
+
+/// Loads every plug-in of the library directory. False on failure, said on the stream.
+bool LoadPlugins(std::ostream& errors);
+
+/// Loads what a service loads at its start: plug-ins, configuration, cluster, in this order. False
+/// at the first failure, said on the stream.
+bool LoadService(std::ostream& errors);
+
+/// Takes the plug-ins down, then the store: before main ends, since what plug-ins still log or
+/// write needs a process that is whole.
+class CServiceGuard {
+public:
+    CServiceGuard() = default;
+    ~CServiceGuard();
+    CServiceGuard(const CServiceGuard&) = delete;
+    CServiceGuard& operator=(const CServiceGuard&) = delete;
+};

@@ -1,0 +1,162 @@
+#include "options.h"
+
+#include <CLI/CLI.hpp>
+#include <filesystem>
+#include <map>
+
+#include "documents.h"
+#include "exit_code.h"
+#include "store_name.h"
+
+namespace {
+
+namespace fs = std::filesystem;
+
+constexpr char PSZ_FOOTER[] =
+    "Exit status: 0 done and all well, 1 a document was refused or check found something,\n"
+    "2 wrong usage, or the store, a file or a plug-in stood in the way.";
+
+constexpr char PSZ_SUBCOMMAND_FOOTER[] =
+    "\n\nThe options of every command, such as --store: cluster_service --help";
+
+const std::map<std::string, ORVA_LOG_LEVEL> LOG_LEVELS{
+    {"err", ORVALOG_ERR},   {"warning", ORVALOG_WARNING}, {"notice", ORVALOG_NOTICE},
+    {"info", ORVALOG_INFO}, {"debug", ORVALOG_DEBUG},
+};
+
+fs::path PrefixOfProgram() {
+    std::error_code error;
+    return fs::read_symlink("/proc/self/exe", error).parent_path().parent_path();
+}
+
+/// The first of the prefix' library folders that has the service's libraries.
+std::string DefaultLibDir() {
+    const fs::path prefix = PrefixOfProgram();
+    const fs::path installed = prefix / PSZ_INSTALL_LIB_DIR / "framework_service";
+    std::error_code error;
+    return fs::exists(installed, error) ? installed : prefix / "lib" / "framework_service";
+}
+
+std::string DefaultConfigDir() {
+    return PrefixOfProgram() / "etc" / "framework_service";
+}
+
+std::string CheckClusterCode(const std::string& strCode) {
+    const bool bUsable =
+        !strCode.empty() && std::all_of(strCode.begin(), strCode.end(), [](unsigned char c) {
+            return c > ' ' && c != '/' && c != 0x7F;
+        });
+    return bUsable ? "" : "a cluster code has no blank and no \"/\", and is not empty";
+}
+
+std::string FilesOfDocuments() {
+    std::string strFiles;
+    for (const CStoreDocument& document : StoreDocuments()) {
+        strFiles.append("\n  ").append(document.pszFile);
+        strFiles.append(", at most ").append(std::to_string(document.GetMaxSize()));
+        strFiles.append(" bytes");
+    }
+    return strFiles;
+}
+
+void AddGlobalOptions(CLI::App& app, COptions& options) {
+    app.add_option("--store", options.strStore,
+                   "where the documents are: sqlite:FILE, zookeeper:HOST:PORT,HOST:PORT, or "
+                   "memory, which is empty at the start and gone at the end")
+        ->check(CheckStoreName)
+        ->type_name("STORE")
+        ->capture_default_str();
+    app.add_option("--cluster-code", options.strClusterCode,
+                   "the cluster, when a store holds several: its documents are below /CloudCODE")
+        ->check(CheckClusterCode)
+        ->type_name("CODE")
+        ->capture_default_str();
+    app.add_option("--lib-dir", options.strLibDir,
+                   "the folder of the service's libraries; every file of its folder \"plugins\" "
+                   "is loaded as a plug-in")
+        ->check(CLI::ExistingDirectory)
+        ->type_name("DIR")
+        ->default_str("beside the program");
+    app.add_option("--config-dir", options.strConfigDir,
+                   "the folder of the service's configuration, with the folder \"taskmodel\"")
+        ->check(CLI::ExistingDirectory)
+        ->type_name("DIR")
+        ->default_str("beside the program");
+    app.add_option("--local-ip", options.strLocalIp,
+                   "the address of this node; links from it stay valid whatever the cluster says")
+        ->check(CLI::ValidIPV4)
+        ->type_name("IP");
+    app.add_option("--log-level", options.strLogLevel, "the last level that is logged")
+        ->check(CLI::IsMember(&LOG_LEVELS))
+        ->capture_default_str();
+    app.add_option("--log-file", options.strLogFile,
+                   "log to this file, rotated at 10 MiB, and not to the standard error stream")
+        ->type_name("FILE");
+}
+
+void AddCommands(CLI::App& app, const std::vector<std::string>& subjects, COptions& options) {
+    CLI::App* pImport = app.add_subcommand(
+        "import", "Reads the documents from the files of a folder into the store.");
+    pImport->add_option("DIR", options.strDir, "the folder")
+        ->required()
+        ->check(CLI::ExistingDirectory)
+        ->type_name("");
+    pImport->footer("The files, of which some may be missing:" + FilesOfDocuments() +
+                    "\nThe store gets each text as it stands in its file. When one file is refused "
+                    "nothing is\nimported. With --store memory the files are only looked at.");
+
+    CLI::App* pExport =
+        app.add_subcommand("export", "Writes the documents of the store to the files of a folder.");
+    pExport->add_option("DIR", options.strDir, "the folder; made when it is missing")
+        ->required()
+        ->type_name("");
+    pExport->footer("The files:" + FilesOfDocuments() +
+                    "\nEach file gets the text as it stands in the store, whole or not at all. "
+                    "Files of documents\nthat the store does not have are left alone.");
+
+    CLI::App* pCheck = app.add_subcommand(
+        "check", "Reads every document of the store and reports what is wrong with them.");
+    pCheck->footer("Notes, such as on an absent document, are printed and do not count.");
+
+    CLI::App* pShow = app.add_subcommand(
+        "show", "Loads plug-ins, configuration and cluster as a service does, and shows them.");
+    pShow->add_option("SUBJECT", options.strSubject, "what to show; all when it is left out")
+        ->check(CLI::IsMember(subjects))
+        ->type_name("");
+    pShow->add_flag("--json", options.bJson, "as JSON instead of tables");
+
+    for (CLI::App* pCommand : app.get_subcommands({})) {
+        pCommand->footer(pCommand->get_footer() + PSZ_SUBCOMMAND_FOOTER);
+        pCommand->fallthrough();
+        pCommand->callback([pCommand, &options] { options.strCommand = pCommand->get_name(); });
+    }
+}
+
+}  // namespace
+
+bool ParseOptions(int argc, char** argv, const std::vector<std::string>& subjects,
+                  COptions& options, int& iExitCode) {
+    CLI::App app{"Runs the cluster's documents: moves them, checks them, loads and shows them.",
+                 "cluster_service"};
+    app.set_version_flag("--version", PSZ_PROJECT_VERSION);
+    app.set_config("--config", "", "a file with values for these options, as name = value")
+        ->type_name("FILE");
+    app.require_subcommand(1);
+    app.footer(PSZ_FOOTER);
+    AddGlobalOptions(app, options);
+    AddCommands(app, subjects, options);
+    try {
+        app.parse(argc, argv);
+    } catch (const CLI::ParseError& error) {
+        iExitCode = app.exit(error) == 0 ? EXIT_DONE : EXIT_COULD_NOT;
+        return false;
+    }
+    options.eLogLevel = LOG_LEVELS.at(options.strLogLevel);
+    if (options.strLibDir.empty()) {
+        options.strLibDir = DefaultLibDir();
+    }
+    if (options.strConfigDir.empty()) {
+        options.strConfigDir = DefaultConfigDir();
+    }
+    return true;
+}

@@ -1,0 +1,28 @@
+#pragma once
+
+#include <string>
+#include <vector>
+
+#include "common_service/logger.h"
+
+/// What the command line and the configuration file ask for.
+struct COptions {
+    std::string strCommand;
+    std::string strDir;      ///< of import and export
+    std::string strSubject;  ///< of show; all when empty
+    bool bJson = false;      ///< of show
+
+    std::string strStore = "sqlite:cluster_service.db";
+    std::string strClusterCode = "Main";
+    std::string strLibDir;
+    std::string strConfigDir;
+    std::string strLocalIp;
+    std::string strLogLevel = "warning";
+    ORVA_LOG_LEVEL eLogLevel = ORVALOG_WARNING;  ///< what strLogLevel names
+    std::string strLogFile;
+};
+
+/// Fills the options. False, with the exit code, when there is nothing left to do: help was asked
+/// for and printed, or the usage is wrong and was explained. subjects is what show may show.
+bool ParseOptions(int argc, char** argv, const std::vector<std::string>& subjects,
+                  COptions& options, int& iExitCode);

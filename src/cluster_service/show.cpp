@@ -1,0 +1,168 @@
+#include "show.h"
+
+#include <json/writer.h>
+
+#include <algorithm>
+#include <list>
+#include <utility>
+
+#include "common_service/global_config.h"
+#include "common_service/tarn_conf.h"
+#include "exit_code.h"
+#include "framework_service/container_mgr.h"
+#include "framework_service/node_mgr.h"
+#include "load.h"
+#include "plugin_list.h"
+#include "table.h"
+
+namespace {
+
+const char* MemberText(int iMemberStatus) {
+    return iMemberStatus == CLUSTER_MEMBER_REMOVED ? "removed" : "normal";
+}
+
+CTable NodeTable() {
+    static const std::vector<CColumn<CNode>> columns{
+        {"node", [](const CNode& node) { return node.GetNodeId(); }},
+        {"address", [](const CNode& node) { return node.GetNodeIp(); }},
+        {"role", [](const CNode& node) { return node.GetNodeRole(); }},
+        {"domain", [](const CNode& node) { return node.GetDomainRole(); }},
+        {"member", [](const CNode& node) { return MemberText(node.GetMemberStatus()); }},
+        {"containers",
+         [](const CNode& node) {
+             std::list<std::string> containerList;
+             node.GetContainerList(containerList);
+             return ListValue(containerList);
+         }},
+    };
+    std::list<CNode> nodeList;
+    CNodeMgr::Instance().GetAllNode(nodeList);
+    return {"nodes", columns, nodeList};
+}
+
+CTable ContainerTable() {
+    static const std::vector<CColumn<CContainer>> columns{
+        {"node", [](const CContainer& container) { return container.GetNodeId(); }},
+        {"container", [](const CContainer& container) { return container.GetContainerType(); }},
+        {"fault_shift",
+         [](const CContainer& container) { return container.IsSupportFaultShift(); }},
+        {"tasks", [](const CContainer& container) { return container.GetTotalTask(); }},
+        {"requested_storage",
+         [](const CContainer& container) { return container.GetReqStorage(); }},
+        {"allocations",
+         [](const CContainer& container) {
+             std::list<ORVA_CLOUD_STORAGE_ALLOC_INFO> allocInfoList;
+             container.GetAllocInfoList(allocInfoList);
+             std::list<std::string> codes;
+             for (const auto& info : allocInfoList) {
+                 codes.push_back(info.cloudStorageCode + " " + std::to_string(info.usedStorage) +
+                                 "/" + std::to_string(info.allocStorage));
+             }
+             return ListValue(codes);
+         }},
+    };
+    ContainerMap containerMap;
+    CContainerMgr::Instance().GetAllContainer(containerMap);
+    std::list<CContainer> containerList;
+    for (const auto& [addr, container] : containerMap) {
+        containerList.push_back(container);
+    }
+    return {"containers", columns, containerList};
+}
+
+CTable PluginTable() {
+    static const std::vector<CColumn<CLoadedPlugin>> columns{
+        {"plugin", [](const CLoadedPlugin& plugin) { return plugin.strName; }},
+        {"version", [](const CLoadedPlugin& plugin) { return plugin.strVersion; }},
+        {"jobs", [](const CLoadedPlugin& plugin) { return ListValue(plugin.jobs); }},
+        {"containers", [](const CLoadedPlugin& plugin) { return ListValue(plugin.containers); }},
+        {"logic_types",
+         [](const CLoadedPlugin& plugin) {
+             std::list<std::string> logicTypes;
+             for (const auto& bind : plugin.binds) {
+                 logicTypes.insert(logicTypes.end(), bind.second.begin(), bind.second.end());
+             }
+             return ListValue(logicTypes);
+         }},
+        {"fault_shift",
+         [](const CLoadedPlugin& plugin) { return ListValue(plugin.faultShiftContainers); }},
+        {"load_balance",
+         [](const CLoadedPlugin& plugin) { return ListValue(plugin.loadBalanceContainers); }},
+    };
+    return {"plugins", columns, LoadedPlugins()};
+}
+
+CTable ConfigTable() {
+    using Setting = std::pair<const char*, Json::Value>;
+    static const std::vector<CColumn<Setting>> columns{
+        {"setting", [](const Setting& setting) { return setting.first; }},
+        {"value", [](const Setting& setting) { return setting.second; }},
+    };
+    CGlobalConfig& config = CGlobalConfig::Instance();
+    return {"config", columns,
+            std::list<Setting>{
+                {"cluster_code", CTARNConf::m_oConf.GetCstClusterCode()},
+                {"local_ip", config.GetLocalIp()},
+                {"load_balance", config.IsLoadBalance()},
+                {"fault_shift", config.IsFaultShift()},
+                {"load_balance_one_period", config.IsLoadBalanceOnePeriod()},
+                {"disk_threshold", config.GetLoadBalanceDiskThreshold()},
+                {"net_threshold", config.GetLoadBalanceNetThreshold()},
+                {"channel_threshold", config.GetLoadBalanceChannelThreshold()},
+                {"cluster_forward_type", config.GetClusterForwardType()},
+            }};
+}
+
+struct CSubject {
+    const char* pszName;
+    CTable (*pTable)();
+};
+
+constexpr CSubject SUBJECTS[] = {
+    {"nodes", NodeTable},
+    {"containers", ContainerTable},
+    {"plugins", PluginTable},
+    {"config", ConfigTable},
+};
+
+void PrintText(const std::list<CTable>& tables, std::ostream& output) {
+    for (const CTable& table : tables) {
+        output << (&table == &tables.front() ? "" : "\n");
+        table.Print(output);
+    }
+}
+
+void PrintJson(const std::list<CTable>& tables, std::ostream& output) {
+    Json::Value root(Json::objectValue);
+    for (const CTable& table : tables) {
+        root[table.GetName()] = table.ToJson();
+    }
+    Json::StreamWriterBuilder builder;
+    builder["indentation"] = "  ";
+    builder["emitUTF8"] = true;
+    output << Json::writeString(builder, root) << '\n';
+}
+
+}  // namespace
+
+std::vector<std::string> ShowSubjects() {
+    std::vector<std::string> names;
+    for (const CSubject& subject : SUBJECTS) {
+        names.emplace_back(subject.pszName);
+    }
+    return names;
+}
+
+int Show(const std::string& strSubject, bool bJson, std::ostream& output, std::ostream& errors) {
+    if (!LoadService(errors)) {
+        return EXIT_COULD_NOT;
+    }
+    std::list<CTable> tables;
+    for (const CSubject& subject : SUBJECTS) {
+        if (strSubject.empty() || strSubject == subject.pszName) {
+            tables.push_back(subject.pTable());
+        }
+    }
+    (bJson ? PrintJson : PrintText)(tables, output);
+    return EXIT_DONE;
+}
