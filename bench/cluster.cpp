@@ -1,0 +1,131 @@
+#include "cluster.h"
+
+#include "common_service/global_config.h"
+#include "common_service/logger.h"
+#include "common_service/reference/store.h"
+#include "common_service/tarn_conf.h"
+#include "framework_service/cluster_cloud_storage_znode_info.h"
+#include "framework_service/cluster_znode_info.h"
+#include "framework_service/container_mgr.h"
+
+namespace {
+
+constexpr int PRIVATE_PAIRS = 6;
+constexpr std::size_t LARGEST_TEXT = 65000;
+
+/// A sink at error level whose lines go nowhere.
+class CErrorSink : public Logger {
+public:
+    void writeOperLog(ORVA_LOG_LEVEL, const char*, const char*, int, const char*, const char*,
+                      ...) override {}
+    void writeTraceLog(const char*, int, const char*, const char*, ...) override {}
+};
+
+std::string NodeId(int i) {
+    return "node-" + std::to_string(100000 + i);
+}
+
+CNode MakeNode(int i) {
+    CNode node;
+    node.SetNodeId(NodeId(i));
+    node.SetNodeIp("10.1." + std::to_string(i / 200) + "." + std::to_string(1 + i % 200));
+    node.SetContainerList({CONTAINER_TYPE_CLOUD_STORAGE, "MeroRecord"});
+    return node;
+}
+
+template <typename Document>
+std::string TextOf(Document& document) {
+    std::string strText(1 << 20, '\0');
+    document.ToJson(strText.data(), static_cast<uint32_t>(strText.size()));
+    strText.resize(strText.find('\0'));
+    return strText;
+}
+
+}  // namespace
+
+CMemoryStore& BenchStore() {
+    static const auto pStore = std::make_shared<CMemoryStore>();
+    return *pStore;
+}
+
+void InstallBenchHost() {
+    static CErrorSink sink;
+    OMAdapter::getInstance().setLogger(&sink);
+    SetStore(std::shared_ptr<IStore>(&BenchStore(), [](IStore*) {}));
+    CTARNConf::m_oConf.SetCstClusterCode("Bench");
+    BenchStore().Put("/CloudBench/Cluster", MakeClusterText());
+    BenchStore().Put("/CloudBench/CloudStorage", MakeCloudStorageText());
+}
+
+std::list<CResourceTask> MakeTasks(int iTasks) {
+    std::list<CResourceTask> tasks;
+    for (int i = 0; i < iTasks; ++i) {
+        CResourceTask& task = tasks.emplace_back();
+        task.SetTaskId("task-of-some-length-" + std::to_string(i));
+        task.SetTaskName("recording of camera " + std::to_string(i));
+        task.SetDisk(i);
+        task.SetNet(i);
+        for (int iPair = 0; iPair < PRIVATE_PAIRS; ++iPair) {
+            task.InsertSingleKeyValue("private-key-number-" + std::to_string(iPair),
+                                      "private-value-number-" + std::to_string(i));
+        }
+    }
+    return tasks;
+}
+
+CContainerAddr AddressOf(int i) {
+    return {NodeId(i / 2), "MeroRecord" + std::to_string(i % 2)};
+}
+
+void FillContainers(int iContainers, int iTasks) {
+    const std::list<CResourceTask> tasks = MakeTasks(iTasks);
+    ContainerMap containers;
+    for (int i = 0; i < iContainers; ++i) {
+        CContainer container;
+        container.SetNodeId(AddressOf(i).GetNodeId());
+        container.SetContainerType(AddressOf(i).GetContainerType());
+        container.SetResourceTask(tasks, 0);
+        containers.emplace(AddressOf(i), container);
+    }
+    CContainerMgr::Instance().Init(containers);
+}
+
+std::string MakeClusterText() {
+    CClusterZNodeInfo document("bench", "as large as it gets", "Bench", 1);
+    const std::size_t uiEmpty = TextOf(document).size();
+    document.AddNode(MakeNode(0));
+    const std::size_t uiPerNode = TextOf(document).size() - uiEmpty;
+    const auto iNodes = static_cast<int>((LARGEST_TEXT - uiEmpty) / (uiPerNode + 1));
+    for (int i = 1; i < iNodes; ++i) {
+        document.AddNode(MakeNode(i));
+    }
+    return TextOf(document);
+}
+
+std::string MakeCloudStorageText() {
+    CClusterCloudStorageZNodeInfo document;
+    for (int i = 0; TextOf(document).size() < LARGEST_TEXT - 400; ++i) {
+        CloudStorageInfo info{"MPU-R", "NVR", 4096, 512, 8, {}};
+        for (const char* pszCode : {"storage-1", "storage-2"}) {
+            info.allocInfo.push_back({pszCode, 2048, 1024, 0, "storage.example", "/volume/1"});
+        }
+        document.SetCloudStorageInfo(NodeId(i), info);
+    }
+    return TextOf(document);
+}
+
+std::map<std::string, PlainContainer> MakePlainContainers(int iContainers, int iTasks) {
+    std::list<PlainTask> plainTasks;
+    for (const CResourceTask& task : MakeTasks(iTasks)) {
+        KeyValueMap privateInfo;
+        task.GetAllPrivateInfo(privateInfo);
+        plainTasks.push_back({task.GetTaskId(), task.GetTaskName(), privateInfo});
+    }
+    std::map<std::string, PlainContainer> containers;
+    for (int i = 0; i < iContainers; ++i) {
+        const CContainerAddr addr = AddressOf(i);
+        containers[addr.GetNodeId() + addr.GetContainerType()] = {
+            addr.GetNodeId(), addr.GetContainerType(), plainTasks};
+    }
+    return containers;
+}

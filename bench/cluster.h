@@ -1,0 +1,50 @@
+#pragma once
+
+#include <list>
+#include <map>
+#include <memory>
+#include <string>
+#include <vector>
+
+#include "common_service/reference/memory_store.h"
+#include "framework_service/base_data.h"
+#include "framework_service/container.h"
+#include "framework_service/resource_task.h"
+
+/// The data that the benchmarks run on.
+
+/// The memory store behind the library.
+CMemoryStore& BenchStore();
+
+/// Installs the store, a logger for errors alone and plug-in answers for no container type.
+void InstallBenchHost();
+
+/// Tasks with six private pairs each.
+std::list<CResourceTask> MakeTasks(int iTasks);
+
+/// The address of container i; two on each node.
+CContainerAddr AddressOf(int i);
+
+/// Fills the container registry with iContainers of iTasks tasks each, all of the type of their
+/// address.
+void FillContainers(int iContainers, int iTasks);
+
+/// A cluster document just below its limit of 65,535 characters, and a cloud storage document for
+/// its nodes.
+std::string MakeClusterText();
+std::string MakeCloudStorageText();
+
+/// The same data as a container holds, in plain standard containers.
+struct PlainTask {
+    std::string strId;
+    std::string strName;
+    std::map<std::string, std::string> privateInfo;
+};
+
+struct PlainContainer {
+    std::string strNodeId;
+    std::string strType;
+    std::list<PlainTask> tasks;
+};
+
+std::map<std::string, PlainContainer> MakePlainContainers(int iContainers, int iTasks);
