@@ -141,6 +141,7 @@ bool ParseOptions(int argc, char** argv, const std::vector<std::string>& subject
     app.set_version_flag("--version", PSZ_PROJECT_VERSION);
     app.set_config("--config", "", "a file with values for these options, as name = value")
         ->type_name("FILE");
+    app.allow_config_extras(CLI::config_extras_mode::error);
     app.require_subcommand(1);
     app.footer(PSZ_FOOTER);
     AddGlobalOptions(app, options);

@@ -1,0 +1,205 @@
+#include "service_fixture.h"
+
+using ::testing::AllOf;
+using ::testing::HasSubstr;
+using ::testing::IsEmpty;
+
+namespace {
+
+constexpr char PSZ_CONFIG[] =
+    R"({"IsLoadBalance":true,"IsFaultShift":true,"IsLoadBalanceOnePeriod":true})";
+
+/// A small cluster with nothing wrong.
+std::string GoodCluster() {
+    return ClusterText({NodeText("n1", "10.0.0.1", {"MeroRecord", "MeroCloudStorage"}),
+                        NodeText("n2", "10.0.0.2", {"MeroImgDev"})});
+}
+
+class CCheckTest : public CServiceTest {
+protected:
+    CCheckTest() {
+        Put("/Cluster", GoodCluster());
+        Put("/CloudStorage", CloudStorageText("n1"));
+        Put("/ClusterConfig", PSZ_CONFIG);
+        Put("/CenterDB", R"({"MasterDB":{"NodeCode":"n1","NodeIp":"10.0.0.1","DBPort":1},)"
+                         R"("SlaveDB":[]})");
+        Put("/MEROMGR", R"({"MasterMGR":{"NodeCode":"n1","NodeIp":"10.0.0.1"}})");
+        Put("/MERO/CGList", "[]");
+        Put("/Version", R"({"DecisionVerNum":1,"MasterVerNum":2})");
+    }
+};
+
+using Check = CCheckTest;
+
+TEST_F(Check, GoodStoreIsAllWell) {
+    const CProcessResult result = Run({"check"});
+    EXPECT_EQ(result.iExitCode, 0) << result.strOutput;
+    EXPECT_EQ(result.strOutput, "all well: 7 documents checked\n");
+    EXPECT_THAT(result.strErrors, IsEmpty());
+}
+
+TEST_F(CServiceTest, CheckOfTheSampleIsAllWell) {
+    ASSERT_EQ(Run({"import", PSZ_SAMPLE_DIR}).iExitCode, 0);
+    const CProcessResult result = Run({"check"});
+    EXPECT_EQ(result.iExitCode, 0) << result.strOutput;
+    EXPECT_EQ(result.strOutput, "all well: 7 documents checked\n");
+}
+
+TEST_F(CServiceTest, CheckOfAStoreWithNothingIsAFinding) {
+    Put("", "");
+    const CProcessResult result = Run({"check"});
+    EXPECT_EQ(result.iExitCode, 1);
+    EXPECT_THAT(result.strOutput, HasSubstr("warning   Cluster        is absent\n"));
+}
+
+TEST_F(CServiceTest, CheckTellsAbsentAndEmptyDocumentsInNotesThatDoNotCount) {
+    Put("/Cluster", GoodCluster());
+    Put("/MERO/CGList", "");
+    const CProcessResult result = Run({"check"});
+    EXPECT_EQ(result.iExitCode, 0);
+    EXPECT_EQ(result.strOutput,
+              "findings (6)\n"
+              "severity  document       finding\n"
+              "note      CloudStorage   is absent\n"
+              "note      ClusterConfig  is absent\n"
+              "note      CenterDB       is absent\n"
+              "note      MEROMGR        is absent\n"
+              "note      MERO/CGList    is without data\n"
+              "note      Version        is absent\n");
+}
+
+struct CFault {
+    const char* pszName;
+    const char* pszSuffix;
+    std::string strText;
+    std::vector<std::string> findings;
+};
+
+class CheckFinds : public CCheckTest, public ::testing::WithParamInterface<CFault> {};
+
+TEST_P(CheckFinds, WhatIsWrongAndNothingElse) {
+    Put(GetParam().pszSuffix, GetParam().strText);
+    const CProcessResult result = Run({"check"});
+    EXPECT_EQ(result.iExitCode, 1);
+    std::string strExpected = "findings (" + std::to_string(GetParam().findings.size()) + ")\n";
+    EXPECT_THAT(result.strOutput, ::testing::StartsWith(strExpected));
+    for (const std::string& strFinding : GetParam().findings) {
+        EXPECT_THAT(result.strOutput, HasSubstr("\n" + strFinding + "\n"));
+    }
+}
+
+/// A CG list whose characters take three bytes here and six when the library writes them.
+std::string WideCgList() {
+    std::string strCode;
+    for (int i = 0; i < 160; ++i) {
+        strCode += "\xE5\x8C\x97";
+    }
+    return R"([{"NVRCode":")" + strCode +
+           R"(","FloatCGCode":"f","FloatIP":"10.0.0.9","DecisionVerNum":"1"}])";
+}
+
+INSTANTIATE_TEST_SUITE_P(
+    Each, CheckFinds,
+    ::testing::Values(
+        CFault{"BrokenText",
+               "/Version",
+               "{",
+               {"error     Version   line 1, column 2: Missing '}' or object member name"}},
+        CFault{"MissingKey",
+               "/MEROMGR",
+               R"({"MasterMGR":{}})",
+               {"error     MEROMGR   line 1, column 14: \"MasterMGR.NodeCode\" is missing"}},
+        CFault{"TooLong",
+               "/Version",
+               std::string(600, ' '),
+               {"error     Version   is longer than 511 bytes"}},
+        CFault{"NearTheLimit",
+               "/ClusterConfig",
+               PSZ_CONFIG + std::string(410 - sizeof PSZ_CONFIG, ' '),
+               {"warning   ClusterConfig  takes 409 bytes of at most 511"}},
+        CFault{"WouldNotFitWhenWritten",
+               "/MERO/CGList",
+               WideCgList(),
+               {"error     MERO/CGList  would take 1037 bytes when the service writes it, at most "
+                "1023 fit"}},
+        CFault{"NodeIdTwice",
+               "/Cluster",
+               ClusterText({NodeText("n1", "10.0.0.1", {"MeroCloudStorage"}),
+                            NodeText("n1", "10.0.0.2", {"MeroRecord"})}),
+               {"error     Cluster   node id \"n1\" stands there more than once"}},
+        CFault{
+            "ContainerTypeTwice",
+            "/Cluster",
+            ClusterText({NodeText("n1", "10.0.0.1",
+                                  {"MeroCloudStorage", "MeroRecord", "MeroRecord"})}),
+            {"error     Cluster   container \"MeroRecord\" on node \"n1\" stands there more than "
+             "once, the cluster will not load"}},
+        CFault{"AddressesThatReadTheSame",
+               "/Cluster",
+               ClusterText({NodeText("n1", "10.0.0.1", {"MeroCloudStorage"}),
+                            NodeText("n", "10.0.0.2", {"1MeroCloudStorage"})}),
+               {"error     Cluster   container \"1MeroCloudStorage\" on node \"n\" reads the same "
+                "as \"MeroCloudStorage\" on node \"n1\", the cluster will not load",
+                "warning   Cluster   no plug-in knows the container type \"1MeroCloudStorage\", "
+                "which stands there 1 times"}},
+        CFault{"NormalBehindRemoved",
+               "/Cluster",
+               ClusterText({NodeText("n0", "10.0.0.1", {}, "Removed"),
+                            NodeText("n1", "10.0.0.2", {"MeroCloudStorage"}),
+                            NodeText("n2", "10.0.0.3", {}, "Removed")}),
+               {"warning   Cluster   node \"n1\" says \"Normal\" and loads as removed, since it "
+                "stands behind the removed node \"n0\""}},
+        CFault{"BadAddress",
+               "/Cluster",
+               ClusterText({NodeText("n1", "10.0.0.999", {"MeroCloudStorage"})}),
+               {"warning   Cluster   node \"n1\" has \"10.0.0.999\" for an address"}},
+        CFault{"UnknownContainerType",
+               "/Cluster",
+               ClusterText({NodeText("n1", "10.0.0.1", {"MeroCloudStorage", "Odd"}),
+                            NodeText("n2", "10.0.0.2", {"Odd"})}),
+               {"warning   Cluster   no plug-in knows the container type \"Odd\", which stands "
+                "there 2 times"}},
+        CFault{"CloudStorageOfNoNode",
+               "/CloudStorage",
+               CloudStorageText("n9"),
+               {"warning   CloudStorage  the entry of node \"n9\" is of no use: the node is not in "
+                "the cluster"}},
+        CFault{"CloudStorageWithoutContainer",
+               "/CloudStorage",
+               CloudStorageText("n2"),
+               {"warning   CloudStorage  the entry of node \"n2\" is of no use: the node has no "
+                "container MeroCloudStorage"}},
+        CFault{"ThresholdsIgnored",
+               "/ClusterConfig",
+               R"({"IsLoadBalance":true,"IsFaultShift":true,"IsLoadBalanceOnePeriod":true,)"
+               R"("LoadBalanceThreshold":{"DiskThreshold":5,"NetThreshold":5,)"
+               R"("ChannelThreshold":5}})",
+               {"warning   ClusterConfig  \"LoadBalanceThreshold\" is ignored on reading: the "
+                "thresholds stay at their defaults"}}),
+    CaseName<CFault>);
+
+TEST_F(Check, NodesBeforeARemovedOneAndTheRemovedOnesThemselvesAreFine) {
+    Put("/Cluster", ClusterText({NodeText("n1", "10.0.0.1", {"MeroCloudStorage"}),
+                                 NodeText("n2", "10.0.0.2", {}, "Removed"),
+                                 NodeText("n3", "10.0.0.3", {}, "Removed")}));
+    EXPECT_EQ(Run({"check"}).iExitCode, 0);
+}
+
+TEST_F(Check, FindingThatMakesALoadFailIsTrue) {
+    Put("/Cluster", ClusterText({NodeText("n1", "10.0.0.1", {"MeroRecord", "MeroRecord"})}));
+    EXPECT_EQ(Run({"show"}).iExitCode, 2);
+    Put("/Cluster",
+        ClusterText({NodeText("n1", "10.0.0.1", {"2X"}), NodeText("n12", "10.0.0.2", {"X"})}));
+    EXPECT_EQ(Run({"show"}).iExitCode, 2);
+}
+
+TEST_F(Check, WithoutPluginsSaysSoAndChecksTheRest) {
+    Put("/Version", "{}");
+    const CProcessResult result = Run({"--lib-dir", ".", "check"});
+    EXPECT_EQ(result.iExitCode, 2);
+    EXPECT_THAT(result.strErrors, HasSubstr("cannot load the plug-ins of ."));
+    EXPECT_THAT(result.strOutput, AllOf(HasSubstr("\"DecisionVerNum\" is missing"),
+                                        ::testing::Not(HasSubstr("no plug-in knows"))));
+}
+
+}  // namespace

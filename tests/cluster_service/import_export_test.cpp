@@ -1,0 +1,238 @@
+#include <algorithm>
+#include <filesystem>
+
+#include "documents.h"
+#include "service_fixture.h"
+#include "whole_file.h"
+
+using ::testing::Eq;
+using ::testing::HasSubstr;
+using ::testing::IsEmpty;
+using ::testing::Optional;
+using ::testing::SizeIs;
+
+namespace {
+
+namespace fs = std::filesystem;
+
+constexpr char PSZ_VERSION_TEXT[] = R"({"DecisionVerNum":1,"MasterVerNum":2})";
+
+using ImportExport = CServiceTest;
+
+TEST_F(ImportExport, SampleComesBackByteByByte) {
+    const CProcessResult imported = Run({"import", PSZ_SAMPLE_DIR});
+    ASSERT_EQ(imported.iExitCode, 0) << imported.strErrors;
+    const CProcessResult exported = Run({"export", "out/deep"});
+    ASSERT_EQ(exported.iExitCode, 0) << exported.strErrors;
+    for (const CStoreDocument& document : StoreDocuments()) {
+        const std::string strText = ReadText(std::string(PSZ_SAMPLE_DIR "/") + document.pszFile);
+        EXPECT_THAT(strText, ::testing::Not(IsEmpty())) << document.pszFile;
+        EXPECT_EQ(ReadText(File("out/deep/") + document.pszFile), strText);
+        EXPECT_THAT(Stored(document.node.pszSuffix), Optional(strText));
+        EXPECT_THAT(imported.strOutput,
+                    HasSubstr(std::string(document.pszFile) + ": imported to "));
+        EXPECT_THAT(exported.strOutput,
+                    HasSubstr(std::string("exported to out/deep/") + document.pszFile));
+    }
+    const auto files = fs::directory_iterator(File("out/deep"));
+    EXPECT_EQ(static_cast<std::size_t>(std::distance(fs::begin(files), fs::end(files))),
+              StoreDocuments().size())
+        << "nothing but the documents is left behind";
+}
+
+TEST_F(ImportExport, DocumentsAreKeptApartByClusterCode) {
+    WriteDocument("version.json", PSZ_VERSION_TEXT);
+    ASSERT_EQ(Run({"--cluster-code", "Other", "import", "documents"}).iExitCode, 0);
+    EXPECT_EQ(Stored("/Version"), std::nullopt);
+    const CProcessResult result = Run({"export", "out"});
+    EXPECT_EQ(result.iExitCode, 2);
+    EXPECT_THAT(result.strErrors, HasSubstr("no document in the store"));
+    EXPECT_FALSE(fs::exists(File("out")));
+}
+
+TEST_F(ImportExport, MissingFileIsToldAndItsDocumentStays) {
+    Put("/Cluster", ClusterText({}));
+    WriteDocument("version.json", PSZ_VERSION_TEXT);
+    const CProcessResult result = ImportDocuments();
+    EXPECT_EQ(result.iExitCode, 0);
+    EXPECT_THAT(result.strOutput,
+                HasSubstr("documents/cluster.json: no such file, /CloudMain/Cluster stays"));
+    EXPECT_THAT(Stored("/Cluster"), Optional(ClusterText({})));
+    EXPECT_THAT(Stored("/Version"), Optional(Eq(PSZ_VERSION_TEXT)));
+}
+
+TEST_F(ImportExport, FolderWithoutADocumentIsAnError) {
+    WriteDocument("readme.txt", "nothing");
+    const CProcessResult result = ImportDocuments();
+    EXPECT_EQ(result.iExitCode, 2);
+    EXPECT_THAT(result.strErrors, HasSubstr("documents: no document in this folder"));
+}
+
+TEST_F(ImportExport, FileThatCannotBeReadImportsNothing) {
+    WriteDocument("version.json", PSZ_VERSION_TEXT);
+    fs::create_directory(File("documents/cluster.json"));
+    const CProcessResult result = ImportDocuments();
+    EXPECT_EQ(result.iExitCode, 2);
+    EXPECT_THAT(result.strErrors, HasSubstr("documents/cluster.json: cannot be read"));
+    EXPECT_EQ(Stored("/Version"), std::nullopt);
+}
+
+TEST_F(ImportExport, MemoryStoreLooksAtTheFilesOnly) {
+    const CProcessResult result = RunOn("memory", {"import", PSZ_SAMPLE_DIR});
+    EXPECT_EQ(result.iExitCode, 0);
+    EXPECT_EQ(std::distance(fs::directory_iterator(m_dir.GetPath()), fs::directory_iterator()), 0);
+    EXPECT_EQ(RunOn("memory", {"export", "out"}).iExitCode, 2);
+}
+
+TEST_F(ImportExport, TextOfTheGreatestLengthFitsAndOneMoreDoesNot) {
+    const std::string strText = R"({"DecisionVerNum":1,"MasterVerNum":2})";
+    WriteDocument("version.json", strText + std::string(511 - strText.size(), ' '));
+    EXPECT_EQ(ImportDocuments().iExitCode, 0);
+    EXPECT_THAT(Stored("/Version"), Optional(SizeIs(511)));
+    WriteDocument("version.json", strText + std::string(512 - strText.size(), ' '));
+    const CProcessResult result = ImportDocuments();
+    EXPECT_EQ(result.iExitCode, 1);
+    EXPECT_THAT(result.strErrors, HasSubstr("version.json: is too long: 512 bytes, at most 511"));
+    EXPECT_THAT(Stored("/Version"), Optional(SizeIs(511)));
+}
+
+TEST_F(ImportExport, WhatTheLibraryTakesIsTaken) {
+    WriteDocument("cluster.json",
+                  "/* the author's */ {\"ClusterName\":\"\",\"ClusterRemark\":\"\","
+                  "\"ClusterCode\":\"\",\"ClusterNode\":{},\"More\":[1]}");
+    WriteDocument("cg_list.json", "[]");
+    const CProcessResult result = ImportDocuments();
+    EXPECT_EQ(result.iExitCode, 0) << result.strErrors;
+    EXPECT_THAT(Stored("/Cluster"), Optional(HasSubstr("the author's")));
+}
+
+struct CRefusal {
+    const char* pszName;
+    const char* pszFile;
+    std::string strText;
+    const char* pszReason;
+};
+
+class Refused : public CServiceTest, public ::testing::WithParamInterface<CRefusal> {};
+
+TEST_P(Refused, WithThePlaceAndNothingIsImported) {
+    WriteDocument("cluster_config.json",
+                  R"({"IsLoadBalance":true,"IsFaultShift":true,"IsLoadBalanceOnePeriod":true})");
+    WriteDocument("version.json", PSZ_VERSION_TEXT);
+    WriteDocument(GetParam().pszFile, GetParam().strText);
+    const CProcessResult result = ImportDocuments();
+    EXPECT_EQ(result.iExitCode, 1);
+    EXPECT_EQ(result.strErrors, std::string("documents/") + GetParam().pszFile + ": " +
+                                    GetParam().pszReason + "\nnothing was imported\n");
+    for (const CStoreDocument& document : StoreDocuments()) {
+        EXPECT_EQ(Stored(document.node.pszSuffix), std::nullopt);
+    }
+}
+
+INSTANTIATE_TEST_SUITE_P(
+    Each, Refused,
+    ::testing::Values(
+        CRefusal{"BrokenText", "cluster_config.json", "{\n  \"IsLoadBalance\" true\n}",
+                 "line 2, column 19: Missing ':' after object member name"},
+        CRefusal{"CutText", "cluster.json", "{\"ClusterName\":\"x\"",
+                 "line 1, column 19: Missing ',' or '}' in object declaration"},
+        CRefusal{"Empty", "cluster.json", "",
+                 "line 1, column 1: Syntax error: value, object or array expected."},
+        CRefusal{"TextBehind", "version.json", "{\"DecisionVerNum\":1,\"MasterVerNum\":2}\nmore",
+                 "line 2, column 1: Extra non-whitespace after JSON value."},
+        CRefusal{"ZeroByte", "version.json", std::string(PSZ_VERSION_TEXT) + '\n' + '\0',
+                 "line 2, column 1: a zero byte"},
+        CRefusal{"Nested", "cluster.json", std::string(2000, '['),
+                 "Exceeded stackLimit in readValue()."},
+        CRefusal{"MissingKey", "cluster.json", R"({"ClusterName":"n","ClusterRemark":"r"})",
+                 "line 1, column 1: \"ClusterCode\" is missing"},
+        CRefusal{"WrongType", "cluster_config.json",
+                 "{\"IsLoadBalance\":true,\n \"IsFaultShift\":1,\n "
+                 "\"IsLoadBalanceOnePeriod\":true}",
+                 "line 2, column 17: \"IsFaultShift\" is not true or false"},
+        CRefusal{"KeyInAnArray", "cluster.json",
+                 ClusterText({NodeText("a", "10.0.0.1", {}),
+                              R"({"NodeID":"b","NodeIP":3,"NodeIPType":0,"NodeRole":0})"}),
+                 "line 1, column 233: \"ClusterNode[1].NodeIP\" is not a string"},
+        CRefusal{"ElementThatIsNoObject", "cluster.json", ClusterText({"7"}),
+                 "line 1, column 99: \"ClusterNode[0]\" is no object"},
+        CRefusal{"RootThatIsNoObject", "version.json", "7",
+                 "line 1, column 1: the document is no object"},
+        CRefusal{"ThresholdsAsArray", "cluster_config.json",
+                 R"({"IsLoadBalance":true,"IsFaultShift":true,"IsLoadBalanceOnePeriod":true,)"
+                 R"("LoadBalanceThreshold":[]})",
+                 "is not what a cluster_config.json must be: in Json::Value::find(begin, end): "
+                 "requires objectValue or nullValue"},
+        CRefusal{"NullSet", "cloud_storage.json", R"({"CloudStorageSet":null})",
+                 "line 1, column 1: \"CloudStorageSet\" is missing"},
+        CRefusal{"NoSlaves", "center_db.json",
+                 R"({"MasterDB":{"NodeCode":"a","NodeIp":"b","DBPort":1}})",
+                 "line 1, column 1: \"SlaveDB\" is missing"},
+        CRefusal{"BadOnlySlave", "center_db.json",
+                 R"({"MasterDB":{"NodeCode":"a","NodeIp":"b","DBPort":1},"SlaveDB":{}})",
+                 "line 1, column 64: \"SlaveDB.NodeCode\" is missing"},
+        CRefusal{"ManagerWithoutAddress", "manager.json", R"({"MasterMGR":{"NodeCode":"a"}})",
+                 "line 1, column 14: \"MasterMGR.NodeIp\" is missing"},
+        CRefusal{"CgEntry", "cg_list.json", R"([{"NVRCode":"a"}])",
+                 "line 1, column 2: \"[0].FloatCGCode\" is missing"},
+        CRefusal{"NegativeVersion", "version.json", R"({"DecisionVerNum":-1,"MasterVerNum":2})",
+                 "line 1, column 19: \"DecisionVerNum\" is not a version number"}),
+    CaseName<CRefusal>);
+
+TEST_F(ImportExport, EveryRefusedFileIsTold) {
+    WriteDocument("cluster.json", "{}");
+    WriteDocument("version.json", "{}");
+    const CProcessResult result = ImportDocuments();
+    EXPECT_EQ(result.iExitCode, 1);
+    EXPECT_THAT(result.strErrors, HasSubstr("documents/cluster.json: "));
+    EXPECT_THAT(result.strErrors, HasSubstr("documents/version.json: "));
+}
+
+TEST_F(ImportExport, BadTextInTheStoreIsExportedAsItStands) {
+    Put("/Cluster", "{ broken");
+    ASSERT_EQ(Run({"export", "out"}).iExitCode, 0);
+    EXPECT_EQ(ReadText(File("out/cluster.json")), "{ broken");
+}
+
+TEST_F(ImportExport, TextTooLongForItsBufferExportsNothing) {
+    Put("/Cluster", ClusterText({}));
+    Put("/Version", std::string(600, ' '));
+    const CProcessResult result = Run({"export", "out"});
+    EXPECT_EQ(result.iExitCode, 2);
+    EXPECT_THAT(result.strErrors, HasSubstr("/CloudMain/Version: the store answered code"));
+    EXPECT_THAT(result.strErrors, HasSubstr("nothing was exported"));
+    EXPECT_FALSE(fs::exists(File("out")));
+}
+
+TEST_F(ImportExport, ExportReplacesItsFilesAndLeavesOthersAlone) {
+    WriteDocument("version.json", PSZ_VERSION_TEXT);
+    ASSERT_EQ(ImportDocuments().iExitCode, 0);
+    WriteDocument("version.json", "old");
+    WriteDocument("cluster.json", "kept");
+    const CProcessResult result = Run({"export", "documents"});
+    EXPECT_EQ(result.iExitCode, 0);
+    EXPECT_THAT(result.strOutput, HasSubstr("/CloudMain/Cluster: not in the store"));
+    EXPECT_EQ(ReadText(File("documents/version.json")), PSZ_VERSION_TEXT);
+    EXPECT_EQ(ReadText(File("documents/cluster.json")), "kept");
+}
+
+TEST_F(ImportExport, ExportToAFileIsRefused) {
+    Put("/Version", PSZ_VERSION_TEXT);
+    m_dir.WriteFile("taken", "");
+    const CProcessResult result = Run({"export", "taken"});
+    EXPECT_EQ(result.iExitCode, 2);
+    EXPECT_THAT(result.strErrors, HasSubstr("taken: "));
+}
+
+TEST(WholeFile, IsReplacedOrLeftAsItWas) {
+    const CTempDir dir;
+    EXPECT_THAT(WriteWholeFile(dir.File("file"), "new"), IsEmpty());
+    EXPECT_EQ(ReadText(dir.File("file")), "new");
+    fs::create_directory(dir.File("folder"));
+    EXPECT_EQ(WriteWholeFile(dir.File("folder"), "new"), "Is a directory");
+    EXPECT_EQ(WriteWholeFile(dir.File("nowhere/file"), "new"), "No such file or directory");
+    EXPECT_EQ(std::distance(fs::directory_iterator(dir.GetPath()), fs::directory_iterator()), 2)
+        << "nothing temporary is left behind";
+}
+
+}  // namespace

@@ -1,0 +1,3 @@
+extern "C" [[gnu::visibility("default")]] int NotAnEntryPoint() {
+    return 0;
+}

@@ -1,0 +1,85 @@
+#include "process.h"
+
+#include <fcntl.h>
+#include <sys/wait.h>
+#include <unistd.h>
+
+#include <cerrno>
+#include <chrono>
+#include <csignal>
+#include <cstring>
+#include <fstream>
+#include <sstream>
+#include <stdexcept>
+#include <thread>
+
+#include "support/temp_dir.h"
+
+namespace {
+
+constexpr std::chrono::seconds DEADLINE{30};
+constexpr std::chrono::milliseconds PAUSE{2};
+constexpr int EXIT_NOT_STARTED = 127;
+
+std::string TextOf(const std::string& strFile) {
+    std::ostringstream text;
+    text << std::ifstream(strFile, std::ios::binary).rdbuf();
+    return text.str();
+}
+
+bool Redirect(int iFile, const char* pszFile, int iFlags) {
+    const int iTarget = open(pszFile, iFlags, S_IRUSR | S_IWUSR);
+    return iTarget >= 0 && dup2(iTarget, iFile) >= 0;
+}
+
+int AwaitEnd(pid_t iProcess) {
+    const auto deadline = std::chrono::steady_clock::now() + DEADLINE;
+    int iStatus = 0;
+    while (waitpid(iProcess, &iStatus, WNOHANG) == 0) {
+        if (std::chrono::steady_clock::now() > deadline) {
+            kill(iProcess, SIGKILL);
+            waitpid(iProcess, &iStatus, 0);
+            throw std::runtime_error("the program did not end");
+        }
+        std::this_thread::sleep_for(PAUSE);
+    }
+    return WIFEXITED(iStatus) ? WEXITSTATUS(iStatus) : -1;
+}
+
+}  // namespace
+
+CProcessResult RunProcess(const std::string& strProgram, const std::vector<std::string>& arguments,
+                          const std::string& strFolder) {
+    const CTempDir dir;
+    const std::string strOutput = dir.File("output");
+    const std::string strErrors = dir.File("errors");
+    std::vector<std::string> words{strProgram};
+    words.insert(words.end(), arguments.begin(), arguments.end());
+    std::vector<char*> argv;
+    for (std::string& strWord : words) {
+        argv.push_back(strWord.data());
+    }
+    argv.push_back(nullptr);
+
+    const pid_t iProcess = fork();
+    if (iProcess < 0) {
+        throw std::runtime_error(std::strerror(errno));
+    }
+    if (iProcess == 0) {
+        const int iWrite = O_WRONLY | O_CREAT | O_TRUNC;
+        if (chdir(strFolder.c_str()) == 0 && Redirect(STDIN_FILENO, "/dev/null", O_RDONLY) &&
+            Redirect(STDOUT_FILENO, strOutput.c_str(), iWrite) &&
+            Redirect(STDERR_FILENO, strErrors.c_str(), iWrite)) {
+            execv(argv[0], argv.data());
+        }
+        _exit(EXIT_NOT_STARTED);
+    }
+    CProcessResult result;
+    result.iExitCode = AwaitEnd(iProcess);
+    if (result.iExitCode == EXIT_NOT_STARTED) {
+        throw std::runtime_error("cannot start " + strProgram);
+    }
+    result.strOutput = TextOf(strOutput);
+    result.strErrors = TextOf(strErrors);
+    return result;
+}
