@@ -1,6 +1,7 @@
 #include "framework_service/base_data.h"
 
 #include <algorithm>
+#include <cstring>
 #include <string_view>
 
 #include "common_service/tarn_def.h"
@@ -49,13 +50,10 @@ void CSystemResource::GetAvgSystemResource(std::vector<CSystemResource>& resourc
 
 namespace {
 
-/// Compares head1 + tail1 with head2 + tail2, neither of which is built. head1 is not the shorter
-/// head, so the text splits into: all of head2, the rest of head1 against tail2, the rest.
-int CompareJoined(std::string_view head1, std::string_view tail1, std::string_view head2,
-                  std::string_view tail2) {
-    if (const int iHeads = head1.substr(0, head2.size()).compare(head2); iHeads != 0) {
-        return iHeads;
-    }
+/// Compares head1 + tail1 with head2 + tail2, neither of which is built. head2 is the start of
+/// head1, so what is left is the rest of head1 before tail1 against tail2.
+int CompareRest(std::string_view head1, std::string_view tail1, std::string_view head2,
+                std::string_view tail2) {
     const std::string_view rest1 = head1.substr(head2.size());
     const std::size_t uiCommon = std::min(rest1.size(), tail2.size());
     if (const int iMiddle = rest1.substr(0, uiCommon).compare(tail2.substr(0, uiCommon));
@@ -72,10 +70,17 @@ bool CContainerAddr::operator==(const CContainerAddr& other) const {
 }
 
 bool CContainerAddr::operator<(const CContainerAddr& other) const {
-    if (m_strNodeId.size() >= other.m_strNodeId.size()) {
-        return CompareJoined(m_strNodeId, m_strContainerType, other.m_strNodeId,
-                             other.m_strContainerType) < 0;
+    const std::size_t uiSize = m_strNodeId.size();
+    const std::size_t uiOtherSize = other.m_strNodeId.size();
+    if (const int iHeads = std::memcmp(m_strNodeId.data(), other.m_strNodeId.data(),
+                                       std::min(uiSize, uiOtherSize));
+        iHeads != 0) {
+        return iHeads < 0;
     }
-    return CompareJoined(other.m_strNodeId, other.m_strContainerType, m_strNodeId,
-                         m_strContainerType) > 0;
+    if (uiSize >= uiOtherSize) {
+        return CompareRest(m_strNodeId, m_strContainerType, other.m_strNodeId,
+                           other.m_strContainerType) < 0;
+    }
+    return CompareRest(other.m_strNodeId, other.m_strContainerType, m_strNodeId,
+                       m_strContainerType) > 0;
 }
