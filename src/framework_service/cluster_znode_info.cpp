@@ -1,5 +1,7 @@
 #include "framework_service/cluster_znode_info.h"
 
+#include <utility>
+
 #include "internal/json_text.h"
 #include "internal/log.h"
 
@@ -37,8 +39,12 @@ int BuildNodeJson(const CNode& node, Json::Value& nodeJson) {
                                     : PSZ_NODE_STATUS_NORMAL;
     std::list<std::string> containerList;
     node.GetContainerList(containerList);
+    Json::Value containersJson(Json::arrayValue);
     for (const std::string& strType : containerList) {
-        nodeJson[PSZ_NODE_CONTAINER].append(Json::objectValue)[PSZ_NODE_CONTAINER_TYPE] = strType;
+        containersJson.append(Json::objectValue)[PSZ_NODE_CONTAINER_TYPE] = strType;
+    }
+    if (!containersJson.empty()) {
+        nodeJson[PSZ_NODE_CONTAINER] = std::move(containersJson);
     }
     return ORVA_SUCCEED;
 }
@@ -102,7 +108,7 @@ int32_t CClusterZNodeInfo::ParseJson(const char* pszJson) {
         // One node for all entries: "Removed" carries over from the entry that says it to the rest.
         CNode node;
         for (const Json::Value& nodeJson : *pNodes) {
-            if (::ParseNodeJson(nodeJson, node) != ORVA_SUCCEED) {
+            if (ParseNodeJson(nodeJson, node) != ORVA_SUCCEED) {
                 return LogFailure(HERE, OPERATION, ORVA_DATA_INVALID,
                                   "parse node json fail, json text[%s].", pszJson);
             }
