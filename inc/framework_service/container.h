@@ -9,6 +9,7 @@
 
 #include "framework_service/base_data.h"
 #include "framework_service/container_status.h"
+#include "framework_service/copy_on_write.h"
 #include "framework_service/resource_task.h"
 #include "orva_plugin_service/tarn_orva_data.h"
 
@@ -124,7 +125,7 @@ public:
 
     /// @name Task table
     /// @{
-    uint32_t GetTotalTask() const { return static_cast<uint32_t>(m_taskTable.size()); }
+    uint32_t GetTotalTask() const { return static_cast<uint32_t>(m_taskTable->size()); }
     int GetTaskTotalDisk() const { return m_iTaskTotalDisk; }
     void SetTaskTotalDisk(int iTotalDisk) { m_iTaskTotalDisk = iTotalDisk; }
     float GetDiskRatio() const { return m_fDiskRatio; }
@@ -226,6 +227,27 @@ public:
     /// @}
 
 private:
+    friend class CContainerMgr;
+
+    using CTaskTable = CCopyOnWrite<std::list<CResourceTask>>;
+
+    /// A reported task table, made ready before the container's lock is taken.
+    struct CTaskReport {
+        explicit CTaskReport(const std::list<CResourceTask>& resTaskTable);
+
+        CTaskTable taskTable;
+        int32_t iTotalNet;
+    };
+
+    /// SetResourceTask by swapping: the report leaves with the former table.
+    void TakeReport(CTaskReport& report, int iMsgType);
+
+    /// AddResourceTask by moving the tasks out of the argument.
+    void TakeTasks(std::list<CResourceTask>& tasks);
+
+    /// RemoveResourceTask by moving the tasks behind what the argument holds.
+    void TakeOutTasks(const std::list<std::string>& taskIdList, std::list<CResourceTask>& removed);
+
     CSystemResource& NewestSample();
     void ReadCloudStorageFigures(const CResourceTask& task);
 
@@ -236,8 +258,8 @@ private:
     std::vector<CSystemResource> m_statusVector;
     int32_t m_iCurStatusPos = 0;
     time_t m_tLastReportTime;
-    std::list<CResourceTask> m_taskTable;
-    std::map<std::string, int> m_processTable;
+    CTaskTable m_taskTable;
+    CCopyOnWrite<std::map<std::string, int>> m_processTable;
     bool m_bOnline = true;
     bool m_bFaultShift = false;
     bool m_bSupportFaultShift = false;
@@ -246,8 +268,8 @@ private:
     float m_fDiskRatio = 0;
     int m_iTaskTotalNet = 0;
     float m_fNetRatio = 0;
-    KeyValueMap m_privateInfo;
-    KeyFloatValueMap m_floatPrivateInfo;
+    CCopyOnWrite<KeyValueMap> m_privateInfo;
+    CCopyOnWrite<KeyFloatValueMap> m_floatPrivateInfo;
     bool m_bNeedUpdate = true;
     std::string m_strProductType;
     std::string m_strServiceType;
@@ -258,7 +280,7 @@ private:
     int32_t m_iTranBandWidth = 0;
     int32_t m_iLowPriStoreDay = 0;
     bool m_bUpdateFlag = false;
-    std::list<ORVA_CLOUD_STORAGE_ALLOC_INFO> m_allocInfoList;
+    CCopyOnWrite<std::list<ORVA_CLOUD_STORAGE_ALLOC_INFO>> m_allocInfoList;
     uint32_t m_uiCount = 0;
     bool m_isDoingFaultShift = false;
 };

@@ -168,6 +168,9 @@ private:
 
     CContainerMgr() = default;
 
+    /// Swaps the table: the argument leaves with the former one. False without the lock.
+    bool SwapTable(ContainerMap& containerMap);
+
     /// Replaces the argument by copies of the containers of that type that are online.
     void GetOnlineContainer(const std::string& strContainerType, ContainerMap& containerMap);
 

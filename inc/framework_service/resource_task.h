@@ -6,6 +6,7 @@
 
 #include "common_service/xml.h"
 #include "framework_service/base_data.h"
+#include "framework_service/copy_on_write.h"
 #include "orva_plugin_service/tarn_orva_data.h"
 
 /// One unit of scheduled work and what it costs. A plain value; no lock.
@@ -65,6 +66,8 @@ public:
     void GetAllocInfoList(std::list<ORVA_CLOUD_STORAGE_ALLOC_INFO>& allocInfoList) const;
 
 private:
+    friend class CContainer;
+
     std::string m_strTaskId;
     std::string m_strTaskName;
     std::string m_strTaskType;
@@ -74,6 +77,6 @@ private:
     int32_t m_iIO = 0;
     int32_t m_iNet = 0;
     int32_t m_iDisk = 0;
-    std::list<ORVA_CLOUD_STORAGE_ALLOC_INFO> m_allocInfoList;
-    KeyValueMap m_privateInfo;
+    CCopyOnWrite<std::list<ORVA_CLOUD_STORAGE_ALLOC_INFO>> m_allocInfoList;
+    CCopyOnWrite<KeyValueMap> m_privateInfo;
 };

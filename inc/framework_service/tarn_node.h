@@ -7,6 +7,7 @@
 #include <vector>
 
 #include "framework_service/base_data.h"
+#include "framework_service/copy_on_write.h"
 #include "framework_service/node_status.h"
 
 /// One machine of the cluster: identity, address, roles, resources, and the types of the containers
@@ -75,7 +76,7 @@ private:
     std::vector<CSystemResource> m_statusVector;
     int32_t m_iCurStatusPos = 0;
     time_t m_tLastReportTime;
-    std::list<std::string> m_containerList;
+    CCopyOnWrite<std::list<std::string>> m_containerList;
     bool m_bOnline = true;
     int m_iMemberStatus = CLUSTER_MEMBER_NORMAL;
 };

@@ -4,6 +4,7 @@
 #include <cstddef>
 #include <limits>
 #include <set>
+#include <string_view>
 #include <utility>
 
 #include "common_service/tarn_def.h"
@@ -35,6 +36,14 @@ int32_t AddPositive(int32_t iTotal, int32_t iValue) {
 
 int32_t SubtractToZero(int32_t iTotal, int32_t iValue) {
     return iTotal > iValue ? WrapSub(iTotal, iValue) : 0;
+}
+
+int32_t SumNet(const std::list<CResourceTask>& taskTable) {
+    int32_t iTotal = 0;
+    for (const CResourceTask& task : taskTable) {
+        iTotal = WrapAdd(iTotal, task.GetNet());
+    }
+    return iTotal;
 }
 
 template <typename Predicate>
@@ -108,11 +117,11 @@ void CContainer::SetProcessState(const std::map<std::string, int>& processTable)
 }
 
 void CContainer::GetProcessState(std::map<std::string, int>& processTable) const {
-    processTable = m_processTable;
+    processTable = *m_processTable;
 }
 
 bool CContainer::IsProcessRunning() const {
-    for (const auto& [strProcess, iState] : m_processTable) {
+    for (const auto& [strProcess, iState] : *m_processTable) {
         if (iState != PROCESS_STATE_RUNNING) {
             LogInfo(HERE, "", "containerType=%s nodeId=%s process=%s stopped.",
                     m_strContainerType.c_str(), m_strNodeId.c_str(), strProcess.c_str());
@@ -131,12 +140,12 @@ int CContainer::InsertSingleKeyIntValue(const std::string& strKey, int iValue) {
 }
 
 int CContainer::InsertSingleKeyFloatValue(const std::string& strKey, float fValue) {
-    m_floatPrivateInfo.insert_or_assign(strKey, fValue);
+    m_floatPrivateInfo.Edit().insert_or_assign(strKey, fValue);
     return ORVA_SUCCEED;
 }
 
 int CContainer::SetValueByKey(const std::string& strKey, const std::string& strValue) {
-    m_privateInfo.insert_or_assign(strKey, strValue);
+    m_privateInfo.Edit().insert_or_assign(strKey, strValue);
     return ORVA_SUCCEED;
 }
 
@@ -146,7 +155,7 @@ int CContainer::SetIntValueByKey(const std::string& strKey, int iValue) {
 
 int CContainer::GetValueByKey(const std::string& strKey, std::string& strValue) const {
     return ReadKey(HERE, "Container, get value by key", "can not find, key[%s], value[%s]",
-                   m_privateInfo, strKey, strValue);
+                   *m_privateInfo, strKey, strValue);
 }
 
 int CContainer::GetIntValueByKey(const std::string& strKey, int& iValue) const {
@@ -160,20 +169,28 @@ int CContainer::GetIntValueByKey(const std::string& strKey, int& iValue) const {
 
 int CContainer::GetFloatValueByKey(const std::string& strKey, float& fValue) const {
     return ReadKey(HERE, "Container, get float value by key", "can not find, key[%s], value[%f]",
-                   m_floatPrivateInfo, strKey, fValue);
+                   *m_floatPrivateInfo, strKey, fValue);
 }
 
 void CContainer::GetAllPrivateInfo(KeyValueMap& privateInfo) const {
-    privateInfo = m_privateInfo;
+    privateInfo = *m_privateInfo;
 }
 
 void CContainer::SetExtParam(const KeyValueMap& privateInfo) {
     m_privateInfo = privateInfo;
 }
 
+CContainer::CTaskReport::CTaskReport(const std::list<CResourceTask>& resTaskTable)
+    : taskTable(resTaskTable), iTotalNet(SumNet(resTaskTable)) {}
+
 void CContainer::SetResourceTask(const std::list<CResourceTask>& resTaskTable, int iMsgType) {
-    m_taskTable = resTaskTable;
-    CalcTaskTotalNet();
+    CTaskReport report(resTaskTable);
+    TakeReport(report, iMsgType);
+}
+
+void CContainer::TakeReport(CTaskReport& report, int iMsgType) {
+    std::swap(m_taskTable, report.taskTable);
+    m_iTaskTotalNet = report.iTotalNet;
     if (m_strContainerType == CONTAINER_TYPE_CLOUD_STORAGE) {
         CalcCloudStorageInfo(iMsgType);
     }
@@ -185,44 +202,61 @@ void CContainer::SetResourceTask(const std::list<CResourceTask>& resTaskTable, i
 }
 
 void CContainer::GetResoureTask(std::list<CResourceTask>& resTaskList) const {
-    resTaskList.insert(resTaskList.end(), m_taskTable.begin(), m_taskTable.end());
+    resTaskList.insert(resTaskList.end(), m_taskTable->begin(), m_taskTable->end());
 }
 
 void CContainer::AddResourceTask(const std::list<CResourceTask>& resTaskList) {
-    for (const CResourceTask& task : resTaskList) {
-        AddTask(task);
+    std::list<CResourceTask> tasks(resTaskList);
+    TakeTasks(tasks);
+}
+
+void CContainer::TakeTasks(std::list<CResourceTask>& tasks) {
+    for (const CResourceTask& task : tasks) {
+        AddTaskDisk(task.GetDisk());
+        AddTaskNet(task.GetNet());
     }
+    std::list<CResourceTask>& taskTable = m_taskTable.Edit();
+    taskTable.splice(taskTable.end(), tasks);
 }
 
 void CContainer::RemoveResourceTask(const std::list<std::string>& taskIdList) {
-    const std::set<std::string> ids(taskIdList.begin(), taskIdList.end());
-    m_taskTable.remove_if(
-        [&ids](const CResourceTask& task) { return ids.count(task.GetTaskId()) != 0; });
+    std::list<CResourceTask> removed;
+    TakeOutTasks(taskIdList, removed);
+}
+
+void CContainer::TakeOutTasks(const std::list<std::string>& taskIdList,
+                              std::list<CResourceTask>& removed) {
+    const std::set<std::string_view> ids(taskIdList.begin(), taskIdList.end());
+    std::list<CResourceTask>& taskTable = m_taskTable.Edit();
+    for (auto it = taskTable.begin(); it != taskTable.end();) {
+        const auto itTask = it++;
+        if (ids.count(itTask->GetTaskId()) != 0) {
+            removed.splice(removed.end(), taskTable, itTask);
+        }
+    }
     CalcTaskTotalNet();
 }
 
 int CContainer::AddTask(const CResourceTask& resTask) {
-    m_taskTable.push_back(resTask);
+    m_taskTable.Edit().push_back(resTask);
     AddTaskDisk(resTask.GetDisk());
     AddTaskNet(resTask.GetNet());
     return ORVA_SUCCEED;
 }
 
 int CContainer::DelTask(const CResourceTask& resTask) {
-    const auto it = FindTask(m_taskTable, HasId(resTask.GetTaskId()));
-    if (it == m_taskTable.end()) {
+    std::list<CResourceTask>& taskTable = m_taskTable.Edit();
+    const auto it = FindTask(taskTable, HasId(resTask.GetTaskId()));
+    if (it == taskTable.end()) {
         return LogFailure(HERE, "container remove task by id", ORVA_FAIL, "connot find task[%s].",
                           resTask.GetTaskId().c_str());
     }
-    // The argument may be the stored task itself: its costs are read before it goes.
-    const int32_t iDisk = resTask.GetDisk();
-    const int32_t iNet = resTask.GetNet();
-    m_taskTable.erase(it);
-    if (iDisk > 0) {
-        DelTaskDisk(iDisk);
+    taskTable.erase(it);
+    if (resTask.GetDisk() > 0) {
+        DelTaskDisk(resTask.GetDisk());
     }
-    if (iNet > 0) {
-        DelTaskNet(iNet);
+    if (resTask.GetNet() > 0) {
+        DelTaskNet(resTask.GetNet());
     }
     return ORVA_SUCCEED;
 }
@@ -244,10 +278,7 @@ void CContainer::DelTaskNet(int32_t iNet) {
 }
 
 void CContainer::CalcTaskTotalNet() {
-    m_iTaskTotalNet = 0;
-    for (const CResourceTask& task : m_taskTable) {
-        m_iTaskTotalNet = WrapAdd(m_iTaskTotalNet, task.GetNet());
-    }
+    m_iTaskTotalNet = SumNet(*m_taskTable);
 }
 
 void CContainer::AddDiskToLastestResource(int32_t iDisk) {
@@ -275,28 +306,28 @@ void CContainer::DelDiskToLastestResource(int32_t iDisk) {
 }
 
 void CContainer::SortTaskTableByDisk() {
-    m_taskTable.sort(CompareTaskByDisk);
+    m_taskTable.Edit().sort(CompareTaskByDisk);
 }
 
 void CContainer::SortTaskTableByNet() {
-    m_taskTable.sort(CompareTaskByNet);
+    m_taskTable.Edit().sort(CompareTaskByNet);
 }
 
 void CContainer::SortTaskTableByPrivateFunc(TaskCompareFunc pFunc) {
-    m_taskTable.sort(pFunc);
+    m_taskTable.Edit().sort(pFunc);
 }
 
 int CContainer::GetFirstTask(CResourceTask& resTask) const {
-    if (m_taskTable.empty()) {
+    if (m_taskTable->empty()) {
         return LogFailure(HERE, "container get first task", ORVA_FAIL, "container have no task.");
     }
-    resTask = m_taskTable.front();
+    resTask = m_taskTable->front();
     return ORVA_SUCCEED;
 }
 
 int CContainer::GetSingleTaskById(const std::string& taskId, CResourceTask& resTask) const {
-    const auto it = FindTask(m_taskTable, HasId(taskId));
-    if (it == m_taskTable.end()) {
+    const auto it = FindTask(*m_taskTable, HasId(taskId));
+    if (it == m_taskTable->end()) {
         return LogFailure(HERE, "container get single task by id", ORVA_FAIL,
                           "container don't have this task.");
     }
@@ -324,8 +355,8 @@ int CContainer::GetFirstScheduleableTask(CResourceTask& resTask, bool bCnt, bool
         }
         return !strKey.empty() && isMarked(task);
     };
-    const auto it = FindTask(m_taskTable, isScheduleable);
-    if (it == m_taskTable.end()) {
+    const auto it = FindTask(*m_taskTable, isScheduleable);
+    if (it == m_taskTable->end()) {
         return LogFailure(HERE, "container get first scheduleable task", ORVA_FAIL,
                           "container have no scheduleable task.");
     }
@@ -334,7 +365,7 @@ int CContainer::GetFirstScheduleableTask(CResourceTask& resTask, bool bCnt, bool
 }
 
 void CContainer::CalcCloudStorageInfo(int iMsgType) {
-    for (const CResourceTask& task : m_taskTable) {
+    for (const CResourceTask& task : *m_taskTable) {
         if (iMsgType != ALLOC_CLOUD_STORAGE_NOTIFY_RSP) {
             ReadCloudStorageFigures(task);
             LogTrace(HERE,
@@ -342,9 +373,8 @@ void CContainer::CalcCloudStorageInfo(int iMsgType) {
                      "m_bUpdateFlag:%d.",
                      m_iReqStorage, m_iBitRate, m_iReqPicStorage, m_bUpdateFlag);
         }
-        m_allocInfoList.clear();
-        task.GetAllocInfoList(m_allocInfoList);
-        for (const ORVA_CLOUD_STORAGE_ALLOC_INFO& allocInfo : m_allocInfoList) {
+        m_allocInfoList = task.m_allocInfoList;
+        for (const ORVA_CLOUD_STORAGE_ALLOC_INFO& allocInfo : *m_allocInfoList) {
             LogTrace(HERE, "CContainer:CloudStorageCode:%s,AllocStorage:%d.",
                      allocInfo.cloudStorageCode.c_str(), allocInfo.allocStorage);
         }
@@ -393,7 +423,7 @@ void CContainer::SaveCloudStorageReportInfoToZK() {
     info.iReqStorage = m_iReqStorage;
     info.iReqPicStorage = m_iReqPicStorage;
     info.iLowPriorityBitRate = m_iBitRate;
-    info.allocInfo = m_allocInfoList;
+    info.allocInfo = *m_allocInfoList;
     LogInfo(HERE, "save cloud storage report info to zk", "alloc info list=%d",
             static_cast<int>(info.allocInfo.size()));
     document.SetCloudStorageInfo(m_strNodeId, info);
@@ -405,5 +435,5 @@ void CContainer::SaveCloudStorageReportInfoToZK() {
 }
 
 void CContainer::GetAllocInfoList(std::list<ORVA_CLOUD_STORAGE_ALLOC_INFO>& allocInfoList) const {
-    allocInfoList.insert(allocInfoList.end(), m_allocInfoList.begin(), m_allocInfoList.end());
+    allocInfoList.insert(allocInfoList.end(), m_allocInfoList->begin(), m_allocInfoList->end());
 }

@@ -1,6 +1,7 @@
 #include "framework_service/container_mgr.h"
 
 #include <algorithm>
+#include <utility>
 
 #include "common_service/tarn_def.h"
 #include "internal/log.h"
@@ -108,18 +109,27 @@ bool SortHighSpeedInfo(const HighSpeedDownLoadInfo& cHighSpeedDownLoadInfoA,
     return cHighSpeedDownLoadInfoA.uiFreeBrandwidth > cHighSpeedDownLoadInfoB.uiFreeBrandwidth;
 }
 
+// What callers hand in is copied before a lock is taken, and what is dropped goes after the lock: a
+// report waits for neither.
+
 int32_t CContainerMgr::Init(const ContainerMap& containerMap) {
+    ContainerMap table(containerMap);
+    return SwapTable(table) ? ORVA_SUCCEED : ORVA_FAIL;
+}
+
+bool CContainerMgr::SwapTable(ContainerMap& containerMap) {
     const MutexGuard guard(m_mutex);
-    if (!guard.locked()) {
-        return ORVA_FAIL;
+    if (guard.locked()) {
+        m_containerTable.swap(containerMap);
     }
-    m_containerTable = containerMap;
-    return ORVA_SUCCEED;
+    return guard.locked();
 }
 
 void CContainerMgr::GetAllContainer(ContainerMap& containerTable) {
+    ContainerMap former;
     const MutexGuard guard(m_mutex);
     if (guard.locked()) {
+        former.swap(containerTable);
         containerTable = m_containerTable;
     }
 }
@@ -141,11 +151,12 @@ int32_t CContainerMgr::AddContainer(const ContainerMap& containerMap) {
 }
 
 int32_t CContainerMgr::RemoveContainer(const CContainerAddr& containerAddr) {
+    ContainerMap::node_type removed;
     const MutexGuard guard(m_mutex);
     if (!guard.locked()) {
         return ORVA_FAIL;
     }
-    m_containerTable.erase(containerAddr);
+    removed = m_containerTable.extract(containerAddr);
     return ORVA_SUCCEED;
 }
 
@@ -188,9 +199,10 @@ void CContainerMgr::UpdateContainerReportTime(const CContainerAddr& containerAdd
 
 void CContainerMgr::SetProcessState(const CContainerAddr& containerAddr,
                                     const std::map<std::string, int>& processTable) {
+    CCopyOnWrite<std::map<std::string, int>> table(processTable);
     const ELookup eLookup =
         WithEntry(m_mutex, m_containerTable, containerAddr,
-                  [&](CContainer& container) { container.SetProcessState(processTable); });
+                  [&](CContainer& container) { std::swap(container.m_processTable, table); });
     ReportUnknown(HERE, eLookup, "Container mgr set process list", ORVA_PARA_INVALID,
                   MESSAGE_CONTAINER_ID, containerAddr);
 }
@@ -201,12 +213,13 @@ bool CContainerMgr::IsProcessRunning(const CContainerAddr& containerAddr) {
 
 void CContainerMgr::SetResourceTask(const CContainerAddr& containerAddr,
                                     const std::list<CResourceTask>& taskTable, int iMsgType) {
+    CContainer::CTaskReport report(taskTable);
     const ELookup eLookup =
         WithEntry(m_mutex, m_containerTable, containerAddr, [&](CContainer& container) {
             if (container.GetContainerType() == CONTAINER_TYPE_IMG_DEV && !taskTable.empty()) {
                 container.SetFaultShift(false);
             }
-            container.SetResourceTask(taskTable, iMsgType);
+            container.TakeReport(report, iMsgType);
         });
     ReportUnknown(HERE, eLookup, "Container mgr set resource task", ORVA_PARA_INVALID,
                   MESSAGE_CONTAINER_TYPE, containerAddr);
@@ -223,18 +236,20 @@ void CContainerMgr::GetResTaskList(const CContainerAddr& containerAddr,
 
 void CContainerMgr::RemoveResourceTask(const CContainerAddr& containerAddr,
                                        const std::list<std::string>& taskIdList) {
+    std::list<CResourceTask> removed;
     const ELookup eLookup =
         WithEntry(m_mutex, m_containerTable, containerAddr,
-                  [&](CContainer& container) { container.RemoveResourceTask(taskIdList); });
+                  [&](CContainer& container) { container.TakeOutTasks(taskIdList, removed); });
     ReportUnknown(HERE, eLookup, "Container mgr remove resource task", ORVA_PARA_INVALID,
                   MESSAGE_CONTAINER_ID, containerAddr);
 }
 
 void CContainerMgr::AddResourceTask(const CContainerAddr& containerAddr,
                                     const std::list<CResourceTask>& resTaskList) {
+    std::list<CResourceTask> tasks(resTaskList);
     const ELookup eLookup =
         WithEntry(m_mutex, m_containerTable, containerAddr, [&](CContainer& container) {
-            container.AddResourceTask(resTaskList);
+            container.TakeTasks(tasks);
             container.SetOnline(true);
         });
     ReportUnknown(HERE, eLookup, "Container mgr add resource task", ORVA_PARA_INVALID,
@@ -292,8 +307,9 @@ void CContainerMgr::SetContainerMemberStatus(const CContainerAddr& containerAddr
 
 void CContainerMgr::SetExtParam(const CContainerAddr& containerAddr,
                                 const KeyValueMap& privateInfo) {
+    CCopyOnWrite<KeyValueMap> table(privateInfo);
     WithEntry(m_mutex, m_containerTable, containerAddr,
-              [&](CContainer& container) { container.SetExtParam(privateInfo); });
+              [&](CContainer& container) { std::swap(container.m_privateInfo, table); });
 }
 
 void CContainerMgr::SetExtParamValueByKey(const CContainerAddr& containerAddr,

@@ -1,6 +1,7 @@
 #include "framework_service/framework_common.h"
 
 #include <algorithm>
+#include <set>
 
 #include "common_service/global_config.h"
 #include "common_service/net_factory.h"
@@ -86,19 +87,18 @@ bool EraseByFloatCode(std::list<CClusterCGInfo>& listCG, const std::string& strF
 /// load that are members no more. The local address is never taken away.
 void UpdateValidatedLinks(const std::list<CNode>& nodeList) {
     HALD::CNetFactory& netFactory = HALD::CNetFactory::Instance();
-    std::list<std::string> newNodeIPList;
+    std::set<std::string> newNodeIPs;
     for (const CNode& node : nodeList) {
         if (node.GetMemberStatus() != CLUSTER_MEMBER_REMOVED) {
             netFactory.AddValidatedLink(node.GetNodeIp(), VALIDATED_LINK_TYPE);
-            newNodeIPList.push_back(node.GetNodeIp());
+            newNodeIPs.insert(node.GetNodeIp());
         }
     }
     std::list<CNode> oldNodeList;
     CNodeMgr::Instance().GetAllNode(oldNodeList);
     for (const CNode& node : oldNodeList) {
-        const bool bMember = std::find(newNodeIPList.begin(), newNodeIPList.end(),
-                                       node.GetNodeIp()) != newNodeIPList.end();
-        if (!bMember && node.GetNodeIp() != CGlobalConfig::Instance().GetLocalIp()) {
+        if (newNodeIPs.count(node.GetNodeIp()) == 0 &&
+            node.GetNodeIp() != CGlobalConfig::Instance().GetLocalIp()) {
             netFactory.DelValidatedLink(node.GetNodeIp(), VALIDATED_LINK_TYPE);
         }
     }
@@ -176,7 +176,7 @@ int CFrameworkCommon::InitContainerMgr(const std::list<CNode>& nodeList) {
     if (const int iRet = GenContainerTable(nodeList, containerMap); iRet != ORVA_SUCCEED) {
         return LogFailure(HERE, OPERATION_INIT_CONTAINER_MGR, iRet, "gen container table fail.");
     }
-    CContainerMgr::Instance().Init(containerMap);
+    CContainerMgr::Instance().SwapTable(containerMap);
     return ORVA_SUCCEED;
 }
 

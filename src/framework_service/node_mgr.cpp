@@ -16,15 +16,15 @@ void CNodeMgr::RefreshSizeLocked() {
 }
 
 void CNodeMgr::Init(const std::list<CNode>& nodeList) {
-    const MutexGuard guard(m_mutex);
-    if (!guard.locked()) {
-        return;
-    }
-    m_nodeTable.clear();
+    NodeMap nodeTable;
     for (const CNode& node : nodeList) {
-        m_nodeTable.insert_or_assign(node.GetNodeId(), node);
+        nodeTable.insert_or_assign(node.GetNodeId(), node);
     }
-    RefreshSizeLocked();
+    const MutexGuard guard(m_mutex);
+    if (guard.locked()) {
+        m_nodeTable.swap(nodeTable);
+        RefreshSizeLocked();
+    }
 }
 
 void CNodeMgr::AddNode(const NodeMap& nodeMap) {

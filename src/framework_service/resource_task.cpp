@@ -31,13 +31,13 @@ bool CResourceTask::SetDisk(const std::string&) {
 }
 
 int CResourceTask::InsertSingleKeyValue(const std::string& strKey, const std::string& strValue) {
-    m_privateInfo.emplace(strKey, strValue);
+    m_privateInfo.Edit().emplace(strKey, strValue);
     return ORVA_SUCCEED;
 }
 
 int CResourceTask::GetValueByKey(const std::string& strKey, std::string& strValue) const {
     return ReadKey(HERE, "resource task, get value by key", "can not find, key[%s], value[%s]",
-                   m_privateInfo, strKey, strValue);
+                   *m_privateInfo, strKey, strValue);
 }
 
 int CResourceTask::GetIntValueByKey(const std::string& strKey, int& iValue) const {
@@ -50,19 +50,19 @@ int CResourceTask::GetIntValueByKey(const std::string& strKey, int& iValue) cons
 }
 
 int CResourceTask::ParsePrivateInfoFromXml(PELU::CXml& xml) {
-    m_privateInfo.clear();
-    return CXmlCommon::Instance().ParseKeyValueInfoFromXml(xml, m_privateInfo);
+    m_privateInfo = {};
+    return CXmlCommon::Instance().ParseKeyValueInfoFromXml(xml, m_privateInfo.Edit());
 }
 
 void CResourceTask::GetAllPrivateInfo(KeyValueMap& privateInfo) const {
-    privateInfo = m_privateInfo;
+    privateInfo = *m_privateInfo;
 }
 
 void CResourceTask::SetAllocInfoList(ORVA_CLOUD_STORAGE_ALLOC_INFO allocInfo) {
-    m_allocInfoList.push_back(std::move(allocInfo));
+    m_allocInfoList.Edit().push_back(std::move(allocInfo));
 }
 
 void CResourceTask::GetAllocInfoList(
     std::list<ORVA_CLOUD_STORAGE_ALLOC_INFO>& allocInfoList) const {
-    allocInfoList.insert(allocInfoList.end(), m_allocInfoList.begin(), m_allocInfoList.end());
+    allocInfoList.insert(allocInfoList.end(), m_allocInfoList->begin(), m_allocInfoList->end());
 }

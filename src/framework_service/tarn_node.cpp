@@ -41,7 +41,7 @@ bool CNode::IsReportStatusOutTime() {
 }
 
 void CNode::GetContainerList(std::list<std::string>& containerList) const {
-    containerList.insert(containerList.end(), m_containerList.begin(), m_containerList.end());
+    containerList.insert(containerList.end(), m_containerList->begin(), m_containerList->end());
 }
 
 void CNode::SetContainerList(const std::list<std::string>& containerList) {
