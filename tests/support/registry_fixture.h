@@ -1,0 +1,156 @@
+#pragma once
+
+#include <cstddef>
+#include <ctime>
+#include <initializer_list>
+#include <limits>
+#include <list>
+#include <memory>
+#include <random>
+#include <string>
+#include <vector>
+
+#include "framework_service/container_mgr.h"
+#include "framework_service/framework_common.h"
+#include "framework_service/node_mgr.h"
+#include "framework_service/schedule_mgr.h"
+#include "support/fake_clock.h"
+#include "support/host_fixture.h"
+
+/// Names a parameterised test after its parameter.
+inline const auto NAME_OF_PARAMETER = [](const auto& parameter) { return parameter.param.strName; };
+
+/// Draws that a seed repeats.
+class CDice {
+public:
+    explicit CDice(unsigned int uiSeed) : m_random(uiSeed) {}
+
+    std::size_t Below(std::size_t count) { return m_random() % count; }
+
+    const char* OneOf(std::initializer_list<const char*> texts) {
+        return *(texts.begin() + Below(texts.size()));
+    }
+
+private:
+    std::mt19937 m_random;
+};
+
+/// A node as the cluster document has it.
+struct CStoredNode {
+    std::string strId;
+    std::vector<std::string> containers;
+    std::string strStatus = "Normal";
+};
+
+/// The cluster document, to the letter as the library writes it.
+inline std::string ClusterText(const std::vector<CStoredNode>& nodes) {
+    std::string strNodes;
+    for (const CStoredNode& node : nodes) {
+        std::string strContainers;
+        for (const std::string& strType : node.containers) {
+            strContainers += (strContainers.empty() ? "" : ",");
+            strContainers += R"({"ContainerType":")" + strType + R"("})";
+        }
+        strNodes += strNodes.empty() ? R"("ClusterNode":[{)" : ",{";
+        strNodes += strContainers.empty() ? "" : R"("Container":[)" + strContainers + "],";
+        strNodes += R"("DomainRole":3,"NodeID":")" + node.strId +
+                    R"(","NodeIP":"10.0.0.1","NodeIPType":1,"NodeRole":2,"Status":")" +
+                    node.strStatus + R"("})";
+    }
+    return R"({"ClusterCode":"X","ClusterForwardType":7,"ClusterName":"c",)" + strNodes +
+           (strNodes.empty() ? "" : "],") + R"("ClusterRemark":"r"})" + "\n";
+}
+
+inline CNode MakeStoredNode(const std::string& strId, const std::list<std::string>& containers) {
+    CNode node;
+    node.SetNodeId(strId);
+    node.SetContainerList(containers);
+    return node;
+}
+
+inline std::list<std::string> ContainersOfNode(const std::string& strNodeId) {
+    CNode node;
+    CNodeMgr::Instance().GetNode(strNodeId, node);
+    std::list<std::string> containerList;
+    node.GetContainerList(containerList);
+    return containerList;
+}
+
+inline std::vector<std::string> NodeIds() {
+    std::list<CNode> nodeList;
+    CNodeMgr::Instance().GetAllNode(nodeList);
+    std::vector<std::string> ids;
+    for (const CNode& node : nodeList) {
+        ids.push_back(node.GetNodeId());
+    }
+    return ids;
+}
+
+inline ContainerMap AllContainers() {
+    ContainerMap containerMap;
+    CContainerMgr::Instance().GetAllContainer(containerMap);
+    return containerMap;
+}
+
+inline std::vector<CContainerAddr> AddressesOf(const ContainerMap& containerMap) {
+    std::vector<CContainerAddr> addresses;
+    for (const auto& [addr, container] : containerMap) {
+        addresses.push_back(addr);
+    }
+    return addresses;
+}
+
+/// A test on a fresh host with empty registries, version numbers at 0 and empty cached documents.
+class CRegistryTest : public CHostTest {
+protected:
+    CRegistryTest() { EmptyRegistries(); }
+    ~CRegistryTest() override { EmptyRegistries(); }
+
+private:
+    void EmptyRegistries() {
+        SetStore(std::make_shared<CMemoryStore>());
+        OMAdapter::getInstance().setLogger(nullptr);
+        CNodeMgr::Instance().Init({});
+        CContainerMgr::Instance().Init({});
+        EmptyHighSpeedLists();
+        EmptySchedule();
+        EmptyCGRegistry();
+        CFrameworkCommon::Instance().GetClusterDBInfo() = CClusterDBZNodeInfo();
+        CFrameworkCommon::Instance().GetClusterMGRInfo() = CClusterMGRZNodeInfo();
+        OMAdapter::getInstance().setLogger(&m_logger);
+        SetStore(m_pStore);
+    }
+
+    /// Every entry is out of date at the end of time.
+    static void EmptyHighSpeedLists() {
+        SetClock(std::numeric_limits<std::time_t>::max());
+        std::string strNvrCode;
+        CContainerMgr::Instance().GetHighSpeedNvrCode(strNvrCode, 0);
+        CContainerMgr::Instance().GetPicHighSpeedNvrCode(strNvrCode, 0);
+        ResetClock();
+    }
+
+    /// A reload from a node without data sets both numbers to 0.
+    static void EmptySchedule() {
+        const auto pStore = std::make_shared<CMemoryStore>();
+        pStore->Put(Path("/Version"), std::nullopt);
+        SetStore(pStore);
+        CScheduleMgr& mgr = CScheduleMgr::Instance();
+        mgr.Reload();
+        std::list<CContainerAddr> addresses;
+        mgr.GetAllShiftContainer(addresses);
+        for (const CContainerAddr& addr : addresses) {
+            mgr.RemoveShiftContainer(addr);
+        }
+    }
+
+    static void EmptyCGRegistry() {
+        CClusterCGInfoList cached;
+        CFrameworkCGCommon::Instance().GetClusterCGInfoList(cached);
+        std::list<CClusterCGInfo> entries;
+        cached.GetClusterCGInfoList(entries);
+        for (const CClusterCGInfo& info : entries) {
+            CFrameworkCGCommon::Instance().RemoveClusterCGInfo(info.GetFloatCode());
+        }
+    }
+};
