@@ -63,7 +63,7 @@ std::string Quoted(const std::string& strText) {
     return "\"" + strText + "\"";
 }
 
-/// One finding that stands for the whole of a document's node suffix, as "Cluster".
+/// A document is called by its suffix in the store, as "Cluster".
 void Add(Findings& findings, const char* pszSeverity, const ORVA_STORE_NODE& node,
          const std::string& strText) {
     findings.push_back({pszSeverity, node.pszSuffix + 1, strText});
@@ -182,6 +182,9 @@ void CheckNodeIps(const CCheckedStore& store, Findings& findings) {
 }
 
 void CheckContainerTypes(const CCheckedStore& store, Findings& findings) {
+    if (!store.bPluginsLoaded) {
+        return;
+    }
     std::map<std::string, int> unknownTypes;
     for (const CNode& node : store.nodeList) {
         for (const std::string& strType : ContainersOf(node)) {
@@ -191,11 +194,9 @@ void CheckContainerTypes(const CCheckedStore& store, Findings& findings) {
         }
     }
     for (const auto& [strType, iCount] : unknownTypes) {
-        if (store.bPluginsLoaded) {
-            Add(findings, PSZ_WARNING, STORE_NODE_CLUSTER,
-                "no plug-in knows the container type " + Quoted(strType) + ", which stands there " +
-                    std::to_string(iCount) + " times");
-        }
+        Add(findings, PSZ_WARNING, STORE_NODE_CLUSTER,
+            "no plug-in knows the container type " + Quoted(strType) + ", which stands there " +
+                std::to_string(iCount) + " times");
     }
 }
 
@@ -258,7 +259,6 @@ CCheckedDocument ReadDocument(const CStoreDocument& document) {
     return checked;
 }
 
-/// The good text of a document; null JSON, which holds nothing, stands for a bad one.
 const CCheckedDocument& Find(const CCheckedStore& store, const ORVA_STORE_NODE& node) {
     return *std::find_if(
         store.documents.begin(), store.documents.end(),
@@ -277,10 +277,7 @@ Document Parse(const CCheckedDocument& checked) {
 bool ReadStore(CCheckedStore& store, std::ostream& errors) {
     for (const CStoreDocument& document : StoreDocuments()) {
         store.documents.push_back(ReadDocument(document));
-        const int iCode = store.documents.back().stored.iCode;
-        if (iCode != ORVA_SUCCEED) {
-            errors << StorePath(document) << ": the store answered code " << iCode
-                   << ", the log says why\n";
+        if (!StoreAnswered(document, store.documents.back().stored.iCode, errors)) {
             return false;
         }
     }

@@ -321,6 +321,14 @@ int WriteToStore(const CStoreDocument& document, const std::string& strText) {
     return COperCommon::SetDataToZK(StorePath(document).c_str(), document.node.uiBufLen, &text);
 }
 
+bool StoreAnswered(const CStoreDocument& document, int iCode, std::ostream& errors) {
+    if (iCode != ORVA_SUCCEED) {
+        errors << StorePath(document) << ": the store answered code " << iCode
+               << ", the log says why\n";
+    }
+    return iCode == ORVA_SUCCEED;
+}
+
 std::string StorePath(const CStoreDocument& document) {
     return PSZ_STORE_ROOT + CTARNConf::m_oConf.GetCstClusterCode() + document.node.pszSuffix;
 }

@@ -4,6 +4,7 @@
 
 #include <memory>
 #include <optional>
+#include <ostream>
 #include <string>
 #include <vector>
 
@@ -56,6 +57,9 @@ CStoredText ReadFromStore(const CStoreDocument& document);
 
 /// Writes the text as it stands. Returns 0, or a code with the store unchanged.
 int WriteToStore(const CStoreDocument& document, const std::string& strText);
+
+/// Says on the stream that the store failed with this code, unless it is 0. Is it?
+bool StoreAnswered(const CStoreDocument& document, int iCode, std::ostream& errors);
 
 /// The document's path in the store.
 std::string StorePath(const CStoreDocument& document);

@@ -58,18 +58,10 @@ int CollectFiles(const std::string& strDir, CDocumentTexts& texts, std::ostream&
     return iResult;
 }
 
-bool StoreAnswered(int iCode, const CStoreDocument& document, std::ostream& errors) {
-    if (iCode != ORVA_SUCCEED) {
-        errors << StorePath(document) << ": the store answered code " << iCode
-               << ", the log says why\n";
-    }
-    return iCode == ORVA_SUCCEED;
-}
-
 bool CollectTexts(CDocumentTexts& texts, std::ostream& output, std::ostream& errors) {
     for (const CStoreDocument& document : StoreDocuments()) {
         CStoredText stored = ReadFromStore(document);
-        if (!StoreAnswered(stored.iCode, document, errors)) {
+        if (!StoreAnswered(document, stored.iCode, errors)) {
             return false;
         }
         if (stored.strText.empty()) {
@@ -97,7 +89,7 @@ int Import(const std::string& strDir, std::ostream& output, std::ostream& errors
         return EXIT_COULD_NOT;
     }
     for (const auto& [pDocument, strText] : texts) {
-        if (!StoreAnswered(WriteToStore(*pDocument, strText), *pDocument, errors)) {
+        if (!StoreAnswered(*pDocument, WriteToStore(*pDocument, strText), errors)) {
             return EXIT_COULD_NOT;
         }
         output << FileOf(strDir, *pDocument) << ": imported to " << StorePath(*pDocument) << ", "

@@ -21,11 +21,13 @@ public:
     template <class Row, class Rows>
     CTable(std::string strName, const std::vector<CColumn<Row>>& columns, const Rows& rows)
         : m_strName(std::move(strName)) {
+        m_titles.reserve(columns.size());
         for (const CColumn<Row>& column : columns) {
             m_titles.emplace_back(column.pszTitle);
         }
         for (const Row& row : rows) {
             std::vector<Json::Value> values;
+            values.reserve(columns.size());
             for (const CColumn<Row>& column : columns) {
                 values.push_back(column.get(row));
             }

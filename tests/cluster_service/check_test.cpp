@@ -38,21 +38,23 @@ TEST_F(Check, GoodStoreIsAllWell) {
     EXPECT_THAT(result.strErrors, IsEmpty());
 }
 
-TEST_F(CServiceTest, CheckOfTheSampleIsAllWell) {
+using CheckAlone = CServiceTest;
+
+TEST_F(CheckAlone, SampleIsAllWell) {
     ASSERT_EQ(Run({"import", PSZ_SAMPLE_DIR}).iExitCode, 0);
     const CProcessResult result = Run({"check"});
     EXPECT_EQ(result.iExitCode, 0) << result.strOutput;
     EXPECT_EQ(result.strOutput, "all well: 7 documents checked\n");
 }
 
-TEST_F(CServiceTest, CheckOfAStoreWithNothingIsAFinding) {
+TEST_F(CheckAlone, StoreWithNothingIsAFinding) {
     Put("", "");
     const CProcessResult result = Run({"check"});
     EXPECT_EQ(result.iExitCode, 1);
     EXPECT_THAT(result.strOutput, HasSubstr("warning   Cluster        is absent\n"));
 }
 
-TEST_F(CServiceTest, CheckTellsAbsentAndEmptyDocumentsInNotesThatDoNotCount) {
+TEST_F(CheckAlone, AbsentAndEmptyDocumentsAreNotesThatDoNotCount) {
     Put("/Cluster", GoodCluster());
     Put("/MERO/CGList", "");
     const CProcessResult result = Run({"check"});
