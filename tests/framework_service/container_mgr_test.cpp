@@ -11,6 +11,7 @@
 #include "support/fake_clock.h"
 #include "support/host_fixture.h"
 #include "support/model_values.h"
+#include "support/refused_locks.h"
 
 namespace {
 
@@ -352,25 +353,49 @@ TEST_F(ContainerRegistry, QuestionsAreAnsweredByTheContainer) {
     EXPECT_TRUE(m_registry.IsProcessRunning(IMG_DEV));
 }
 
-/// An operation on a container that is not there.
-struct CUnknown {
+/// An operation that does not reach its container, and what it logs when there is none.
+struct CUnreached {
     std::string strName;
     std::function<void(CContainerMgr&, const CContainerAddr&)> apply;
     std::vector<CLogLine> lines = {};
 };
 
-class ContainerRegistryUnknown : public ContainerRegistry,
-                                 public testing::WithParamInterface<CUnknown> {};
+class ContainerRegistryUnreached : public ContainerRegistry,
+                                   public testing::WithParamInterface<CUnreached> {};
 
-TEST_P(ContainerRegistryUnknown, LeavesTheTableAndLogsOnlyWhereItIsAFailure) {
+TEST_P(ContainerRegistryUnreached, LeavesTheTableAndLogsOnlyWhereAnUnknownOneIsAFailure) {
     GetParam().apply(m_registry, UNKNOWN);
     EXPECT_EQ(Show(Table()), Show(MakeTable({CAM, IMG_DEV})));
     EXPECT_THAT(m_logger.GetLines(), testing::ElementsAreArray(GetParam().lines));
 }
 
-TEST_P(ContainerRegistryUnknown, IsSilentWithoutALogger) {
+TEST_P(ContainerRegistryUnreached, IsSilentWithoutALogger) {
     OMAdapter::getInstance().setLogger(nullptr);
     GetParam().apply(m_registry, UNKNOWN);
+    EXPECT_EQ(Show(Table()), Show(MakeTable({CAM, IMG_DEV})));
+    EXPECT_THAT(m_logger.GetLines(), IsEmpty());
+}
+
+TEST_P(ContainerRegistryUnreached, DoesNothingAndIsSilentWithoutTheLock) {
+    {
+        const CRefusedLocks refused;
+        GetParam().apply(m_registry, CAM);
+        GetParam().apply(m_registry, UNKNOWN);
+    }
+    EXPECT_EQ(Show(Table()), Show(MakeTable({CAM, IMG_DEV})));
+    EXPECT_THAT(m_logger.GetLines(), IsEmpty());
+}
+
+TEST_F(ContainerRegistry, TableOperationsFailInSilenceWithoutTheLock) {
+    ContainerMap containerMap = MakeTable({UNKNOWN});
+    {
+        const CRefusedLocks refused;
+        EXPECT_EQ(m_registry.Init({}), 1);
+        EXPECT_EQ(m_registry.AddContainer(containerMap), 1);
+        EXPECT_EQ(m_registry.RemoveContainer(CAM), 1);
+        m_registry.GetAllContainer(containerMap);
+    }
+    EXPECT_EQ(Show(containerMap), Show(MakeTable({UNKNOWN})));
     EXPECT_EQ(Show(Table()), Show(MakeTable({CAM, IMG_DEV})));
     EXPECT_THAT(m_logger.GetLines(), IsEmpty());
 }
@@ -386,73 +411,76 @@ constexpr char CONTAINER_ID[] = "node id=N9 container id=Cam";
 constexpr char CONTAINER_TYPE[] = "node id=N9 container type=Cam";
 
 INSTANTIATE_TEST_SUITE_P(
-    Logged, ContainerRegistryUnknown,
+    Logged, ContainerRegistryUnreached,
     testing::Values(
-        CUnknown{"SetContainerOnline", [](auto& r, auto& a) { r.SetContainerOnline(a, true); },
-                 NotFound("set container online", 1, "SetContainerOnline", CODE)},
-        CUnknown{"SetContainerOffline", [](auto& r, auto& a) { r.SetContainerOnline(a, false); },
-                 NotFound("set container online", 1, "SetContainerOnline", CODE)},
-        CUnknown{
+        CUnreached{"SetContainerOnline", [](auto& r, auto& a) { r.SetContainerOnline(a, true); },
+                   NotFound("set container online", 1, "SetContainerOnline", CODE)},
+        CUnreached{"SetContainerOffline", [](auto& r, auto& a) { r.SetContainerOnline(a, false); },
+                   NotFound("set container online", 1, "SetContainerOnline", CODE)},
+        CUnreached{
             "SetSystemResource", [](auto& r, auto& a) { r.SetSystemResource(a, {}, {}); },
             NotFound("Container mgr set system resource", 2, "SetSystemResource", CONTAINER_ID)},
-        CUnknown{"SetProcessState", [](auto& r, auto& a) { r.SetProcessState(a, {}); },
-                 NotFound("Container mgr set process list", 2, "SetProcessState", CONTAINER_ID)},
-        CUnknown{"SetResourceTask",
-                 [](auto& r, auto& a) { r.SetResourceTask(a, {MakeTask("t")}, REPORT); },
-                 NotFound("Container mgr set resource task", 2, "SetResourceTask", CONTAINER_TYPE)},
-        CUnknown{"SaveDataToZK", [](auto& r, auto& a) { r.SaveDataToZK(a); },
-                 NotFound("Container mgr set data to zk", 2, "SaveDataToZK", CONTAINER_TYPE)},
-        CUnknown{"GetResTaskList",
-                 [](auto& r, auto& a) {
-                     std::list<CResourceTask> tasks = {MakeTask("x")};
-                     r.GetResTaskList(a, tasks);
-                     EXPECT_THAT(TaskIds(tasks), ElementsAre("x"));
-                 },
-                 NotFound("Container mgr get resource task", 2, "GetResTaskList", CONTAINER_ID)},
-        CUnknown{
+        CUnreached{"SetProcessState", [](auto& r, auto& a) { r.SetProcessState(a, {}); },
+                   NotFound("Container mgr set process list", 2, "SetProcessState", CONTAINER_ID)},
+        CUnreached{
+            "SetResourceTask",
+            [](auto& r, auto& a) { r.SetResourceTask(a, {MakeTask("t")}, REPORT); },
+            NotFound("Container mgr set resource task", 2, "SetResourceTask", CONTAINER_TYPE)},
+        CUnreached{"SaveDataToZK", [](auto& r, auto& a) { r.SaveDataToZK(a); },
+                   NotFound("Container mgr set data to zk", 2, "SaveDataToZK", CONTAINER_TYPE)},
+        CUnreached{"GetResTaskList",
+                   [](auto& r, auto& a) {
+                       std::list<CResourceTask> tasks = {MakeTask("x")};
+                       r.GetResTaskList(a, tasks);
+                       EXPECT_THAT(TaskIds(tasks), ElementsAre("x"));
+                   },
+                   NotFound("Container mgr get resource task", 2, "GetResTaskList", CONTAINER_ID)},
+        CUnreached{
             "RemoveResourceTask", [](auto& r, auto& a) { r.RemoveResourceTask(a, {"t"}); },
             NotFound("Container mgr remove resource task", 2, "RemoveResourceTask", CONTAINER_ID)},
-        CUnknown{"AddResourceTask", [](auto& r, auto& a) { r.AddResourceTask(a, {MakeTask("t")}); },
-                 NotFound("Container mgr add resource task", 2, "AddResourceTask", CONTAINER_ID)},
-        CUnknown{"SetContainerFaultShift",
-                 [](auto& r, auto& a) { r.SetContainerFaultShift(a, true); },
-                 NotFound("Container mgr set container fault shift", 2, "SetContainerFaultShift",
-                          CONTAINER_ID)},
-        CUnknown{
+        CUnreached{"AddResourceTask",
+                   [](auto& r, auto& a) { r.AddResourceTask(a, {MakeTask("t")}); },
+                   NotFound("Container mgr add resource task", 2, "AddResourceTask", CONTAINER_ID)},
+        CUnreached{"SetContainerFaultShift",
+                   [](auto& r, auto& a) { r.SetContainerFaultShift(a, true); },
+                   NotFound("Container mgr set container fault shift", 2, "SetContainerFaultShift",
+                            CONTAINER_ID)},
+        CUnreached{
             "SetContainerDoingFaultShift",
             [](auto& r, auto& a) { r.SetContainerDoingFaultShift(a, true); },
             NotFound("set container Doing Fault Shift", 1, "SetContainerDoingFaultShift", CODE)}),
     [](const auto& instance) { return instance.param.strName; });
 
 INSTANTIATE_TEST_SUITE_P(
-    Silent, ContainerRegistryUnknown,
+    Silent, ContainerRegistryUnreached,
     testing::Values(
-        CUnknown{"RemoveContainer", [](auto& r, auto& a) { EXPECT_EQ(r.RemoveContainer(a), 0); }},
-        CUnknown{"IsContainerOnline",
-                 [](auto& r, auto& a) { EXPECT_FALSE(r.IsContainerOnline(a)); }},
-        CUnknown{"IsProcessRunning", [](auto& r, auto& a) { EXPECT_FALSE(r.IsProcessRunning(a)); }},
-        CUnknown{"IsContainerSupportFaultShift",
-                 [](auto& r, auto& a) { EXPECT_FALSE(r.IsContainerSupportFaultShift(a)); }},
-        CUnknown{"IsContainerDoingFaultShift",
-                 [](auto& r, auto& a) { EXPECT_FALSE(r.IsContainerDoingFaultShift(a)); }},
-        CUnknown{"UpdateContainerReportTime",
-                 [](auto& r, auto& a) { r.UpdateContainerReportTime(a); }},
-        CUnknown{"SetContainerMemberStatus",
-                 [](auto& r, auto& a) { r.SetContainerMemberStatus(a, 1); }},
-        CUnknown{"SetContainerResTaskNeedUpdate",
-                 [](auto& r, auto& a) { r.SetContainerResTaskNeedUpdate(a, false); }},
-        CUnknown{"SetExtParam",
-                 [](auto& r, auto& a) {
-                     r.SetExtParam(a, {{"k", "v"}});
-                 }},
-        CUnknown{"SetExtParamValueByKey",
-                 [](auto& r, auto& a) { r.SetExtParamValueByKey(a, "k", "v"); }},
-        CUnknown{"GetExtParamValueByKey",
-                 [](auto& r, auto& a) {
-                     std::string strValue = "former";
-                     r.GetExtParamValueByKey(a, "k", strValue);
-                     EXPECT_EQ(strValue, "former");
-                 }}),
+        CUnreached{"RemoveContainer", [](auto& r, auto& a) { r.RemoveContainer(a); }},
+        CUnreached{"IsContainerOnline",
+                   [](auto& r, auto& a) { EXPECT_FALSE(r.IsContainerOnline(a)); }},
+        CUnreached{"IsProcessRunning",
+                   [](auto& r, auto& a) { EXPECT_FALSE(r.IsProcessRunning(a)); }},
+        CUnreached{"IsContainerSupportFaultShift",
+                   [](auto& r, auto& a) { EXPECT_FALSE(r.IsContainerSupportFaultShift(a)); }},
+        CUnreached{"IsContainerDoingFaultShift",
+                   [](auto& r, auto& a) { EXPECT_FALSE(r.IsContainerDoingFaultShift(a)); }},
+        CUnreached{"UpdateContainerReportTime",
+                   [](auto& r, auto& a) { r.UpdateContainerReportTime(a); }},
+        CUnreached{"SetContainerMemberStatus",
+                   [](auto& r, auto& a) { r.SetContainerMemberStatus(a, 1); }},
+        CUnreached{"SetContainerResTaskNeedUpdate",
+                   [](auto& r, auto& a) { r.SetContainerResTaskNeedUpdate(a, false); }},
+        CUnreached{"SetExtParam",
+                   [](auto& r, auto& a) {
+                       r.SetExtParam(a, {{"k", "v"}});
+                   }},
+        CUnreached{"SetExtParamValueByKey",
+                   [](auto& r, auto& a) { r.SetExtParamValueByKey(a, "k", "v"); }},
+        CUnreached{"GetExtParamValueByKey",
+                   [](auto& r, auto& a) {
+                       std::string strValue = "former";
+                       r.GetExtParamValueByKey(a, "k", strValue);
+                       EXPECT_EQ(strValue, "former");
+                   }}),
     [](const auto& instance) { return instance.param.strName; });
 
 const CContainerAddr CLOUD("N1", "MeroCloudStorage");
