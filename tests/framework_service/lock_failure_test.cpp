@@ -6,9 +6,9 @@
 #include "common_service/tarn_def.h"
 #include "framework_service/container_mgr.h"
 #include "framework_service/node_mgr.h"
-#include "framework_service_lock/failing_locks.h"
 #include "support/fake_clock.h"
 #include "support/host_fixture.h"
+#include "support/refused_locks.h"
 
 namespace {
 
@@ -21,8 +21,7 @@ constexpr int NUMERIC_REPORT_AGE = 50;
 struct COperation {
     std::string strName;
     std::function<std::string()> call;
-    std::string strWithoutLock;                ///< the text when the lock cannot be had
-    std::function<std::string()> withoutLock;  ///< runs the call while the registry cannot lock
+    std::string strWithoutLock;  ///< the text when the lock cannot be had
 };
 
 std::ostream& operator<<(std::ostream& stream, const COperation& operation) {
@@ -38,17 +37,13 @@ std::string Tell(const Results&... results) {
 }
 
 /// Makes the operations of one registry.
-template <typename Registry>
 class COperationMaker {
 public:
     explicit COperationMaker(const std::string& strRegistry) : m_strRegistry(strRegistry) {}
 
     COperation Answering(const std::string& strName, const std::function<std::string()>& call,
                          const std::string& strWithoutLock) const {
-        return {m_strRegistry + "_" + strName, call, strWithoutLock, [call] {
-                    const CFailingLocks failing(Registry::Instance());
-                    return call();
-                }};
+        return {m_strRegistry + "_" + strName, call, strWithoutLock};
     }
 
     COperation Silent(const std::string& strName, const std::function<void()>& call) const {
@@ -94,10 +89,15 @@ CContainer MakeContainer(const CContainerAddr& addr) {
     return container;
 }
 
+/// An NVR with bandwidth to give, on both lists.
+void ReportNvr(CContainerMgr& mgr) {
+    mgr.UpdateHighSpeedNvrInfo("nvr", 1000, 0, ORVA_STATUS_RUN, ORVA_STATUS_RUN, ORVA_STATUS_RUN);
+}
+
 std::vector<COperation> NodeMgrOperations(const std::string& strNodeId) {
     CNodeMgr& mgr = CNodeMgr::Instance();
     const CContainerAddr addr(strNodeId, "A");
-    const COperationMaker<CNodeMgr> of("CNodeMgr");
+    const COperationMaker of("CNodeMgr");
     return {
         of.Silent("Init", [&mgr] { mgr.Init({MakeNode("n9")}); }),
         of.Silent("AddNode",
@@ -165,11 +165,22 @@ std::vector<COperation> ContainerMgrOperations(const std::string& strNodeId) {
     CContainerMgr& mgr = CContainerMgr::Instance();
     const CContainerAddr addr(strNodeId, CONTAINER_TYPE_CLOUD_STORAGE);
     const CContainerAddr added("n9", "A");
-    const COperationMaker<CContainerMgr> of("CContainerMgr");
+    using Selection = int (CContainerMgr::*)(std::string&, int32_t);
+    const COperationMaker of("CContainerMgr");
     const auto question = [&](const char* pszName,
                               bool (CContainerMgr::*pQuestion)(const CContainerAddr&)) {
         return of.Answering(
             pszName, [&mgr, addr, pQuestion] { return Tell((mgr.*pQuestion)(addr)); }, Tell(false));
+    };
+    const auto selection = [&](const char* pszName, Selection pSelection) {
+        return of.Answering(
+            pszName,
+            [&mgr, pSelection] {
+                std::string strNvrCode = "old";
+                const int iRet = (mgr.*pSelection)(strNvrCode, 1);
+                return Tell(iRet, strNvrCode);
+            },
+            Tell(ORVA_FAIL, "old"));
     };
     return {
         of.Answering(
@@ -242,6 +253,10 @@ std::vector<COperation> ContainerMgrOperations(const std::string& strNodeId) {
                 return Tell(strValue);
             },
             Tell("old")),
+        of.Silent("UpdateHighSpeedNvrInfo", [&mgr] { ReportNvr(mgr); }),
+        selection("GetHighSpeedNvrCode", &CContainerMgr::GetHighSpeedNvrCode),
+        selection("GetPicHighSpeedNvrCode", &CContainerMgr::GetPicHighSpeedNvrCode),
+        of.Silent("SetUptadeFlag", [&mgr] { mgr.SetUptadeFlag("", true); }),
     };
 }
 
@@ -276,8 +291,8 @@ std::string DescribeContainer(CContainer container) {
     return Tell(container.GetNodeId(), container.GetContainerType(), container.IsOnline(),
                 container.IsFaultShift(), container.IsSupportFaultShift(),
                 container.GetFaultStatus(), container.GetMemberStatus(),
-                container.IsNeedUpdateResTask(), strTasks, privateInfo["key"], processTable.size(),
-                container.GetTotalResource().GetCpu(),
+                container.IsNeedUpdateResTask(), container.GetUptadeFlag(), strTasks,
+                privateInfo["key"], processTable.size(), container.GetTotalResource().GetCpu(),
                 container.GetStatus().GetCurSysResource().GetCpu(),
                 container.IsReportStatusOutTime(NUMERIC_REPORT_AGE - 1));
 }
@@ -291,6 +306,8 @@ protected:
         const CContainerAddr addr(KNOWN, CONTAINER_TYPE_CLOUD_STORAGE);
         CContainerMgr::Instance().Init({{addr, MakeContainer(addr)}});
         AdvanceClock(NUMERIC_REPORT_AGE);
+        ReportNvr(CContainerMgr::Instance());
+        m_logger.Clear();
     }
 
     ~LockFailure() override {
@@ -299,7 +316,8 @@ protected:
         CContainerMgr::Instance().Init({});
     }
 
-    /// Everything that the registries hold, what was logged and how often the store was called.
+    /// Everything that the registries hold, what was logged since the last time, and how often
+    /// the store was called.
     std::tuple<std::vector<std::string>, std::vector<CLogLine>, unsigned int> State() {
         const std::vector<CLogLine> lines = m_logger.GetLines();
         std::vector<std::string> model = {
@@ -326,9 +344,13 @@ class LockFailureOf : public LockFailure, public testing::WithParamInterface<COp
 
 TEST_P(LockFailureOf, AnswersChangesNothingAndLogsNothing) {
     const auto before = State();
-    EXPECT_EQ(GetParam().withoutLock(), GetParam().strWithoutLock);
-    EXPECT_EQ(State(), std::tuple_cat(std::tuple(std::get<0>(before)),
-                                      std::tuple(std::vector<CLogLine>(), 0U)));
+    std::string strAnswer;
+    {
+        const CRefusedLocks refused;
+        strAnswer = GetParam().call();
+    }
+    EXPECT_EQ(strAnswer, GetParam().strWithoutLock);
+    EXPECT_EQ(State(), before);
 }
 
 const auto NAME_OF_OPERATION = [](const testing::TestParamInfo<COperation>& info) {
@@ -353,7 +375,7 @@ INSTANTIATE_TEST_SUITE_P(Known, LockSuccessOf, testing::ValuesIn(Operations(KNOW
                          NAME_OF_OPERATION);
 
 TEST_F(LockFailure, NumberOfNodesIsReadWithoutTheLock) {
-    const CFailingLocks failing(CNodeMgr::Instance());
+    const CRefusedLocks refused;
     EXPECT_EQ(CNodeMgr::Instance().GetSize(), 2U);
 }
 
