@@ -363,13 +363,6 @@ TEST_F(CloudStorageDocument, EmptyMapIsWrittenAsNullWhichIsRefused) {
     ExpectRefused(strText, {FailureLine("CloudStorageSet is invalid", strText)}, {"old"});
 }
 
-TEST_F(CloudStorageDocument, BufferOfLengthZeroIsLeftAlone) {
-    char cBuffer = '#';
-    EXPECT_EQ(m_document.ToJson(&cBuffer, 0), ORVA_SUCCEED);
-    EXPECT_EQ(cBuffer, '#');
-    EXPECT_THAT(m_logger.GetLines(), IsEmpty());
-}
-
 TEST_F(CloudStorageDocument, AllocationIsReadWithoutItsFreeSize) {
     Json::Value allocJson;
     allocJson[PSZ_CLOUD_STORAGE_CODE] = "c";

@@ -180,11 +180,4 @@ TEST_F(ConfigDocument, ReadBackItGivesTheSwitchesAndTheReadersThresholds) {
     EXPECT_EQ(reader.GetLoadBalanceChannelThreshold(), 10);
 }
 
-TEST_F(ConfigDocument, BufferOfLengthZeroIsLeftAlone) {
-    char cBuffer = '#';
-    EXPECT_EQ(m_config.ToJson(&cBuffer, 0), ORVA_SUCCEED);
-    EXPECT_EQ(cBuffer, '#');
-    EXPECT_THAT(m_logger.GetLines(), IsEmpty());
-}
-
 }  // namespace

@@ -7,6 +7,8 @@
 #include "common_service/tarn_def.h"
 #include "framework_service/cluster_cloud_storage_znode_info.h"
 #include "framework_service/cluster_config_znode_info.h"
+#include "framework_service/cluster_db_znode_info.h"
+#include "framework_service/cluster_mgr_znode_info.h"
 #include "framework_service/cluster_znode_info.h"
 #include "support/host_fixture.h"
 #include "support/json_document.h"
@@ -26,6 +28,7 @@ struct CDocumentKind {
     std::string strMalformedOperation;
     std::string strMalformedMessage;
     std::function<std::unique_ptr<CBaseJsonObject>()> make;
+    int iLengthZero;      ///< what writing into a buffer of length 0 returns
     std::string strText;  ///< a text as such a document writes it
 };
 
@@ -179,12 +182,20 @@ TEST_P(StoreDocument, TextIsCutToItsBufferAndTheRestOfTheBufferCleared) {
     EXPECT_THAT(m_logger.GetLines(), IsEmpty());
 }
 
+TEST_P(StoreDocument, BufferOfLengthZeroIsLeftAlone) {
+    char cBuffer = '#';
+    EXPECT_EQ(m_pDocument->ToJson(&cBuffer, 0), GetParam().iLengthZero);
+    EXPECT_EQ(cBuffer, '#');
+    EXPECT_EQ(m_logger.GetLines().size(), GetParam().iLengthZero == ORVA_SUCCEED ? 0U : 1U);
+}
+
+// The host chooses the place of the database versions: the one here is the test's.
 INSTANTIATE_TEST_SUITE_P(
     Every, StoreDocument,
     testing::Values(
         CDocumentKind{
             "cluster_znode_info", STORE_NODE_CLUSTER, "/Cluster", 65536, "cluster znode info",
-            "parse json fail, ", Make<CClusterZNodeInfo>,
+            "parse json fail, ", Make<CClusterZNodeInfo>, ORVA_DATA_INVALID,
             R"({"ClusterCode":"c","ClusterForwardType":1,"ClusterName":"n","ClusterNode":[)"
             R"({"Container":[{"ContainerType":"Cam"}],"DomainRole":1,"NodeID":"N1",)"
             R"("NodeIP":"10.0.0.1","NodeIPType":2,"NodeRole":3,"Status":"Normal"}],)"
@@ -192,17 +203,38 @@ INSTANTIATE_TEST_SUITE_P(
             "\n"},
         CDocumentKind{"cluster_config_znode_info", STORE_NODE_CLUSTER_CONFIG, "/ClusterConfig", 512,
                       "Cluster Config node info, parse json fail", "",
-                      Make<CClusterConfigZNodeInfo>,
+                      Make<CClusterConfigZNodeInfo>, ORVA_SUCCEED,
                       R"({"IsFaultShift":false,"IsLoadBalance":true,)"
                       R"("IsLoadBalanceOnePeriod":false,"LoadBalanceThreshold":)"
                       R"({"ChannelThreshold":10,"DiskThreshold":10,"NetThreshold":10}})"
                       "\n"},
         CDocumentKind{"cluster_cloud_storage_znode_info", STORE_NODE_CLOUD_STORAGE, "/CloudStorage",
                       65536, "cluster storage info", "parse json fail, ",
-                      Make<CClusterCloudStorageZNodeInfo>,
+                      Make<CClusterCloudStorageZNodeInfo>, ORVA_SUCCEED,
                       R"({"CloudStorageSet":[{"LowpriBit":3,"NodeList":[{"AllocSize":4,"Code":"c",)"
                       R"("Dns":"d","Path":"p","UsedSize":5}],"NvrCode":"N1","ProductType":"pt",)"
                       R"("ReqPicSize":2,"ReqSize":1,"ServiceType":"st"}]})"
+                      "\n"},
+        CDocumentKind{"cluster_db_znode_info", STORE_NODE_CENTER_DB, "/CenterDB", 512,
+                      "cluster db znode info", "parse json fail, ", Make<CClusterDBZNodeInfo>,
+                      ORVA_SUCCEED,
+                      R"({"MasterDB":{"DBPort":1,"DBToken":"000","NodeCode":"N1","NodeIp":"a"},)"
+                      R"("SlaveDB":[{"DBPort":2,"DBToken":"001","NodeCode":"N2","NodeIp":"b"}]})"
+                      "\n"},
+        CDocumentKind{"cluster_db_znode_info",
+                      {"/CdbVer", 1024},
+                      "/CdbVer",
+                      1024,
+                      "CClusterDBVerZNodeInfo::ParseJson",
+                      "parse json fail, ",
+                      Make<CClusterDBVerZNodeInfo>,
+                      ORVA_SUCCEED,
+                      R"({"CdbVerSet":[{"CdbVer":"1","NvrCode":"N1"}]})"
+                      "\n"},
+        CDocumentKind{"cluster_mgr_znode_info", STORE_NODE_MGR, "/MEROMGR", 1024,
+                      "cluster db znode info", "parse json fail, ", Make<CClusterMGRZNodeInfo>,
+                      ORVA_SUCCEED,
+                      R"({"MasterMGR":{"NodeCode":"N1","NodeIp":"a"}})"
                       "\n"}));
 
 }  // namespace
