@@ -1,0 +1,84 @@
+#include "plugins/schedule_fixture.h"
+
+#include "common_service/directory.h"
+#include "framework_service/container_mgr.h"
+#include "framework_service/plugin_mgr.h"
+#include "framework_service/schedule_mgr.h"
+
+CResourceTask CTaskShape::ToTask() const {
+    CResourceTask task;
+    task.SetTaskId(strTaskId);
+    task.SetDisk(iDisk);
+    task.SetNet(iNet);
+    task.SetSupportShift(bSupportShift);
+    return task;
+}
+
+std::list<CResourceTask> Tasks(const std::list<CTaskShape>& shapes) {
+    std::list<CResourceTask> taskList;
+    for (const CTaskShape& shape : shapes) {
+        taskList.push_back(shape.ToTask());
+    }
+    return taskList;
+}
+
+std::list<std::string> TaskIds(const std::list<CResourceTask>& taskList) {
+    std::list<std::string> ids;
+    for (const CResourceTask& task : taskList) {
+        ids.push_back(task.GetTaskId());
+    }
+    return ids;
+}
+
+CScheduleTest::CScheduleTest(const std::string& strPluginName, const std::string& strContainerType)
+    : m_strPluginName(strPluginName), m_strContainerType(strContainerType) {
+    HALD::set_lib_directory(PLUGIN_LIB_DIR);
+}
+
+CScheduleTest::~CScheduleTest() {
+    CContainerMgr::Instance().Init({});
+    CPluginMgr::Instance().UnLoadAllPlugin();
+}
+
+void CScheduleTest::SetUp() {
+    ASSERT_EQ(CScheduleMgr::Instance().SetDecisionVerNum(40), 0);
+    ASSERT_EQ(CPluginMgr::Instance().LoadAllPlugin(), 0);
+    m_pPlugin = CPluginMgr::Instance().GetPluginByName(m_strPluginName);
+    ASSERT_NE(m_pPlugin, nullptr);
+    m_logger.Clear();
+}
+
+void CScheduleTest::AddContainer(const std::string& strNodeId, int iDisk, int iNet,
+                                 const std::list<CTaskShape>& shapes) const {
+    CSystemResource total;
+    total.SetDisk(1000);
+    total.SetNet(100);
+    CSystemResource used;
+    used.SetDisk(iDisk);
+    used.SetNet(iNet);
+    CContainer container;
+    container.SetNodeId(strNodeId);
+    container.SetContainerType(m_strContainerType);
+    container.SetTotalResource(total);
+    container.SetCurResource(used);
+    container.AddResourceTask(Tasks(shapes));
+    CContainerMgr::Instance().AddContainer({{Addr(strNodeId), container}});
+}
+
+int CScheduleTest::Schedule(const std::list<CTaskShape>& shapes, bool bReschedule) {
+    return Plugin().TaskSchedule("asking node", Tasks(shapes), m_bindTable, m_ullDecisionVerNum,
+                                 bReschedule);
+}
+
+std::map<std::string, std::string> CScheduleTest::BoundNodes() const {
+    std::map<std::string, std::string> nodes;
+    for (const auto& [strTaskId, addr] : m_bindTable) {
+        EXPECT_EQ(addr.GetContainerType(), m_strContainerType);
+        nodes.emplace(strTaskId, addr.GetNodeId());
+    }
+    return nodes;
+}
+
+void CScheduleTest::Parse(PELU::CXml& xml, const std::string& strText) {
+    ASSERT_TRUE(xml.Parse(strText.c_str())) << strText;
+}

@@ -1,0 +1,57 @@
+#pragma once
+
+#include <list>
+#include <string>
+
+#include "framework_service/IPlugin.h"
+#include "support/host_fixture.h"
+
+/// A task with its costs; a movable one unless told otherwise.
+struct CTaskShape {
+    std::string strTaskId;
+    int iDisk = 0;
+    int iNet = 0;
+    bool bSupportShift = true;
+
+    CResourceTask ToTask() const;
+};
+
+std::list<CResourceTask> Tasks(const std::list<CTaskShape>& shapes);
+std::list<std::string> TaskIds(const std::list<CResourceTask>& taskList);
+
+/// A test on one of the built plug-ins, with a container registry of its own whose containers are
+/// of the plug-in's type. A container has the totals 1000 for disk and 100 for net.
+class CScheduleTest : public CHostTest {
+protected:
+    CScheduleTest(const std::string& strPluginName, const std::string& strContainerType);
+    ~CScheduleTest() override;
+
+    void SetUp() override;
+
+    CContainerAddr Addr(const std::string& strNodeId) const {
+        return {strNodeId, m_strContainerType};
+    }
+
+    /// Registers a container that reports the disk and net in use and holds the tasks.
+    void AddContainer(const std::string& strNodeId, int iDisk, int iNet,
+                      const std::list<CTaskShape>& shapes = {}) const;
+
+    /// Schedules and returns the answer; what was decided stands in m_bindTable.
+    int Schedule(const std::list<CTaskShape>& shapes, bool bReschedule = false);
+
+    /// The node that each task was bound to.
+    std::map<std::string, std::string> BoundNodes() const;
+
+    /// An XML document whose cursor stands before its root.
+    static void Parse(PELU::CXml& xml, const std::string& strText);
+
+    IPlugin& Plugin() { return *m_pPlugin; }
+
+    CTaskContainerMap m_bindTable{{"stale", {"stale", "stale"}}};
+    unsigned long long m_ullDecisionVerNum = 0;
+
+private:
+    const std::string m_strPluginName;
+    const std::string m_strContainerType;
+    IPlugin* m_pPlugin = nullptr;
+};
