@@ -6,6 +6,7 @@
 #include <list>
 #include <map>
 #include <string>
+#include <vector>
 
 #include "common_service/thread_mutex.h"
 #include "framework_service/base_data.h"
@@ -176,7 +177,11 @@ private:
 
     static CContainerMgr m_Instance;
 
+    /// Sets up m_vecByType when the table has changed.
+    void IndexByTypeLocked();
+
     ContainerMap m_containerTable;
+    std::vector<const ContainerMap::value_type*> m_vecByType;  ///< the table, by type; or empty
     HALD_Recursive_Thread_Mutex m_mutex{nullptr, nullptr};
     HALD_Recursive_Thread_Mutex m_HighSpeedMutex{nullptr, nullptr};
     std::list<HighSpeedDownLoadInfo> m_HighSpeedInfoList;

@@ -8,6 +8,8 @@
 #include <cstring>
 #include <exception>
 #include <memory>
+#include <mutex>
+#include <utility>
 #include <vector>
 
 #include "common_service/reference/store.h"
@@ -20,9 +22,21 @@ constexpr char PSZ_READ[] = "read store node";
 constexpr char PSZ_WRITE[] = "write store node";
 constexpr std::uint64_t NUMERIC_WARNING_PERCENT = 80;
 
-std::shared_ptr<IStore>& Store() {
-    static std::shared_ptr<IStore>& pStore = *new std::shared_ptr<IStore>;
-    return pStore;
+/// The store behind the front, and the lock under which it is changed. A call works on a copy of
+/// the pointer, so that a store that is taken away lives until the calls in it have ended.
+struct CFront {
+    std::mutex mutex;
+    std::shared_ptr<IStore> pStore;
+};
+
+CFront& Front() {
+    static CFront& front = *new CFront;
+    return front;
+}
+
+std::shared_ptr<IStore> CurrentStore() {
+    const std::lock_guard<std::mutex> guard(Front().mutex);
+    return Front().pStore;
 }
 
 std::atomic<void (*)(const std::string&)> g_pNodeEventHandler{nullptr};
@@ -79,7 +93,8 @@ int RenderDocument(CBaseJsonObject& doc, unsigned int uiBufLen, std::string& str
 }  // namespace
 
 void SetStore(std::shared_ptr<IStore> pStore) {
-    Store() = std::move(pStore);
+    const std::lock_guard<std::mutex> guard(Front().mutex);
+    Front().pStore.swap(pStore);
 }
 
 void SetNodeEventHandler(void (*pHandler)(const std::string& strPath)) {
@@ -98,11 +113,12 @@ int COperCommon::GetDataFromZK(const char* path, void* watcher, unsigned int buf
     if (path == nullptr || doc == nullptr) {
         return ORVA_PARA_INVALID;
     }
-    if (Store() == nullptr) {
+    const std::shared_ptr<IStore> pStore = CurrentStore();
+    if (pStore == nullptr) {
         return STORE_NOT_SET;
     }
     CStoreAnswer answer;
-    const int iRet = Store()->Read(path, watcher == nullptr ? nullptr : &OnNodeEvent, answer);
+    const int iRet = pStore->Read(path, watcher == nullptr ? nullptr : &OnNodeEvent, answer);
     if (iRet != ORVA_SUCCEED) {
         return iRet;
     }
@@ -123,7 +139,8 @@ int COperCommon::SetDataToZK(const char* path, unsigned int bufLen, CBaseJsonObj
     if (path == nullptr || doc == nullptr || bufLen == 0) {
         return ORVA_PARA_INVALID;
     }
-    if (Store() == nullptr) {
+    const std::shared_ptr<IStore> pStore = CurrentStore();
+    if (pStore == nullptr) {
         return STORE_NOT_SET;
     }
     std::string strText;
@@ -142,7 +159,7 @@ int COperCommon::SetDataToZK(const char* path, unsigned int bufLen, CBaseJsonObj
     if (strText.size() * std::uint64_t{100} >= bufLen * NUMERIC_WARNING_PERCENT) {
         LogWarning(PSZ_WRITE, strSize);
     }
-    return Store()->Write(path, strText);
+    return pStore->Write(path, strText);
 }
 
 unsigned int COperCommon::IPToUint(const std::string& strIp) {

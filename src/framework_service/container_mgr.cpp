@@ -121,6 +121,7 @@ bool CContainerMgr::SwapTable(ContainerMap& containerMap) {
     const MutexGuard guard(m_mutex);
     if (guard.locked()) {
         m_containerTable.swap(containerMap);
+        m_vecByType.clear();
     }
     return guard.locked();
 }
@@ -139,6 +140,7 @@ int32_t CContainerMgr::AddContainer(const ContainerMap& containerMap) {
     if (!guard.locked()) {
         return ORVA_FAIL;
     }
+    m_vecByType.clear();
     for (const auto& [containerAddr, container] : containerMap) {
         const auto [it, bInserted] = m_containerTable.try_emplace(containerAddr, container);
         if (!bInserted) {
@@ -156,6 +158,7 @@ int32_t CContainerMgr::RemoveContainer(const CContainerAddr& containerAddr) {
     if (!guard.locked()) {
         return ORVA_FAIL;
     }
+    m_vecByType.clear();
     removed = m_containerTable.extract(containerAddr);
     return ORVA_SUCCEED;
 }
@@ -399,6 +402,20 @@ void CContainerMgr::SetUptadeFlag(const std::string& strServiceType, bool bFalg)
     }
 }
 
+void CContainerMgr::IndexByTypeLocked() {
+    if (m_vecByType.size() == m_containerTable.size()) {
+        return;
+    }
+    m_vecByType.reserve(m_containerTable.size());
+    for (const ContainerMap::value_type& entry : m_containerTable) {
+        m_vecByType.push_back(&entry);
+    }
+    std::stable_sort(
+        m_vecByType.begin(), m_vecByType.end(), [](const auto* pLeft, const auto* pRight) {
+            return pLeft->second.GetContainerType() < pRight->second.GetContainerType();
+        });
+}
+
 void CContainerMgr::GetOnlineContainer(const std::string& strContainerType,
                                        ContainerMap& containerMap) {
     containerMap.clear();
@@ -406,9 +423,14 @@ void CContainerMgr::GetOnlineContainer(const std::string& strContainerType,
     if (!guard.locked()) {
         return;
     }
-    for (const auto& [containerAddr, container] : m_containerTable) {
-        if (container.GetContainerType() == strContainerType && container.IsOnline()) {
-            containerMap.emplace_hint(containerMap.end(), containerAddr, container);
+    IndexByTypeLocked();
+    auto it = std::lower_bound(m_vecByType.begin(), m_vecByType.end(), strContainerType,
+                               [](const auto* pEntry, const std::string& strType) {
+                                   return pEntry->second.GetContainerType() < strType;
+                               });
+    for (; it != m_vecByType.end() && (*it)->second.GetContainerType() == strContainerType; ++it) {
+        if ((*it)->second.IsOnline()) {
+            containerMap.insert(containerMap.end(), **it);
         }
     }
 }

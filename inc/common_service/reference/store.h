@@ -37,7 +37,7 @@ enum enStoreError {
 };
 
 /// Puts a store behind COperCommon. Until then, and after a null pointer, every store call fails.
-/// Not beside running store calls.
+/// Calls that are running end on the store that they began with.
 void SetStore(std::shared_ptr<IStore> pStore);
 
 /// What ClusterNodeEventWatcher does on an event of a node that was read with it; null for nothing.
