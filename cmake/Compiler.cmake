@@ -9,3 +9,9 @@ if(FRAMEWORK_SERVICE_SANITIZE)
                         -fno-sanitize-recover=all)
     add_link_options(-fsanitize=${FRAMEWORK_SERVICE_SANITIZE})
 endif()
+
+if(FRAMEWORK_SERVICE_FUZZ)
+    # The fuzzers steer by what they reach in the libraries too.
+    add_compile_options(-fsanitize=fuzzer-no-link)
+    add_link_options(-fsanitize=fuzzer-no-link)
+endif()
