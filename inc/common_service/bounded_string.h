@@ -20,6 +20,5 @@ int ORVA_SNPRINTF(char* pszDest, std::size_t destMax, std::size_t count, const c
 
 /// The address with its host part masked, for log lines: "192.168.*.*", and "*" for a text
 /// that is no IPv4 address.
-// NOLINTNEXTLINE(clang-diagnostic-return-type-c-linkage): the linkage is the contract's
 std::string ORVA_DesensitizeIPAddress(const std::string& strIp);
 }

@@ -5,6 +5,7 @@
 #include <list>
 #include <map>
 #include <string>
+#include <utility>
 #include <vector>
 
 #include "framework_service/base_data.h"
@@ -195,9 +196,13 @@ public:
 
     /// @name Cloud storage
     /// @{
-    void SetProductType(std::string strProductType) { m_strProductType = strProductType; }
+    void SetProductType(std::string strProductType) {
+        m_strProductType = std::move(strProductType);
+    }
     std::string GetProductType() const { return m_strProductType; }
-    void SetServiceType(std::string strServiceType) { m_strServiceType = strServiceType; }
+    void SetServiceType(std::string strServiceType) {
+        m_strServiceType = std::move(strServiceType);
+    }
     std::string GetServiceType() const { return m_strServiceType; }
     void SetReqStorage(int32_t iReqStorage) { m_iReqStorage = iReqStorage; }
     int32_t GetReqStorage() const { return m_iReqStorage; }

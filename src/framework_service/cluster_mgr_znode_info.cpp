@@ -131,6 +131,8 @@ int CClusterMGRZNodeInfo::ParseFromZK(bool bNeedWatcher) {
     return ORVA_SUCCEED;
 }
 
+// The two take their value by copy: hosts are built against that.
+// NOLINTBEGIN(performance-unnecessary-value-param)
 bool CClusterMGRZNodeInfo::GetStringFromJson(Json::Value jsonVal, const char* pcKeyStr, char* acVal,
                                              int iLen) {
     if (pcKeyStr == nullptr || acVal == nullptr) {
@@ -162,3 +164,4 @@ bool CClusterMGRZNodeInfo::GetIntFromJson(Json::Value jsonVal, const char* pcKey
     }
     return true;
 }
+// NOLINTEND(performance-unnecessary-value-param)

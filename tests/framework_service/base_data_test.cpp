@@ -106,9 +106,9 @@ class ResourceAverage : public testing::TestWithParam<CAverageCase> {};
 
 TEST_P(ResourceAverage, TruncatesAndWrapsEachFigure) {
     using Setter = void (CSystemResource::*)(int32_t);
-    const Setter setters[] = {&CSystemResource::SetCpu, &CSystemResource::SetMem,
-                              &CSystemResource::SetIO, &CSystemResource::SetNet,
-                              &CSystemResource::SetDisk};
+    static constexpr Setter setters[] = {&CSystemResource::SetCpu, &CSystemResource::SetMem,
+                                         &CSystemResource::SetIO, &CSystemResource::SetNet,
+                                         &CSystemResource::SetDisk};
     for (std::size_t i = 0; i < std::size(setters); ++i) {
         std::vector<CSystemResource> samples(GetParam().samples.size());
         for (std::size_t j = 0; j < samples.size(); ++j) {
