@@ -13,7 +13,7 @@ namespace {
 
 Json::Value Parse(const std::string& strText) {
     Json::Value root;
-    Json::Reader().parse(strText.data(), strText.data() + strText.size(), root, true);
+    Json::Reader().parse(strText, root);
     return root;
 }
 

@@ -66,6 +66,8 @@ public:
     void SetClusterForwardType(int iForwardType) { m_iClusterForwardType = iForwardType; }
 
 private:
+    friend class CFrameworkCommon;
+
     std::string m_strClusterName;
     std::string m_strClusterRemark;
     std::string m_strClusterCode;

@@ -1,5 +1,7 @@
 #pragma once
 
+#include <json/forwards.h>
+
 #include <cstdint>
 #include <ctime>
 #include <list>
@@ -64,6 +66,9 @@ public:
     void SetContainerList(const std::list<std::string>& containerList);
 
 private:
+    friend class CFrameworkCommon;
+    friend int ParseNodeJson(const Json::Value& nodeJson, CNode& node);
+
     std::string m_strNodeId;
     std::string m_strNodeIp;
     uint32_t m_uiNodeIp = 0;

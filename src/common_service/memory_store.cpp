@@ -20,7 +20,7 @@ int CMemoryStore::Read(const std::string& strPath, StoreWatcher pWatcher, CStore
         return iRet;
     }
     m_pState->watches.Set(strPath, pWatcher);
-    answer = GetNodeLocked(strPath);
+    GetNodeLocked(strPath, answer);
     return 0;
 }
 
@@ -57,7 +57,9 @@ unsigned int CMemoryStore::GetCallCount() const {
 
 CStoreAnswer CMemoryStore::GetNode(const std::string& strPath) const {
     const std::lock_guard<std::mutex> guard(m_mutex);
-    return GetNodeLocked(strPath);
+    CStoreAnswer answer;
+    GetNodeLocked(strPath, answer);
+    return answer;
 }
 
 std::optional<std::string> CMemoryStore::Get(const std::string& strPath) const {
@@ -79,7 +81,12 @@ int CMemoryStore::CountCallLocked() {
     return m_uiCallCount == m_uiFailingCall ? m_iFailingCode : 0;
 }
 
-CStoreAnswer CMemoryStore::GetNodeLocked(const std::string& strPath) const {
+void CMemoryStore::GetNodeLocked(const std::string& strPath, CStoreAnswer& answer) const {
     const auto it = m_pState->mapNode.find(strPath);
-    return it == m_pState->mapNode.end() ? CStoreAnswer{} : CStoreAnswer{true, it->second};
+    answer.bExists = it != m_pState->mapNode.end();
+    if (answer.bExists) {
+        answer.text = it->second;
+    } else {
+        answer.text.reset();
+    }
 }

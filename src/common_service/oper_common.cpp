@@ -48,6 +48,27 @@ void OnNodeEvent(const std::string& strPath) {
     }
 }
 
+/// A large text, taken from the calling thread's spare one and given back to it: the texts of
+/// documents follow each other, and none has to be allocated anew. A call within a call finds no
+/// spare text and has one of its own.
+class CReusedText {
+public:
+    CReusedText() : m_strText(std::move(Spare())) {}
+    ~CReusedText() { Spare() = std::move(m_strText); }
+    CReusedText(const CReusedText&) = delete;
+    CReusedText& operator=(const CReusedText&) = delete;
+
+    std::string& operator*() { return m_strText; }
+
+private:
+    static std::string& Spare() {
+        thread_local std::string strSpare;
+        return strSpare;
+    }
+
+    std::string m_strText;
+};
+
 /// Asks the document, and turns whatever it throws into a code and a line of the caller.
 template <class Question>
 int AskDocument(const char* pszOperation, const std::string& strPath, const Question& question,
@@ -84,9 +105,9 @@ bool IsWhole(const std::string& strText) {
 }
 
 int RenderDocument(CBaseJsonObject& doc, unsigned int uiBufLen, std::string& strText) {
-    std::vector<char> buffer(uiBufLen);
-    const int iRet = doc.ToJson(buffer.data(), uiBufLen);
-    strText.assign(buffer.data(), strnlen(buffer.data(), uiBufLen));
+    strText.resize(uiBufLen);
+    const int iRet = doc.ToJson(strText.data(), uiBufLen);
+    strText.resize(strnlen(strText.data(), uiBufLen));
     return iRet;
 }
 
@@ -117,7 +138,8 @@ int COperCommon::GetDataFromZK(const char* path, void* watcher, unsigned int buf
     if (pStore == nullptr) {
         return STORE_NOT_SET;
     }
-    CStoreAnswer answer;
+    CReusedText text;
+    CStoreAnswer answer{false, std::move(*text)};
     const int iRet = pStore->Read(path, watcher == nullptr ? nullptr : &OnNodeEvent, answer);
     if (iRet != ORVA_SUCCEED) {
         return iRet;
@@ -132,7 +154,8 @@ int COperCommon::GetDataFromZK(const char* path, void* watcher, unsigned int buf
                      " characters, buffer " + std::to_string(bufLen));
         return STORE_TEXT_TOO_LONG;
     }
-    return AskDocument(PSZ_READ, path, [&] { return doc->ParseJson(answer.text->c_str()); });
+    *text = std::move(*answer.text);
+    return AskDocument(PSZ_READ, path, [&] { return doc->ParseJson((*text).c_str()); });
 }
 
 int COperCommon::SetDataToZK(const char* path, unsigned int bufLen, CBaseJsonObject* doc) {

@@ -72,7 +72,7 @@ int ParseNodeJson(const Json::Value& nodeJson, CNode& node) {
     node.SetNodeIpType(iNodeIpType);
     node.SetNodeRole(iNodeRole);
     node.SetDomainRole(iDomainRole);
-    node.SetContainerList(containerList);
+    node.m_containerList = std::move(containerList);
     if (strStatus == PSZ_NODE_STATUS_REMOVED) {
         node.SetMemberStatus(CLUSTER_MEMBER_REMOVED);
     }

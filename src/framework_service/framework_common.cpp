@@ -137,10 +137,8 @@ int CFrameworkCommon::InitNodeAndContainerFromZK() {
                                "get data from cluster node fail.");
     }
     CGlobalConfig::Instance().SetClusterForwardType(cluster.GetClusterForwardType());
-    std::list<CNode> nodeList;
-    cluster.GetNodeList(nodeList);
-    UpdateValidatedLinks(nodeList);
-    iRet = InitNodeAndContainer(nodeList);
+    UpdateValidatedLinks(cluster.m_nodeList);
+    iRet = InitNodeAndContainer(cluster.m_nodeList);
     if (iRet != ORVA_SUCCEED) {
         return LogFailure(HERE, "framework common, InitNodeAndContainerFromZK", iRet,
                           "init node Container fail.");
@@ -184,9 +182,7 @@ int CFrameworkCommon::GenContainerTable(const std::list<CNode>& nodeList,
                                         ContainerMap& containerMap) {
     std::list<CContainerAddr> containerAddrList;
     for (const CNode& node : nodeList) {
-        std::list<std::string> containerList;
-        node.GetContainerList(containerList);
-        for (const std::string& strType : containerList) {
+        for (const std::string& strType : *node.m_containerList) {
             containerAddrList.emplace_back(node.GetNodeId(), strType);
             LogInfo(HERE, "Gen Container Table", "node=%s container type=%s ",
                     node.GetNodeId().c_str(), strType.c_str());
@@ -201,16 +197,19 @@ int CFrameworkCommon::GenContainerTable(const std::list<CNode>& nodeList,
 int CFrameworkCommon::LoadContainerInfo(const std::list<CContainerAddr>& containerAddrList,
                                         ContainerMap& containerMap) {
     for (const CContainerAddr& containerAddr : containerAddrList) {
-        CContainer container;
-        container.SetNodeId(containerAddr.GetNodeId());
-        container.SetContainerType(containerAddr.GetContainerType());
-        container.SetSupportFaultShift(
-            CPluginMgr::Instance().IsContainerSupportFaultShift(containerAddr.GetContainerType()));
+        const bool bSupportFaultShift =
+            CPluginMgr::Instance().IsContainerSupportFaultShift(containerAddr.GetContainerType());
         LogInfo(HERE, "load Container info", "node=%s container type=%s ",
                 containerAddr.GetNodeId().c_str(), containerAddr.GetContainerType().c_str());
-        if (!containerMap.try_emplace(containerAddr, std::move(container)).second) {
+        const std::size_t uiBefore = containerMap.size();
+        const auto it = containerMap.try_emplace(containerMap.end(), containerAddr);
+        if (containerMap.size() == uiBefore) {
             return LogFailure(HERE, "load container info", ORVA_FAIL, "insert map failed");
         }
+        CContainer& container = it->second;
+        container.SetNodeId(containerAddr.GetNodeId());
+        container.SetContainerType(containerAddr.GetContainerType());
+        container.SetSupportFaultShift(bSupportFaultShift);
     }
     return ORVA_SUCCEED;
 }

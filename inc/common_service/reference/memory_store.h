@@ -37,7 +37,7 @@ public:
 
 private:
     int CountCallLocked();
-    CStoreAnswer GetNodeLocked(const std::string& strPath) const;
+    void GetNodeLocked(const std::string& strPath, CStoreAnswer& answer) const;
 
     struct CState;
 

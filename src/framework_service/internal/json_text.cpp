@@ -15,10 +15,12 @@ namespace framework_internal {
 namespace {
 
 bool ReadValue(const Json::Value& value, std::string& strTarget) {
-    if (!value.isString()) {
+    const char* pszBegin = nullptr;
+    const char* pszEnd = nullptr;
+    if (!value.getString(&pszBegin, &pszEnd)) {
         return false;
     }
-    strTarget = value.asString();
+    strTarget.assign(pszBegin, pszEnd);
     return true;
 }
 
