@@ -29,6 +29,9 @@ public:
     /// ORVA_FAIL with the argument untouched when there is neither.
     int GetStandardTask(const std::string& strTaskName, CResourceTask& resourceTask);
 
+    /// Replaces the argument by a copy of the table.
+    void GetAllStandardTask(TaskMap& taskMap) const { taskMap = m_standardTaskTable; }
+
 private:
     CStdTaskMgr() = default;
 

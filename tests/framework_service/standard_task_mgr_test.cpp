@@ -167,6 +167,24 @@ TEST_F(StandardTasks, HandedOutModelIsACopy) {
     EXPECT_EQ(task.GetCpu(), 0);
 }
 
+TEST_F(StandardTasks, WholeTableIsHandedOutInPlaceOfWhatTheArgumentHeld) {
+    CStdTaskMgr::TaskMap models{{"stale", {}}};
+    Manager().Load();
+    Manager().GetAllStandardTask(models);
+    EXPECT_THAT(models, IsEmpty());
+    WriteFile("a.xml", "<TaskList><Task>n</Task><Task>DEFAULT</Task><Task>m</Task></TaskList>");
+    Load();
+    Manager().GetAllStandardTask(models);
+    std::vector<std::string> names;
+    for (const auto& [strName, model] : models) {
+        EXPECT_EQ(model.GetTaskName(), strName);
+        names.push_back(strName);
+    }
+    EXPECT_THAT(names, ElementsAre("DEFAULT", "m", "n"));
+    models.clear();
+    EXPECT_EQ(Model("m"), "m") << "what was handed out is a copy";
+}
+
 TEST_F(StandardTasks, RepeatedNameIsNoFault) {
     WriteFile("a.xml", "<TaskList><Task>m</Task><Task>m</Task></TaskList>");
     WriteFile("b.xml", "<TaskList><Task>m</Task><Task>n</Task></TaskList>");
