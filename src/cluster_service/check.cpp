@@ -11,12 +11,16 @@
 #include <string>
 #include <vector>
 
+#include "cluster_text.h"
 #include "common_service/oper_common.h"
 #include "common_service/reference/store.h"
 #include "documents.h"
 #include "exit_code.h"
+#include "framework_service/cluster_cg_info.h"
 #include "framework_service/cluster_cloud_storage_znode_info.h"
 #include "framework_service/cluster_config_znode_info.h"
+#include "framework_service/cluster_db_znode_info.h"
+#include "framework_service/cluster_mgr_znode_info.h"
 #include "framework_service/cluster_znode_info.h"
 #include "load.h"
 #include "plugin_list.h"
@@ -53,6 +57,10 @@ struct CCheckedStore {
     std::map<std::string, CloudStorageInfo> cloudStorageMap;
     Json::Value cluster;
     Json::Value clusterConfig;
+    std::list<CClusterCGInfo> cgList;
+    std::optional<CClusterDBInfo> masterDatabase;
+    std::list<CClusterDBInfo> slaveDatabases;
+    std::optional<CClusterMGRInfo> manager;
     bool bPluginsLoaded = false;
     std::set<std::string> knownContainerTypes{CONTAINER_TYPE_CLOUD_STORAGE};
 };
@@ -114,7 +122,8 @@ void CheckSize(const CCheckedStore& store, Findings& findings) {
                     " fit");
         } else if (size * 100 >= maxSize * NUMERIC_WARNING_PERCENT) {
             Add(findings, PSZ_WARNING, checked.pDocument->node,
-                "takes " + std::to_string(size) + " bytes of at most " + std::to_string(maxSize));
+                "takes " + std::to_string(size) + " bytes of at most " + std::to_string(maxSize) +
+                    ", more than which the service does not write");
         }
     }
 }
@@ -156,18 +165,11 @@ void CheckContainerAddresses(const CCheckedStore& store, Findings& findings) {
 }
 
 void CheckNormalBehindRemoved(const CCheckedStore& store, Findings& findings) {
-    std::string strRemoved;
-    for (const Json::Value& node : store.cluster[PSZ_CLUSTER_NODE]) {
-        const std::string strStatus = node[PSZ_NODE_STATUS].asString();
-        const std::string strId = node[PSZ_NODE_ID].asString();
-        if (strStatus == PSZ_NODE_STATUS_REMOVED) {
-            strRemoved = strRemoved.empty() ? strId : strRemoved;
-        } else if (!strRemoved.empty()) {
-            Add(findings, PSZ_WARNING, STORE_NODE_CLUSTER,
-                "node " + Quoted(strId) + " says " + Quoted(strStatus) +
-                    " and loads as removed, since it stands behind the removed node " +
-                    Quoted(strRemoved));
-        }
+    for (const CTurnedNode& node : NodesReadAsRemoved(store.cluster)) {
+        Add(findings, PSZ_WARNING, STORE_NODE_CLUSTER,
+            "node " + Quoted(node.strId) + " says " + Quoted(node.strStatus) +
+                " and loads as removed, since it stands behind the removed node " +
+                Quoted(node.strRemoved));
     }
 }
 
@@ -229,6 +231,79 @@ void CheckThresholds(const CCheckedStore& store, Findings& findings) {
     }
 }
 
+bool IsInCluster(const CCheckedStore& store, const std::string& strNodeId) {
+    return std::any_of(store.nodeList.begin(), store.nodeList.end(),
+                       [&](const CNode& node) { return node.GetNodeId() == strNodeId; });
+}
+
+/// A node that another document speaks of, and as what.
+void CheckMember(const CCheckedStore& store, const ORVA_STORE_NODE& document,
+                 const std::string& strWhat, const std::string& strNodeId, Findings& findings) {
+    if (!IsInCluster(store, strNodeId)) {
+        Add(findings, PSZ_WARNING, document,
+            strWhat + " " + Quoted(strNodeId) + " is not in the cluster");
+    }
+}
+
+/// Reports each text that several records have.
+template <class Record>
+void CheckUnique(const std::list<Record>& records, const std::string& (Record::*pGet)() const,
+                 const ORVA_STORE_NODE& document, const std::string& strWhat, Findings& findings) {
+    std::map<std::string, int> counts;
+    for (const Record& record : records) {
+        if (++counts[(record.*pGet)()] == 2) {
+            Add(findings, PSZ_WARNING, document,
+                strWhat + " " + Quoted((record.*pGet)()) + " stands there more than once");
+        }
+    }
+}
+
+void CheckCgEntries(const CCheckedStore& store, Findings& findings) {
+    const ORVA_STORE_NODE& document = STORE_NODE_CG_LIST;
+    for (const CClusterCGInfo& info : store.cgList) {
+        CheckMember(store, document, "the node", info.GetNodeCode(), findings);
+    }
+    CheckUnique(store.cgList, &CClusterCGInfo::GetNodeCode, document, "node", findings);
+    CheckUnique(store.cgList, &CClusterCGInfo::GetFloatCode, document, "float code", findings);
+    CheckUnique(store.cgList, &CClusterCGInfo::GetFloatIp, document, "float address", findings);
+    const std::size_t maxEntries = store.nodeList.size() / 2;
+    if (store.cgList.size() > maxEntries) {
+        Add(findings, PSZ_WARNING, document,
+            "has " + std::to_string(store.cgList.size()) + " entries, and " +
+                std::to_string(store.nodeList.size()) + " nodes admit at most " +
+                std::to_string(maxEntries));
+    }
+}
+
+void CheckDatabase(const CCheckedStore& store, Findings& findings) {
+    if (!store.masterDatabase) {
+        return;
+    }
+    const ORVA_STORE_NODE& document = STORE_NODE_CENTER_DB;
+    const std::string& strMaster = store.masterDatabase->GetNodeId();
+    CheckMember(store, document, "the master", strMaster, findings);
+    for (const CClusterDBInfo& slave : store.slaveDatabases) {
+        CheckMember(store, document, "the slave", slave.GetNodeId(), findings);
+        if (slave.GetNodeId() == strMaster) {
+            Add(findings, PSZ_WARNING, document,
+                "the master " + Quoted(strMaster) + " is a slave too");
+        }
+    }
+    CheckUnique(store.slaveDatabases, &CClusterDBInfo::GetNodeId, document, "slave", findings);
+    CheckUnique(store.slaveDatabases, &CClusterDBInfo::GetCDBToken, document, "slave token",
+                findings);
+    if (store.slaveDatabases.empty()) {
+        Add(findings, PSZ_WARNING, document,
+            "has no slave: what a service writes of it cannot be read again");
+    }
+}
+
+void CheckManager(const CCheckedStore& store, Findings& findings) {
+    if (store.manager) {
+        CheckMember(store, STORE_NODE_MGR, "the manager", store.manager->GetNodeId(), findings);
+    }
+}
+
 constexpr void (*CHECKS[])(const CCheckedStore&, Findings&) = {
     CheckPresence,
     CheckText,
@@ -240,6 +315,9 @@ constexpr void (*CHECKS[])(const CCheckedStore&, Findings&) = {
     CheckContainerTypes,
     CheckCloudStorageNodes,
     CheckThresholds,
+    CheckCgEntries,
+    CheckDatabase,
+    CheckManager,
 };
 
 /// Reads one document. A text that the store would not hand out, being too long, is a fault of the
@@ -287,6 +365,17 @@ bool ReadStore(CCheckedStore& store, std::ostream& errors) {
     store.cloudStorageMap =
         Parse<CClusterCloudStorageZNodeInfo>(Find(store, STORE_NODE_CLOUD_STORAGE))
             .GetCloudStorageInfoMap();
+    Parse<CClusterCGInfoList>(Find(store, STORE_NODE_CG_LIST)).GetClusterCGInfoList(store.cgList);
+    const CCheckedDocument& database = Find(store, STORE_NODE_CENTER_DB);
+    if (!database.root.isNull()) {
+        const auto parsed = Parse<CClusterDBZNodeInfo>(database);
+        store.masterDatabase = parsed.GetMasterDB();
+        parsed.GetAllSlaveDB(store.slaveDatabases);
+    }
+    const CCheckedDocument& manager = Find(store, STORE_NODE_MGR);
+    if (!manager.root.isNull()) {
+        store.manager = Parse<CClusterMGRZNodeInfo>(manager).GetMasterMGR();
+    }
     return true;
 }
 

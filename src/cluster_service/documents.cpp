@@ -264,6 +264,12 @@ const std::vector<CStoreDocument>& StoreDocuments() {
     return documents;
 }
 
+const CStoreDocument& FindDocument(const ORVA_STORE_NODE& node) {
+    return *std::find_if(
+        StoreDocuments().begin(), StoreDocuments().end(),
+        [&node](const CStoreDocument& document) { return &document.node == &node; });
+}
+
 std::optional<std::string> ParseText(const std::string& strText, Json::Value& root) {
     Json::CharReaderBuilder builder;
     builder["failIfExtra"] = true;

@@ -39,6 +39,9 @@ struct CStoreDocument {
 /// Every document that is imported, exported and checked.
 const std::vector<CStoreDocument>& StoreDocuments();
 
+/// The document of that node.
+const CStoreDocument& FindDocument(const ORVA_STORE_NODE& node);
+
 /// Parses JSON text. Returns what is wrong with it and where, or nothing.
 std::optional<std::string> ParseText(const std::string& strText, Json::Value& root);
 

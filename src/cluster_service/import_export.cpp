@@ -6,6 +6,8 @@
 #include <utility>
 #include <vector>
 
+#include "common_service/reference/store.h"
+#include "confirm.h"
 #include "documents.h"
 #include "exit_code.h"
 #include "whole_file.h"
@@ -58,6 +60,22 @@ int CollectFiles(const std::string& strDir, CDocumentTexts& texts, std::ostream&
     return iResult;
 }
 
+/// Names the documents of the store that would be replaced by another text, each behind a blank.
+/// False when the store failed.
+bool FindReplaced(const CDocumentTexts& texts, std::string& strReplaced, std::ostream& errors) {
+    for (const auto& [pDocument, strText] : texts) {
+        const CStoredText stored = ReadFromStore(*pDocument);
+        const bool bTooLong = stored.iCode == STORE_TEXT_TOO_LONG;
+        if (!bTooLong && !StoreAnswered(*pDocument, stored.iCode, errors)) {
+            return false;
+        }
+        if (bTooLong || (!stored.strText.empty() && stored.strText != strText)) {
+            strReplaced.append(" ").append(StorePath(*pDocument));
+        }
+    }
+    return true;
+}
+
 bool CollectTexts(CDocumentTexts& texts, std::ostream& output, std::ostream& errors) {
     for (const CStoreDocument& document : StoreDocuments()) {
         CStoredText stored = ReadFromStore(document);
@@ -77,7 +95,7 @@ bool CollectTexts(CDocumentTexts& texts, std::ostream& output, std::ostream& err
 
 }  // namespace
 
-int Import(const std::string& strDir, std::ostream& output, std::ostream& errors) {
+int Import(const std::string& strDir, bool bYes, std::ostream& output, std::ostream& errors) {
     CDocumentTexts texts;
     const int iResult = CollectFiles(strDir, texts, output, errors);
     if (iResult != EXIT_DONE) {
@@ -87,6 +105,14 @@ int Import(const std::string& strDir, std::ostream& output, std::ostream& errors
     if (texts.empty()) {
         errors << strDir << ": no document in this folder\n";
         return EXIT_COULD_NOT;
+    }
+    std::string strReplaced;
+    if (!FindReplaced(texts, strReplaced, errors)) {
+        return EXIT_COULD_NOT;
+    }
+    if (!strReplaced.empty() &&
+        !Confirm("Replace what the store holds otherwise:" + strReplaced + "?", bYes, errors)) {
+        return EXIT_FINDINGS;
     }
     for (const auto& [pDocument, strText] : texts) {
         if (!StoreAnswered(*pDocument, WriteToStore(*pDocument, strText), errors)) {

@@ -3,12 +3,14 @@
 #include <memory>
 #include <string>
 
+#include "change.h"
 #include "check.h"
 #include "common_service/directory.h"
 #include "common_service/global_config.h"
 #include "common_service/reference/spd_logger.h"
 #include "common_service/tarn_conf.h"
 #include "exit_code.h"
+#include "held_log.h"
 #include "import_export.h"
 #include "load.h"
 #include "options.h"
@@ -17,19 +19,19 @@
 
 namespace {
 
-/// The logger is never destroyed: what goes down after main may still log.
-bool OpenLogger(const COptions& options) {
+/// Null, said on the standard error stream, when the file cannot be written. A logger is never
+/// destroyed: what goes down after main may still log.
+Logger* OpenLogger(const COptions& options) {
     CSpdLoggerSettings settings;
     settings.eLevel = options.eLogLevel;
     settings.strFile = options.strLogFile;
     settings.bConsole = options.strLogFile.empty();
     std::string strError;
-    OMAdapter::getInstance().setLogger(CSpdLogger::Open(settings, strError).release());
-    if (OMAdapter::getInstance().getLogger() == nullptr) {
+    Logger* pLogger = CSpdLogger::Open(settings, strError).release();
+    if (pLogger == nullptr) {
         std::cerr << "cannot log to " << options.strLogFile << ": " << strError << '\n';
-        return false;
     }
-    return true;
+    return pLogger;
 }
 
 void Configure(const COptions& options) {
@@ -46,11 +48,18 @@ struct CCommand {
 };
 
 constexpr CCommand COMMANDS[] = {
-    {"import", true, [](const COptions& o) { return Import(o.strDir, std::cout, std::cerr); }},
+    {"import", true,
+     [](const COptions& o) { return Import(o.strDir, o.bYes, std::cout, std::cerr); }},
     {"export", false, [](const COptions& o) { return Export(o.strDir, std::cout, std::cerr); }},
     {"check", false, [](const COptions&) { return Check(std::cout, std::cerr); }},
     {"show", false,
      [](const COptions& o) { return Show(o.strSubject, o.bJson, std::cout, std::cerr); }},
+    {"remove", false,
+     [](const COptions& o) {
+         return Remove(o.strNodeId, o.strContainerType, o.bYes, std::cout, std::cerr);
+     }},
+    {"promote", false,
+     [](const COptions& o) { return Promote(o.strNodeId, o.bYes, std::cout, std::cerr); }},
 };
 
 int RunCommand(const CCommand& command, const COptions& options) {
@@ -70,22 +79,44 @@ int RunCommand(const CCommand& command, const COptions& options) {
     return iResult;
 }
 
-int Run(int argc, char** argv) {
-    COptions options;
-    int iExitCode = EXIT_DONE;
-    if (!ParseOptions(argc, argv, ShowSubjects(), options, iExitCode)) {
-        return iExitCode;
-    }
-    if (!OpenLogger(options)) {
-        return EXIT_COULD_NOT;
-    }
-    Configure(options);
+int RunNamedCommand(const COptions& options) {
     for (const CCommand& command : COMMANDS) {
         if (options.strCommand == command.pszName) {
             return RunCommand(command, options);
         }
     }
     return EXIT_COULD_NOT;
+}
+
+/// The log of a command that went well, when nobody asked for a log, is of no interest: every load
+/// logs errors that need no action.
+int RunWithHeldLog(const COptions& options, Logger& logger) {
+    CHeldLog& held = *new CHeldLog(options.eLogLevel);
+    OMAdapter::getInstance().setLogger(&held);
+    const int iResult = RunNamedCommand(options);
+    OMAdapter::getInstance().setLogger(&logger);
+    if (iResult == EXIT_COULD_NOT) {
+        held.ReleaseTo(logger);
+    }
+    return iResult;
+}
+
+int Run(int argc, char** argv) {
+    COptions options;
+    int iExitCode = EXIT_DONE;
+    if (!ParseOptions(argc, argv, ShowSubjects(), options, iExitCode)) {
+        return iExitCode;
+    }
+    Logger* pLogger = OpenLogger(options);
+    if (pLogger == nullptr) {
+        return EXIT_COULD_NOT;
+    }
+    Configure(options);
+    if (!options.bLogWanted) {
+        return RunWithHeldLog(options, *pLogger);
+    }
+    OMAdapter::getInstance().setLogger(pLogger);
+    return RunNamedCommand(options);
 }
 
 }  // namespace

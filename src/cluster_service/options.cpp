@@ -1,7 +1,9 @@
 #include "options.h"
 
 #include <CLI/CLI.hpp>
+#include <algorithm>
 #include <filesystem>
+#include <iostream>
 #include <map>
 
 #include "documents.h"
@@ -13,7 +15,8 @@ namespace {
 namespace fs = std::filesystem;
 
 constexpr char PSZ_FOOTER[] =
-    "Exit status: 0 done and all well, 1 a document was refused or check found something,\n"
+    "Exit status: 0 done and all well, 1 something was refused or declined or check found "
+    "something,\n"
     "2 wrong usage, or the store, a file or a plug-in stood in the way.";
 
 constexpr char PSZ_SUBCOMMAND_FOOTER[] =
@@ -86,7 +89,9 @@ void AddGlobalOptions(CLI::App& app, COptions& options) {
                    "the address of this node; links from it stay valid whatever the cluster says")
         ->check(CLI::ValidIPV4)
         ->type_name("IP");
-    app.add_option("--log-level", options.strLogLevel, "the last level that is logged")
+    app.add_option("--log-level", options.strLogLevel,
+                   "the last level that is logged; without this and --log-file, the standard error "
+                   "stream gets the log of a command that failed and no other")
         ->check(CLI::IsMember(&LOG_LEVELS))
         ->capture_default_str();
     app.add_option("--log-file", options.strLogFile,
@@ -94,29 +99,47 @@ void AddGlobalOptions(CLI::App& app, COptions& options) {
         ->type_name("FILE");
 }
 
-void AddCommands(CLI::App& app, const std::vector<std::string>& subjects, COptions& options) {
+void AddFolder(CLI::App& command, COptions& options, const char* pszDescription) {
+    command.add_option("DIR", options.strDir, pszDescription)->required()->type_name("");
+}
+
+void AddNode(CLI::App& command, COptions& options) {
+    command.add_option("NODE", options.strNodeId, "the node's id, as \"show nodes\" prints it")
+        ->required()
+        ->type_name("");
+}
+
+void AddYes(CLI::App& command, COptions& options) {
+    command.add_flag("-y,--yes", options.bYes, "go ahead without asking");
+}
+
+void AddDocumentCommands(CLI::App& app, COptions& options) {
     CLI::App* pImport = app.add_subcommand(
         "import", "Reads the documents from the files of a folder into the store.");
-    pImport->add_option("DIR", options.strDir, "the folder")
-        ->required()
-        ->check(CLI::ExistingDirectory)
-        ->type_name("");
+    AddFolder(*pImport, options, "the folder");
+    pImport->get_option("DIR")->check(CLI::ExistingDirectory);
+    AddYes(*pImport, options);
     pImport->footer("The files, of which some may be missing:" + FilesOfDocuments() +
                     "\nThe store gets each text as it stands in its file. When one file is refused "
-                    "nothing is\nimported. With --store memory the files are only looked at.");
+                    "nothing is\nimported. Before a document that the store holds with another "
+                    "text is replaced, you are\nasked. With --store memory the files are only "
+                    "looked at.");
 
     CLI::App* pExport =
         app.add_subcommand("export", "Writes the documents of the store to the files of a folder.");
-    pExport->add_option("DIR", options.strDir, "the folder; made when it is missing")
-        ->required()
-        ->type_name("");
+    AddFolder(*pExport, options, "the folder; made when it is missing");
     pExport->footer("The files:" + FilesOfDocuments() +
                     "\nEach file gets the text as it stands in the store, whole or not at all. "
                     "Files of documents\nthat the store does not have are left alone.");
+}
 
-    CLI::App* pCheck = app.add_subcommand(
-        "check", "Reads every document of the store and reports what is wrong with them.");
-    pCheck->footer("Notes, such as on an absent document, are printed and do not count.");
+void AddLookCommands(CLI::App& app, const std::vector<std::string>& subjects, COptions& options) {
+    app.add_subcommand("check",
+                       "Reads every document of the store and reports what is wrong with them.")
+        ->footer(
+            "Changes nothing. An \"error\" makes a load fail or a document useless, a "
+            "\"warning\" makes it\ngo another way than its author meant. Notes, such as on "
+            "an absent document, are printed\nand do not count.");
 
     CLI::App* pShow = app.add_subcommand(
         "show", "Loads plug-ins, configuration and cluster as a service does, and shows them.");
@@ -124,12 +147,59 @@ void AddCommands(CLI::App& app, const std::vector<std::string>& subjects, COptio
         ->check(CLI::IsMember(subjects))
         ->type_name("");
     pShow->add_flag("--json", options.bJson, "as JSON instead of tables");
+    pShow->footer("Changes nothing. A document that is not in the store is shown empty.");
+}
 
+void AddChangeCommands(CLI::App& app, COptions& options) {
+    CLI::App* pRemove = app.add_subcommand(
+        "remove", "Takes a container out of the stored cluster, and its node with the last one.");
+    AddNode(*pRemove, options);
+    pRemove->add_option("TYPE", options.strContainerType, "the type of the container to remove")
+        ->required()
+        ->type_name("");
+    AddYes(*pRemove, options);
+    pRemove->footer(
+        "You are asked before the store changes, and told what it holds afterwards. "
+        "The cluster\ndocument is written anew: nodes behind a removed one are written "
+        "as removed too.\nThe container's entries in the other documents stay.");
+
+    CLI::App* pPromote = app.add_subcommand(
+        "promote", "Makes a slave of the centre database its master; the two change places.");
+    AddNode(*pPromote, options);
+    AddYes(*pPromote, options);
+    pPromote->footer(
+        "You are asked before the store changes, and told what it holds afterwards. "
+        "Ports and\ntokens stay with their places.");
+}
+
+void AddCommands(CLI::App& app, const std::vector<std::string>& subjects, COptions& options) {
+    AddDocumentCommands(app, options);
+    AddLookCommands(app, subjects, options);
+    AddChangeCommands(app, options);
     for (CLI::App* pCommand : app.get_subcommands({})) {
         pCommand->footer(pCommand->get_footer() + PSZ_SUBCOMMAND_FOOTER);
         pCommand->fallthrough();
         pCommand->callback([pCommand, &options] { options.strCommand = pCommand->get_name(); });
     }
+}
+
+/// The word on the command line that stands where a command should; empty if there is none.
+std::string UnknownCommand(const CLI::App& app) {
+    const std::vector<std::string> words = app.remaining();
+    const auto it = std::find_if(words.begin(), words.end(), [](const std::string& strWord) {
+        return strWord.compare(0, 1, "-") != 0;
+    });
+    return app.get_subcommands().empty() && it != words.end() ? *it : "";
+}
+
+int ExplainUsage(const CLI::App& app, const CLI::ParseError& error) {
+    const std::string strWord = UnknownCommand(app);
+    if (error.get_exit_code() == 0 || strWord.empty()) {
+        return app.exit(error) == 0 ? EXIT_DONE : EXIT_COULD_NOT;
+    }
+    std::cerr << "\"" << strWord << "\" is no command\n"
+              << "cluster_service --help lists the commands\n";
+    return EXIT_COULD_NOT;
 }
 
 }  // namespace
@@ -149,10 +219,11 @@ bool ParseOptions(int argc, char** argv, const std::vector<std::string>& subject
     try {
         app.parse(argc, argv);
     } catch (const CLI::ParseError& error) {
-        iExitCode = app.exit(error) == 0 ? EXIT_DONE : EXIT_COULD_NOT;
+        iExitCode = ExplainUsage(app, error);
         return false;
     }
     options.eLogLevel = LOG_LEVELS.at(options.strLogLevel);
+    options.bLogWanted = !options.strLogFile.empty() || app.count("--log-level") > 0;
     if (options.strLibDir.empty()) {
         options.strLibDir = DefaultLibDir();
     }

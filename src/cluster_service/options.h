@@ -8,9 +8,12 @@
 /// What the command line and the configuration file ask for.
 struct COptions {
     std::string strCommand;
-    std::string strDir;      ///< of import and export
-    std::string strSubject;  ///< of show; all when empty
-    bool bJson = false;      ///< of show
+    std::string strDir;            ///< of import and export
+    std::string strSubject;        ///< of show; all when empty
+    bool bJson = false;            ///< of show
+    std::string strNodeId;         ///< of remove and promote
+    std::string strContainerType;  ///< of remove
+    bool bYes = false;  ///< of the commands that change the store: go ahead without asking
 
     std::string strStore = "sqlite:cluster_service.db";
     std::string strClusterCode = "Main";
@@ -20,6 +23,7 @@ struct COptions {
     std::string strLogLevel = "warning";
     ORVA_LOG_LEVEL eLogLevel = ORVALOG_WARNING;  ///< what strLogLevel names
     std::string strLogFile;
+    bool bLogWanted = false;  ///< was one of the two given?
 };
 
 /// Fills the options. False, with the exit code, when there is nothing left to do: help was asked

@@ -10,7 +10,10 @@
 #include "common_service/tarn_conf.h"
 #include "exit_code.h"
 #include "framework_service/container_mgr.h"
+#include "framework_service/framework_common.h"
 #include "framework_service/node_mgr.h"
+#include "framework_service/schedule_mgr.h"
+#include "framework_service/standard_task_mgr.h"
 #include "load.h"
 #include "plugin_list.h"
 #include "table.h"
@@ -92,30 +95,113 @@ CTable PluginTable() {
     return {"plugins", columns, LoadedPlugins()};
 }
 
-CTable ConfigTable() {
-    using Setting = std::pair<const char*, Json::Value>;
+using Setting = std::pair<const char*, Json::Value>;
+
+CTable SettingTable(const char* pszName, const std::list<Setting>& settings) {
     static const std::vector<CColumn<Setting>> columns{
         {"setting", [](const Setting& setting) { return setting.first; }},
         {"value", [](const Setting& setting) { return setting.second; }},
     };
-    CGlobalConfig& config = CGlobalConfig::Instance();
-    return {"config", columns,
-            std::list<Setting>{
-                {"cluster_code", CTARNConf::m_oConf.GetCstClusterCode()},
-                {"local_ip", config.GetLocalIp()},
-                {"load_balance", config.IsLoadBalance()},
-                {"fault_shift", config.IsFaultShift()},
-                {"load_balance_one_period", config.IsLoadBalanceOnePeriod()},
-                {"disk_threshold", config.GetLoadBalanceDiskThreshold()},
-                {"net_threshold", config.GetLoadBalanceNetThreshold()},
-                {"channel_threshold", config.GetLoadBalanceChannelThreshold()},
-                {"cluster_forward_type", config.GetClusterForwardType()},
-            }};
+    return {pszName, columns, settings};
 }
+
+CTable ConfigTable() {
+    CGlobalConfig& config = CGlobalConfig::Instance();
+    return SettingTable("config",
+                        {
+                            {"cluster_code", CTARNConf::m_oConf.GetCstClusterCode()},
+                            {"local_ip", config.GetLocalIp()},
+                            {"load_balance", config.IsLoadBalance()},
+                            {"fault_shift", config.IsFaultShift()},
+                            {"load_balance_one_period", config.IsLoadBalanceOnePeriod()},
+                            {"disk_threshold", config.GetLoadBalanceDiskThreshold()},
+                            {"net_threshold", config.GetLoadBalanceNetThreshold()},
+                            {"channel_threshold", config.GetLoadBalanceChannelThreshold()},
+                            {"cluster_forward_type", config.GetClusterForwardType()},
+                        });
+}
+
+CTable CgTable() {
+    static const std::vector<CColumn<CClusterCGInfo>> columns{
+        {"node", [](const CClusterCGInfo& info) { return info.GetNodeCode(); }},
+        {"float_code", [](const CClusterCGInfo& info) { return info.GetFloatCode(); }},
+        {"float_address", [](const CClusterCGInfo& info) { return info.GetFloatIp(); }},
+        {"decision_version", [](const CClusterCGInfo& info) { return info.GetDecVerNum(); }},
+    };
+    CClusterCGInfoList document;
+    CFrameworkCGCommon::Instance().GetClusterCGInfoList(document);
+    std::list<CClusterCGInfo> cgList;
+    document.GetClusterCGInfoList(cgList);
+    return {"cg", columns, cgList};
+}
+
+/// A record that was never loaded names no node and no address.
+template <class Info>
+bool IsLoaded(const Info& info) {
+    return !info.GetNodeId().empty() || !info.GetNodeIp().empty();
+}
+
+CTable DatabaseTable() {
+    static const std::vector<CColumn<CClusterDBInfo>> columns{
+        {"role",
+         [](const CClusterDBInfo& info) {
+             return info.GetDBType() == CLUSTER_DB_MASTER ? "master" : "slave";
+         }},
+        {"node", [](const CClusterDBInfo& info) { return info.GetNodeId(); }},
+        {"address", [](const CClusterDBInfo& info) { return info.GetNodeIp(); }},
+        {"port", [](const CClusterDBInfo& info) { return info.GetPort(); }},
+        {"token", [](const CClusterDBInfo& info) { return info.GetCDBToken(); }},
+    };
+    const CClusterDBZNodeInfo& document = CFrameworkCommon::Instance().GetClusterDBInfo();
+    std::list<CClusterDBInfo> databases;
+    document.GetAllSlaveDB(databases);
+    if (IsLoaded(document.GetMasterDB())) {
+        databases.push_front(document.GetMasterDB());
+    }
+    return {"database", columns, databases};
+}
+
+CTable ManagerTable() {
+    static const std::vector<CColumn<CClusterMGRInfo>> columns{
+        {"node", [](const CClusterMGRInfo& info) { return info.GetNodeId(); }},
+        {"address", [](const CClusterMGRInfo& info) { return info.GetNodeIp(); }},
+    };
+    const CClusterMGRInfo& master = CFrameworkCommon::Instance().GetClusterMGRInfo().GetMasterMGR();
+    return {"manager", columns,
+            IsLoaded(master) ? std::list<CClusterMGRInfo>{master} : std::list<CClusterMGRInfo>{}};
+}
+
+CTable TaskTable() {
+    using Model = std::pair<const std::string, CResourceTask>;
+    static const std::vector<CColumn<Model>> columns{
+        {"task", [](const Model& model) { return model.first; }},
+        {"cpu", [](const Model& model) { return model.second.GetCpu(); }},
+        {"mem", [](const Model& model) { return model.second.GetMem(); }},
+        {"io", [](const Model& model) { return model.second.GetIO(); }},
+        {"net", [](const Model& model) { return model.second.GetNet(); }},
+        {"disk", [](const Model& model) { return model.second.GetDisk(); }},
+    };
+    CStdTaskMgr::TaskMap taskMap;
+    CStdTaskMgr::Instance().GetAllStandardTask(taskMap);
+    return {"tasks", columns, taskMap};
+}
+
+CTable VersionTable() {
+    CScheduleMgr& schedule = CScheduleMgr::Instance();
+    return SettingTable("versions", {
+                                        {"decision", Json::UInt64{schedule.GetDecisionVerNum()}},
+                                        {"master", Json::UInt64{schedule.GetMasterVerNum()}},
+                                        {"scheduling", schedule.IsScheduling()},
+                                    });
+}
+
+/// Null for what the load of the service brings with it.
+using Loader = bool (*)(std::ostream& errors);
 
 struct CSubject {
     const char* pszName;
     CTable (*pTable)();
+    Loader pLoad = nullptr;
 };
 
 constexpr CSubject SUBJECTS[] = {
@@ -123,6 +209,11 @@ constexpr CSubject SUBJECTS[] = {
     {"containers", ContainerTable},
     {"plugins", PluginTable},
     {"config", ConfigTable},
+    {"cg", CgTable, LoadCgList},
+    {"database", DatabaseTable, LoadDatabase},
+    {"manager", ManagerTable, LoadManager},
+    {"tasks", TaskTable, LoadTasks},
+    {"versions", VersionTable, LoadVersions},
 };
 
 void PrintText(const std::list<CTable>& tables, std::ostream& output) {
@@ -159,9 +250,13 @@ int Show(const std::string& strSubject, bool bJson, std::ostream& output, std::o
     }
     std::list<CTable> tables;
     for (const CSubject& subject : SUBJECTS) {
-        if (strSubject.empty() || strSubject == subject.pszName) {
-            tables.push_back(subject.pTable());
+        if (!strSubject.empty() && strSubject != subject.pszName) {
+            continue;
         }
+        if (subject.pLoad != nullptr && !subject.pLoad(errors)) {
+            return EXIT_COULD_NOT;
+        }
+        tables.push_back(subject.pTable());
     }
     (bJson ? PrintJson : PrintText)(tables, output);
     return EXIT_DONE;

@@ -9,10 +9,15 @@ namespace {
 constexpr char PSZ_CONFIG[] =
     R"({"IsLoadBalance":true,"IsFaultShift":true,"IsLoadBalanceOnePeriod":true})";
 
+/// The second node of every cluster here.
+std::string SecondNode() {
+    return NodeText("n2", "10.0.0.2", {"MeroImgDev"});
+}
+
 /// A small cluster with nothing wrong.
 std::string GoodCluster() {
-    return ClusterText({NodeText("n1", "10.0.0.1", {"MeroRecord", "MeroCloudStorage"}),
-                        NodeText("n2", "10.0.0.2", {"MeroImgDev"})});
+    return ClusterText(
+        {NodeText("n1", "10.0.0.1", {"MeroRecord", "MeroCloudStorage"}), SecondNode()});
 }
 
 class CCheckTest : public CServiceTest {
@@ -21,8 +26,7 @@ protected:
         Put("/Cluster", GoodCluster());
         Put("/CloudStorage", CloudStorageText("n1"));
         Put("/ClusterConfig", PSZ_CONFIG);
-        Put("/CenterDB", R"({"MasterDB":{"NodeCode":"n1","NodeIp":"10.0.0.1","DBPort":1},)"
-                         R"("SlaveDB":[]})");
+        Put("/CenterDB", DatabaseText("n1", {"n2"}));
         Put("/MEROMGR", R"({"MasterMGR":{"NodeCode":"n1","NodeIp":"10.0.0.1"}})");
         Put("/MERO/CGList", "[]");
         Put("/Version", R"({"DecisionVerNum":1,"MasterVerNum":2})");
@@ -52,6 +56,22 @@ TEST_F(CheckAlone, StoreWithNothingIsAFinding) {
     const CProcessResult result = Run({"check"});
     EXPECT_EQ(result.iExitCode, 1);
     EXPECT_THAT(result.strOutput, HasSubstr("warning   Cluster        is absent\n"));
+}
+
+TEST_F(CheckAlone, OneCgEntryForEveryTwoNodesIsFine) {
+    Put("/Cluster", ClusterText({NodeText("n1", "10.0.0.1", {}), NodeText("n2", "10.0.0.2", {}),
+                                 NodeText("n3", "10.0.0.3", {}), NodeText("n4", "10.0.0.4", {})}));
+    Put("/MERO/CGList",
+        "[" + CgText("n1", "f1", "10.0.1.1") + "," + CgText("n2", "f2", "10.0.1.2") + "]");
+    const CProcessResult result = Run({"check"});
+    EXPECT_EQ(result.iExitCode, 0) << result.strOutput;
+}
+
+TEST_F(CheckAlone, NodesThatAreNoArrayAreNoNodes) {
+    Put("/Cluster",
+        R"({"ClusterName":"","ClusterRemark":"","ClusterCode":"","ClusterNode":{"NodeID":"n1",)"
+        R"("NodeIP":"","NodeIPType":0,"NodeRole":0,"DomainRole":0,"Status":"Removed"}})");
+    EXPECT_EQ(Run({"check"}).iExitCode, 0);
 }
 
 TEST_F(CheckAlone, AbsentAndEmptyDocumentsAreNotesThatDoNotCount) {
@@ -96,8 +116,7 @@ std::string WideCgList() {
     for (int i = 0; i < 160; ++i) {
         strCode += "\xE5\x8C\x97";
     }
-    return R"([{"NVRCode":")" + strCode +
-           R"(","FloatCGCode":"f","FloatIP":"10.0.0.9","DecisionVerNum":"1"}])";
+    return "[" + CgText("n1", strCode, "10.0.0.9") + "]";
 }
 
 INSTANTIATE_TEST_SUITE_P(
@@ -118,42 +137,44 @@ INSTANTIATE_TEST_SUITE_P(
         CFault{"NearTheLimit",
                "/ClusterConfig",
                PSZ_CONFIG + std::string(410 - sizeof PSZ_CONFIG, ' '),
-               {"warning   ClusterConfig  takes 409 bytes of at most 511"}},
+               {"warning   ClusterConfig  takes 409 bytes of at most 511, more than which the "
+                "service does not write"}},
         CFault{"WouldNotFitWhenWritten",
                "/MERO/CGList",
                WideCgList(),
-               {"error     MERO/CGList  would take 1037 bytes when the service writes it, at most "
+               {"error     MERO/CGList  would take 1038 bytes when the service writes it, at most "
                 "1023 fit"}},
         CFault{"NodeIdTwice",
                "/Cluster",
                ClusterText({NodeText("n1", "10.0.0.1", {"MeroCloudStorage"}),
-                            NodeText("n1", "10.0.0.2", {"MeroRecord"})}),
+                            NodeText("n1", "10.0.0.2", {"MeroRecord"}), SecondNode()}),
                {"error     Cluster   node id \"n1\" stands there more than once"}},
         CFault{
             "ContainerTypeTwice",
             "/Cluster",
             ClusterText({NodeText("n1", "10.0.0.1",
-                                  {"MeroCloudStorage", "MeroRecord", "MeroRecord"})}),
+                                  {"MeroCloudStorage", "MeroRecord", "MeroRecord"}),
+                         SecondNode()}),
             {"error     Cluster   container \"MeroRecord\" on node \"n1\" stands there more than "
              "once, the cluster will not load"}},
         CFault{"AddressesThatReadTheSame",
                "/Cluster",
                ClusterText({NodeText("n1", "10.0.0.1", {"MeroCloudStorage"}),
-                            NodeText("n", "10.0.0.2", {"1MeroCloudStorage"})}),
+                            NodeText("n", "10.0.0.2", {"1MeroCloudStorage"}), SecondNode()}),
                {"error     Cluster   container \"1MeroCloudStorage\" on node \"n\" reads the same "
                 "as \"MeroCloudStorage\" on node \"n1\", the cluster will not load",
                 "warning   Cluster   no plug-in knows the container type \"1MeroCloudStorage\", "
                 "which stands there 1 times"}},
         CFault{"NormalBehindRemoved",
                "/Cluster",
-               ClusterText({NodeText("n0", "10.0.0.1", {}, "Removed"),
+               ClusterText({NodeText("n2", "10.0.0.1", {}, "Removed"),
                             NodeText("n1", "10.0.0.2", {"MeroCloudStorage"}),
-                            NodeText("n2", "10.0.0.3", {}, "Removed")}),
+                            NodeText("n3", "10.0.0.3", {}, "Removed")}),
                {"warning   Cluster   node \"n1\" says \"Normal\" and loads as removed, since it "
-                "stands behind the removed node \"n0\""}},
+                "stands behind the removed node \"n2\""}},
         CFault{"BadAddress",
                "/Cluster",
-               ClusterText({NodeText("n1", "10.0.0.999", {"MeroCloudStorage"})}),
+               ClusterText({NodeText("n1", "10.0.0.999", {"MeroCloudStorage"}), SecondNode()}),
                {"warning   Cluster   node \"n1\" has \"10.0.0.999\" for an address"}},
         CFault{"UnknownContainerType",
                "/Cluster",
@@ -171,6 +192,57 @@ INSTANTIATE_TEST_SUITE_P(
                CloudStorageText("n2"),
                {"warning   CloudStorage  the entry of node \"n2\" is of no use: the node has no "
                 "container MeroCloudStorage"}},
+        CFault{"CgOfNoNode",
+               "/MERO/CGList",
+               "[" + CgText("n9", "f1", "10.0.1.1") + "]",
+               {"warning   MERO/CGList  the node \"n9\" is not in the cluster"}},
+        CFault{"CgEntriesAlike",
+               "/MERO/CGList",
+               "[" + CgText("n1", "f1", "10.0.1.1") + "," + CgText("n1", "f1", "10.0.1.1") + "]",
+               {"warning   MERO/CGList  node \"n1\" stands there more than once",
+                "warning   MERO/CGList  float code \"f1\" stands there more than once",
+                "warning   MERO/CGList  float address \"10.0.1.1\" stands there more than once",
+                "warning   MERO/CGList  has 2 entries, and 2 nodes admit at most 1"}},
+        CFault{"CgNearTheLimit",
+               "/MERO/CGList",
+               "[" + CgText("n1", std::string(742, 'f'), "10.0.1.1") + "]",
+               {"warning   MERO/CGList  takes 820 bytes of at most 1023, more than which the "
+                "service does not write"}},
+        CFault{"DatabasesOfNoNode",
+               "/CenterDB",
+               DatabaseText("n8", {"n9"}),
+               {"warning   CenterDB  the master \"n8\" is not in the cluster",
+                "warning   CenterDB  the slave \"n9\" is not in the cluster"}},
+        CFault{"MasterThatIsASlave",
+               "/CenterDB",
+               DatabaseText("n1", {"n2", "n1"}),
+               {"warning   CenterDB  the master \"n1\" is a slave too"}},
+        CFault{"SlaveTwice",
+               "/CenterDB",
+               DatabaseText("n1", {"n2", "n2"}),
+               {"warning   CenterDB  slave \"n2\" stands there more than once"}},
+        CFault{"SlavesWithoutTokens",
+               "/CenterDB",
+               R"({"MasterDB":{"NodeCode":"n1","NodeIp":"i","DBPort":1},"SlaveDB":[)"
+               R"({"NodeCode":"n2","NodeIp":"i","DBPort":1},)"
+               R"({"NodeCode":"n2","NodeIp":"i","DBPort":1}]})",
+               {"warning   CenterDB  slave \"n2\" stands there more than once",
+                "warning   CenterDB  slave token \"\" stands there more than once"}},
+        CFault{"NoSlave",
+               "/CenterDB",
+               DatabaseText("n1", {}),
+               {"warning   CenterDB  has no slave: what a service writes of it cannot be read "
+                "again"}},
+        CFault{
+            "DatabaseNearTheLimit",
+            "/CenterDB",
+            DatabaseText("n1", {"n2"}) + std::string(420 - DatabaseText("n1", {"n2"}).size(), ' '),
+            {"warning   CenterDB  takes 420 bytes of at most 511, more than which the service "
+             "does not write"}},
+        CFault{"ManagerOfNoNode",
+               "/MEROMGR",
+               R"({"MasterMGR":{"NodeCode":"n9","NodeIp":"10.0.0.9"}})",
+               {"warning   MEROMGR   the manager \"n9\" is not in the cluster"}},
         CFault{"ThresholdsIgnored",
                "/ClusterConfig",
                R"({"IsLoadBalance":true,"IsFaultShift":true,"IsLoadBalanceOnePeriod":true,)"

@@ -50,6 +50,47 @@ TEST_F(ImportExport, DocumentsAreKeptApartByClusterCode) {
     EXPECT_FALSE(fs::exists(File("out")));
 }
 
+/// A store and a folder that differ in one document of two.
+class ImportOver : public CServiceTest {
+protected:
+    ImportOver() {
+        Put("/Cluster", ClusterText({}));
+        Put("/Version", PSZ_VERSION_TEXT);
+        WriteDocument("cluster.json", ClusterText({}));
+        WriteDocument("version.json", PSZ_NEW_VERSION);
+    }
+
+    static constexpr char PSZ_NEW_VERSION[] = R"({"DecisionVerNum":8,"MasterVerNum":9})";
+};
+
+TEST_F(ImportOver, AnotherTextAsksFirstAndNamesIt) {
+    const CProcessResult declined = RunTyping("n\n", {"import", "documents"});
+    EXPECT_EQ(declined.iExitCode, 1);
+    EXPECT_EQ(declined.strErrors,
+              "Replace what the store holds otherwise: /CloudMain/Version? [y/N] nothing was "
+              "changed\n");
+    EXPECT_THAT(Stored("/Version"), Optional(Eq(PSZ_VERSION_TEXT)));
+    EXPECT_EQ(RunTyping("y\n", {"import", "documents"}).iExitCode, 0);
+    EXPECT_THAT(Stored("/Version"), Optional(Eq(PSZ_NEW_VERSION)));
+    EXPECT_EQ(Run({"import", "documents"}).iExitCode, 0) << "the same text asks nothing";
+}
+
+TEST_F(ImportOver, WithoutATerminalChangesNothingUnlessTold) {
+    const CProcessResult refused = ImportDocuments();
+    EXPECT_EQ(refused.iExitCode, 1);
+    EXPECT_THAT(refused.strErrors, HasSubstr("--yes goes ahead without asking"));
+    EXPECT_THAT(Stored("/Version"), Optional(Eq(PSZ_VERSION_TEXT)));
+    EXPECT_EQ(Run({"import", "--yes", "documents"}).iExitCode, 0);
+    EXPECT_THAT(Stored("/Version"), Optional(Eq(PSZ_NEW_VERSION)));
+}
+
+TEST_F(ImportOver, TextTooLongToBeReadIsReplacedWhenTold) {
+    Put("/Version", std::string(600, ' '));
+    EXPECT_EQ(ImportDocuments().iExitCode, 1);
+    EXPECT_EQ(Run({"import", "-y", "documents"}).iExitCode, 0);
+    EXPECT_THAT(Stored("/Version"), Optional(Eq(PSZ_NEW_VERSION)));
+}
+
 TEST_F(ImportExport, MissingFileIsToldAndItsDocumentStays) {
     Put("/Cluster", ClusterText({}));
     WriteDocument("version.json", PSZ_VERSION_TEXT);

@@ -14,9 +14,9 @@ TEST_F(Options, HelpNamesEveryCommandAndOption) {
     const CProcessResult result = Run({"--help"});
     EXPECT_EQ(result.iExitCode, 0);
     EXPECT_THAT(result.strErrors, IsEmpty());
-    for (const char* pszName :
-         {"import", "export", "check", "show", "--store", "--cluster-code", "--lib-dir",
-          "--config-dir", "--local-ip", "--log-level", "--log-file", "--config", "--version"}) {
+    for (const char* pszName : {"import", "export", "check", "show", "remove", "promote", "--store",
+                                "--cluster-code", "--lib-dir", "--config-dir", "--local-ip",
+                                "--log-level", "--log-file", "--config", "--version"}) {
         EXPECT_THAT(result.strOutput, HasSubstr(pszName));
     }
 }
@@ -45,7 +45,9 @@ INSTANTIATE_TEST_SUITE_P(
     Every, CommandHelp,
     ::testing::Values(CHelpCase{"import", "cluster_config.json, at most 511 bytes"},
                       CHelpCase{"export", "the text as it stands in the store"},
-                      CHelpCase{"check", "reports what is wrong"}, CHelpCase{"show", "--json"}),
+                      CHelpCase{"check", "reports what is wrong"}, CHelpCase{"show", "--json"},
+                      CHelpCase{"remove", "the type of the container to remove"},
+                      CHelpCase{"promote", "You are asked before the store changes"}),
     CaseName<CHelpCase>);
 
 struct CUsageCase {
@@ -68,7 +70,12 @@ INSTANTIATE_TEST_SUITE_P(
     Each, WrongUsage,
     ::testing::Values(
         CUsageCase{"NoCommand", {}, "subcommand is required"},
-        CUsageCase{"UnknownCommand", {"explode"}, "subcommand is required"},
+        CUsageCase{
+            "UnknownCommand", {"explode"}, "\"explode\" is no command\ncluster_service --help"},
+        CUsageCase{"OptionBeforeUnknownCommand", {"--odd", "explode", "more"}, "\"explode\" is no"},
+        CUsageCase{"OptionForCommand", {"--odd"}, "subcommand is required"},
+        CUsageCase{"RemoveWithoutType", {"remove", "n1"}, "TYPE is required"},
+        CUsageCase{"PromoteWithoutNode", {"promote"}, "NODE is required"},
         CUsageCase{"TwoStores", {"--store", "memory", "check"}, "--store"},
         CUsageCase{"NoFolder", {"import"}, "DIR is required"},
         CUsageCase{"MissingFolder", {"import", "nowhere"}, "Directory does not exist: nowhere"},
@@ -152,6 +159,16 @@ TEST_F(Options, SampleConfigurationIsTaken) {
     EXPECT_EQ(result.iExitCode, 0) << result.strErrors;
 }
 
+TEST_F(Options, SampleTasksAreThere) {
+    const CProcessResult result =
+        RunOn("memory", {"--config-dir", PSZ_SAMPLE_DIR, "--log-level", "err", "show", "tasks"});
+    EXPECT_EQ(result.iExitCode, 0);
+    EXPECT_THAT(result.strErrors, IsEmpty());
+    EXPECT_THAT(result.strOutput, StartsWith("tasks (9)\n"));
+    EXPECT_THAT(result.strOutput, HasSubstr("\nDEFAULT "));
+    EXPECT_THAT(result.strOutput, HasSubstr("\nRECORD_1080P "));
+}
+
 TEST_F(Options, UnknownNameInTheConfigurationFileIsRefused) {
     m_dir.WriteFile("service.toml", "stroe = \"memory\"\n");
     const CProcessResult result = Run({"--config", "service.toml", "check"});
@@ -163,10 +180,25 @@ TEST_F(Options, LogGoesToTheFileInsteadOfTheErrorStream) {
     const CProcessResult result =
         Run({"--log-level", "info", "--log-file", "log", "import", PSZ_SAMPLE_DIR});
     ASSERT_EQ(result.iExitCode, 0);
-    const CProcessResult shown = Run({"--log-level", "info", "--log-file", "log", "show"});
+    const CProcessResult shown =
+        Run({"--log-level", "info", "--log-file", "log", "--config-dir", PSZ_SAMPLE_DIR, "show"});
     EXPECT_EQ(shown.iExitCode, 0);
     EXPECT_THAT(shown.strErrors, IsEmpty());
     EXPECT_THAT(ReadText(File("log")), HasSubstr("init node and container from zk"));
+}
+
+TEST_F(Options, WithoutALogOptionOnlyAFailureShowsItsLog) {
+    ASSERT_EQ(Run({"import", PSZ_SAMPLE_DIR}).iExitCode, 0);
+    const CProcessResult shown = Run({"--config-dir", PSZ_SAMPLE_DIR, "show"});
+    EXPECT_EQ(shown.iExitCode, 0);
+    EXPECT_THAT(shown.strErrors, IsEmpty());
+    Put("/ClusterConfig", "{}");
+    const CProcessResult failed = Run({"show"});
+    EXPECT_EQ(failed.iExitCode, 2);
+    EXPECT_THAT(failed.strErrors, StartsWith("cannot load the cluster configuration: code"));
+    EXPECT_THAT(failed.strErrors, HasSubstr(" ERR cluster_config_znode_info:"));
+    EXPECT_THAT(failed.strErrors, ::testing::Not(HasSubstr(" INFO ")));
+    EXPECT_THAT(Run({"--log-level", "err", "show"}).strErrors, HasSubstr(" ERR "));
 }
 
 TEST_F(Options, LogLevelBoundsTheLog) {

@@ -6,7 +6,9 @@
 
 #include <cerrno>
 #include <chrono>
+#include <climits>
 #include <csignal>
+#include <cstdlib>
 #include <cstring>
 #include <fstream>
 #include <sstream>
@@ -32,6 +34,38 @@ bool Redirect(int iFile, const char* pszFile, int iFlags) {
     return iTarget >= 0 && dup2(iTarget, iFile) >= 0;
 }
 
+/// A terminal of the test's own. Both ends stay open until the program has ended.
+class CPseudoTerminal {
+public:
+    explicit CPseudoTerminal(const std::string& strTyped)
+        : m_iMaster(posix_openpt(O_RDWR | O_NOCTTY | O_CLOEXEC)) {
+        char szName[PATH_MAX] = {};
+        if (m_iMaster < 0 || grantpt(m_iMaster) != 0 || unlockpt(m_iMaster) != 0 ||
+            ptsname_r(m_iMaster, szName, sizeof szName) != 0) {
+            throw std::runtime_error("cannot open a terminal");
+        }
+        m_strName = szName;
+        m_iSlave = open(szName, O_RDWR | O_NOCTTY | O_CLOEXEC);
+        if (write(m_iMaster, strTyped.data(), strTyped.size()) !=
+            static_cast<ssize_t>(strTyped.size())) {
+            throw std::runtime_error("cannot type");
+        }
+    }
+    ~CPseudoTerminal() {
+        close(m_iSlave);
+        close(m_iMaster);
+    }
+    CPseudoTerminal(const CPseudoTerminal&) = delete;
+    CPseudoTerminal& operator=(const CPseudoTerminal&) = delete;
+
+    const std::string& GetName() const { return m_strName; }
+
+private:
+    const int m_iMaster;
+    int m_iSlave = -1;
+    std::string m_strName;
+};
+
 int AwaitEnd(pid_t iProcess) {
     const auto deadline = std::chrono::steady_clock::now() + DEADLINE;
     int iStatus = 0;
@@ -49,7 +83,7 @@ int AwaitEnd(pid_t iProcess) {
 }  // namespace
 
 CProcessResult RunProcess(const std::string& strProgram, const std::vector<std::string>& arguments,
-                          const std::string& strFolder) {
+                          const std::string& strFolder, const std::optional<CTerminal>& terminal) {
     const CTempDir dir;
     const std::string strOutput = dir.File("output");
     const std::string strErrors = dir.File("errors");
@@ -61,13 +95,20 @@ CProcessResult RunProcess(const std::string& strProgram, const std::vector<std::
     }
     argv.push_back(nullptr);
 
+    std::optional<CPseudoTerminal> pseudoTerminal;
+    std::string strInput = "/dev/null";
+    if (terminal) {
+        pseudoTerminal.emplace(terminal->strTyped);
+        strInput = pseudoTerminal->GetName();
+    }
     const pid_t iProcess = fork();
     if (iProcess < 0) {
         throw std::runtime_error(std::strerror(errno));
     }
     if (iProcess == 0) {
         const int iWrite = O_WRONLY | O_CREAT | O_TRUNC;
-        if (chdir(strFolder.c_str()) == 0 && Redirect(STDIN_FILENO, "/dev/null", O_RDONLY) &&
+        if (chdir(strFolder.c_str()) == 0 &&
+            Redirect(STDIN_FILENO, strInput.c_str(), O_RDONLY | O_NOCTTY) &&
             Redirect(STDOUT_FILENO, strOutput.c_str(), iWrite) &&
             Redirect(STDERR_FILENO, strErrors.c_str(), iWrite)) {
             execv(argv[0], argv.data());

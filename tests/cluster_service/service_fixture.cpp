@@ -1,7 +1,9 @@
 #include "service_fixture.h"
 
+#include <algorithm>
 #include <filesystem>
 #include <fstream>
+#include <iterator>
 #include <sstream>
 #include <stdexcept>
 
@@ -53,15 +55,37 @@ std::string CloudStorageText(const std::string& strNodeId) {
            "\n";
 }
 
+std::string CgText(const std::string& strNodeId, const std::string& strFloatCode,
+                   const std::string& strFloatIp) {
+    return R"({"NVRCode":")" + strNodeId + R"(","FloatCGCode":")" + strFloatCode +
+           R"(","FloatIP":")" + strFloatIp + R"(","DecisionVerNum":"7"})";
+}
+
+std::string DatabaseText(const std::string& strMaster, const std::vector<std::string>& slaves) {
+    const auto record = [](const std::string& strNodeId) {
+        return R"({"NodeCode":")" + strNodeId + R"(","NodeIp":"ip-)" + strNodeId +
+               R"(","DBPort":6001,"DBToken":"t"})";
+    };
+    std::vector<std::string> slaveTexts;
+    std::transform(slaves.begin(), slaves.end(), std::back_inserter(slaveTexts), record);
+    return R"({"MasterDB":)" + record(strMaster) + R"(,"SlaveDB":[)" + Joined(slaveTexts) + "]}";
+}
+
 CProcessResult CServiceTest::Run(const std::vector<std::string>& arguments) const {
     return RunOn("sqlite:" + File("store.db"), arguments);
 }
 
+CProcessResult CServiceTest::RunTyping(const std::string& strTyped,
+                                       const std::vector<std::string>& arguments) const {
+    return RunOn("sqlite:" + File("store.db"), arguments, CTerminal{strTyped});
+}
+
 CProcessResult CServiceTest::RunOn(const std::string& strStore,
-                                   const std::vector<std::string>& arguments) const {
+                                   const std::vector<std::string>& arguments,
+                                   const std::optional<CTerminal>& terminal) const {
     std::vector<std::string> all{"--store", strStore};
     all.insert(all.end(), arguments.begin(), arguments.end());
-    return RunProcess(PSZ_PROGRAM, all, m_dir.GetPath());
+    return RunProcess(PSZ_PROGRAM, all, m_dir.GetPath(), terminal);
 }
 
 void CServiceTest::WriteDocument(const std::string& strFile, const std::string& strText) const {

@@ -18,16 +18,26 @@ std::string NodeText(const std::string& strId, const std::string& strIp,
 /// A cluster document with these nodes.
 std::string ClusterText(const std::vector<std::string>& nodes);
 
+/// A CG entry, as text.
+std::string CgText(const std::string& strNodeId, const std::string& strFloatCode,
+                   const std::string& strFloatIp);
+
+/// A centre database with a master and slaves on these nodes, as text.
+std::string DatabaseText(const std::string& strMaster, const std::vector<std::string>& slaves);
+
 /// A cloud storage document with one entry for the node.
 std::string CloudStorageText(const std::string& strNodeId);
 
 /// The program in a folder of its own, on a SQLite store there, with the plug-ins of the build.
 class CServiceTest : public ::testing::Test {
 protected:
-    /// Runs the program with these arguments behind the option that names the store.
+    /// Runs the program with these arguments behind the option that names the store; without a
+    /// terminal, or on one where this is typed.
     CProcessResult Run(const std::vector<std::string>& arguments) const;
-    CProcessResult RunOn(const std::string& strStore,
-                         const std::vector<std::string>& arguments) const;
+    CProcessResult RunTyping(const std::string& strTyped,
+                             const std::vector<std::string>& arguments) const;
+    CProcessResult RunOn(const std::string& strStore, const std::vector<std::string>& arguments,
+                         const std::optional<CTerminal>& terminal = std::nullopt) const;
 
     /// Writes a file below the folder "documents", which import takes.
     void WriteDocument(const std::string& strFile, const std::string& strText) const;

@@ -29,6 +29,13 @@ protected:
         Put("/CloudStorage", CloudStorageText("n1"));
         Put("/ClusterConfig",
             R"({"IsLoadBalance":false,"IsFaultShift":true,"IsLoadBalanceOnePeriod":false})");
+        Put("/MERO/CGList", "[" + CgText("n1", "f1", "10.0.1.1") + "]");
+        Put("/CenterDB", DatabaseText("n1", {"n2", "n3"}));
+        Put("/MEROMGR", R"({"MasterMGR":{"NodeCode":"n1","NodeIp":"10.0.0.1"}})");
+        Put("/Version", R"({"DecisionVerNum":18446744073709551615,"MasterVerNum":2})");
+        fs::create_directory(File("taskmodel"));
+        m_dir.WriteFile("taskmodel/a.xml",
+                        "<TaskList><Task CPU=\"5\">record</Task><Task>DEFAULT</Task></TaskList>");
     }
 };
 
@@ -77,17 +84,107 @@ TEST_F(Show, ConfigurationComesFromTheStore) {
               "cluster_forward_type     7\n");
 }
 
+struct CSubjectCase {
+    const char* pszName;
+    const char* pszText;
+    const char* pszEmptyText;
+};
+
+class ShowDocument : public CShowTest, public ::testing::WithParamInterface<CSubjectCase> {};
+
+TEST_P(ShowDocument, IsShownAsLoaded) {
+    const CProcessResult result = Run({"--config-dir", ".", "show", GetParam().pszName});
+    EXPECT_EQ(result.iExitCode, 0);
+    EXPECT_EQ(result.strOutput, GetParam().pszText);
+    EXPECT_THAT(result.strErrors, IsEmpty());
+}
+
+TEST_P(ShowDocument, IsEmptyWhenItIsAbsent) {
+    fs::remove_all(File("taskmodel"));
+    const CProcessResult result =
+        RunOn("memory", {"--config-dir", ".", "--log-file", "log", "show", GetParam().pszName});
+    EXPECT_EQ(result.iExitCode, 0);
+    EXPECT_EQ(result.strOutput, GetParam().pszEmptyText);
+    EXPECT_THAT(ReadText(File("log")), ::testing::Not(HasSubstr(" ERR ")));
+}
+
+INSTANTIATE_TEST_SUITE_P(
+    Each, ShowDocument,
+    ::testing::Values(CSubjectCase{"cg",
+                                   "cg (1)\n"
+                                   "node  float_code  float_address  decision_version\n"
+                                   "n1    f1          10.0.1.1       7\n",
+                                   "cg (0)\nnode  float_code  float_address  decision_version\n"},
+                      CSubjectCase{"database",
+                                   "database (3)\n"
+                                   "role    node  address  port  token\n"
+                                   "master  n1    ip-n1    6001  000\n"
+                                   "slave   n2    ip-n2    6001  001\n"
+                                   "slave   n3    ip-n3    6001  002\n",
+                                   "database (0)\nrole  node  address  port  token\n"},
+                      CSubjectCase{"manager", "manager (1)\nnode  address\nn1    10.0.0.1\n",
+                                   "manager (0)\nnode  address\n"},
+                      CSubjectCase{"tasks",
+                                   "tasks (2)\n"
+                                   "task     cpu  mem  io  net  disk\n"
+                                   "DEFAULT  0    0    0   0    0\n"
+                                   "record   0    0    0   0    0\n",
+                                   "tasks (0)\ntask  cpu  mem  io  net  disk\n"},
+                      CSubjectCase{"versions",
+                                   "versions (3)\n"
+                                   "setting     value\n"
+                                   "decision    18446744073709551615\n"
+                                   "master      2\n"
+                                   "scheduling  no\n",
+                                   "versions (3)\n"
+                                   "setting     value\n"
+                                   "decision    0\n"
+                                   "master      0\n"
+                                   "scheduling  no\n"}),
+    CaseName<CSubjectCase>);
+
+TEST_F(Show, DocumentsWithoutDataAreEmpty) {
+    for (const char* pszSuffix : {"/MERO/CGList", "/CenterDB", "/MEROMGR", "/Version"}) {
+        Put(pszSuffix, "");
+    }
+    const CProcessResult result = Run({"--config-dir", ".", "show", "--json"});
+    EXPECT_EQ(result.iExitCode, 0);
+    const Json::Value root = Parsed(result.strOutput);
+    for (const char* pszSubject : {"cg", "database", "manager"}) {
+        EXPECT_TRUE(root[pszSubject].isArray());
+        EXPECT_TRUE(root[pszSubject].empty()) << pszSubject;
+    }
+    EXPECT_EQ(root["versions"][0]["value"], 0);
+}
+
+TEST_F(Show, MissingFolderOfTasksIsTold) {
+    fs::remove_all(File("taskmodel"));
+    const CProcessResult result = Run({"--config-dir", ".", "show", "tasks"});
+    EXPECT_EQ(result.iExitCode, 0);
+    EXPECT_EQ(result.strErrors, "./taskmodel: no such folder, there are no standard tasks\n");
+}
+
+TEST_F(Show, BadDocumentDoesNotKeepTheOthersFromBeingShown) {
+    Put("/CenterDB", "{}");
+    EXPECT_EQ(Run({"show", "cg"}).iExitCode, 0);
+    EXPECT_EQ(Run({"show", "database"}).iExitCode, 2);
+}
+
 TEST_F(Show, WithoutASubjectShowsAllInOrder) {
     std::string strAll;
-    for (const char* pszSubject : {"nodes", "containers", "plugins", "config"}) {
-        strAll.append(strAll.empty() ? "" : "\n").append(Run({"show", pszSubject}).strOutput);
+    for (const char* pszSubject : {"nodes", "containers", "plugins", "config", "cg", "database",
+                                   "manager", "tasks", "versions"}) {
+        strAll.append(strAll.empty() ? "" : "\n")
+            .append(Run({"--config-dir", ".", "show", pszSubject}).strOutput);
     }
-    EXPECT_EQ(Run({"show"}).strOutput, strAll);
+    EXPECT_EQ(Run({"--config-dir", ".", "show"}).strOutput, strAll);
 }
 
 TEST_F(Show, JsonHoldsWhatTheTextShows) {
-    const Json::Value root = Parsed(Run({"show", "--json"}).strOutput);
-    EXPECT_THAT(root.getMemberNames(), ElementsAre("config", "containers", "nodes", "plugins"));
+    const Json::Value root = Parsed(Run({"--config-dir", ".", "show", "--json"}).strOutput);
+    EXPECT_THAT(root.getMemberNames(),
+                ElementsAre("cg", "config", "containers", "database", "manager", "nodes", "plugins",
+                            "tasks", "versions"));
     const Json::Value& node = root["nodes"][1];
     EXPECT_EQ(node["node"], "n2");
     EXPECT_EQ(node["address"], "10.0.0.2");
@@ -97,7 +194,14 @@ TEST_F(Show, JsonHoldsWhatTheTextShows) {
     EXPECT_EQ(root["containers"][0]["requested_storage"], 50);
     EXPECT_EQ(root["containers"][1]["fault_shift"], true);
     EXPECT_EQ(root["config"][2]["value"], false);
-    const std::string strText = Run({"show"}).strOutput;
+    EXPECT_EQ(root["cg"][0]["float_code"], "f1");
+    EXPECT_EQ(root["database"][0]["role"], "master");
+    EXPECT_EQ(root["database"][2]["port"], 6001);
+    EXPECT_EQ(root["manager"][0]["node"], "n1");
+    EXPECT_EQ(root["tasks"][1]["task"], "record");
+    EXPECT_EQ(root["versions"][0]["value"], Json::UInt64{18446744073709551615U});
+    EXPECT_EQ(root["versions"][2]["value"], false);
+    const std::string strText = Run({"--config-dir", ".", "show"}).strOutput;
     for (const std::string& strTable : root.getMemberNames()) {
         EXPECT_THAT(strText,
                     HasSubstr(strTable + " (" + std::to_string(root[strTable].size()) + ")\n"));
@@ -122,15 +226,15 @@ TEST_F(Show, MemoryStoreShowsAnEmptyCluster) {
 struct CBadLoad {
     const char* pszName;
     const char* pszSuffix;
-    const char* pszText;
+    std::string strText;
     const char* pszReason;
 };
 
 class ShowFails : public CShowTest, public ::testing::WithParamInterface<CBadLoad> {};
 
 TEST_P(ShowFails, WithAClearLineAndNoTable) {
-    Put(GetParam().pszSuffix, GetParam().pszText);
-    const CProcessResult result = Run({"--log-file", "log", "show"});
+    Put(GetParam().pszSuffix, GetParam().strText);
+    const CProcessResult result = Run({"--log-file", "log", "--config-dir", ".", "show"});
     EXPECT_EQ(result.iExitCode, 2);
     EXPECT_THAT(result.strOutput, IsEmpty());
     EXPECT_EQ(result.strErrors, GetParam().pszReason);
@@ -144,7 +248,17 @@ INSTANTIATE_TEST_SUITE_P(
         CBadLoad{"Cluster", "/Cluster", "{}",
                  "cannot load the cluster: code 109100053, the log says why\n"},
         CBadLoad{"CloudStorage", "/CloudStorage", "[",
-                 "cannot load the cluster: code 109100053, the log says why\n"}),
+                 "cannot load the cluster: code 109100053, the log says why\n"},
+        CBadLoad{"CgList", "/MERO/CGList", "{",
+                 "cannot load /CloudMain/MERO/CGList: code 1, the log says why\n"},
+        CBadLoad{"Database", "/CenterDB", "{}",
+                 "cannot load /CloudMain/CenterDB: code 1, the log says why\n"},
+        CBadLoad{"Manager", "/MEROMGR", "{}",
+                 "cannot load /CloudMain/MEROMGR: code 1, the log says why\n"},
+        CBadLoad{"Version", "/Version", "{}",
+                 "cannot load /CloudMain/Version: code 109100053, the log says why\n"},
+        CBadLoad{"TooLong", "/CenterDB", std::string(512, ' '),
+                 "/CloudMain/CenterDB: the store answered code 109200002, the log says why\n"}),
     CaseName<CBadLoad>);
 
 struct CPluginFolder {

@@ -1,0 +1,24 @@
+#include "confirm.h"
+
+#include <unistd.h>
+
+#include <iostream>
+
+bool Confirm(const std::string& strQuestion, bool bYes, std::ostream& errors) {
+    if (bYes) {
+        return true;
+    }
+    if (isatty(STDIN_FILENO) == 0) {
+        errors << strQuestion << " There is no terminal to ask on: nothing was changed; --yes goes "
+               << "ahead without asking\n";
+        return false;
+    }
+    errors << strQuestion << " [y/N] " << std::flush;
+    std::string strAnswer;
+    std::getline(std::cin, strAnswer);
+    if (strAnswer == "y" || strAnswer == "yes") {
+        return true;
+    }
+    errors << "nothing was changed\n";
+    return false;
+}
