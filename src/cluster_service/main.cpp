@@ -91,7 +91,7 @@ int RunNamedCommand(const COptions& options) {
 /// The log of a command that went well, when nobody asked for a log, is of no interest: every load
 /// logs errors that need no action.
 int RunWithHeldLog(const COptions& options, Logger& logger) {
-    CHeldLog& held = *new CHeldLog(options.eLogLevel);
+    static CHeldLog& held = *new CHeldLog(options.eLogLevel);
     OMAdapter::getInstance().setLogger(&held);
     const int iResult = RunNamedCommand(options);
     OMAdapter::getInstance().setLogger(&logger);
