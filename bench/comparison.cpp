@@ -58,6 +58,8 @@ const std::vector<Comparison>& AllComparisons() {
          Kind::AT_MOST, 1.15},
         {"available containers / copies of them", "Available/1000", "CopyContainers/50",
          Kind::AT_MOST, 5},
+        {"available containers / copying the whole table", "Available/1000", "AvailableByCopy/1000",
+         Kind::TIMES_FASTER, 5},
         {"high-speed selection / pass and sort", "HighSpeed/300", "PassAndSort/300", Kind::AT_MOST,
          3},
         {"all containers, 10 times as many", "GetAllContainer/6000", "GetAllContainer/600",

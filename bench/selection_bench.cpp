@@ -1,6 +1,6 @@
 #include <benchmark/benchmark.h>
 
-#include <ctime>
+#include <iterator>
 #include <list>
 
 #include "cluster.h"
@@ -13,9 +13,9 @@ namespace {
 constexpr int TASKS = 100;
 constexpr int TYPES = 10;
 
-/// Containers of ten types, of which one in twenty is of the first type and online.
-void Available(benchmark::State& state) {
-    const auto iContainers = static_cast<int>(state.range(0));
+/// Fills the registries with containers of ten types, of which one in twenty is of the first type
+/// and online.
+void FillTypes(int iContainers) {
     const std::list<CResourceTask> tasks = MakeTasks(TASKS);
     std::list<CNode> nodes;
     ContainerMap containers;
@@ -33,9 +33,31 @@ void Available(benchmark::State& state) {
     }
     CNodeMgr::Instance().Init(nodes);
     CContainerMgr::Instance().Init(containers);
+}
+
+void Available(benchmark::State& state) {
+    FillTypes(static_cast<int>(state.range(0)));
     for (auto _ : state) {
         ContainerMap available;
         CFrameworkCommon::Instance().GetAvailableContainer("type-0", available);
+        benchmark::DoNotOptimize(available);
+    }
+}
+
+/// The same by copying the whole table and every node, and throwing away what does not qualify.
+void AvailableByCopy(benchmark::State& state) {
+    FillTypes(static_cast<int>(state.range(0)));
+    for (auto _ : state) {
+        ContainerMap available;
+        CContainerMgr::Instance().GetAllContainer(available);
+        for (auto it = available.begin(); it != available.end();) {
+            CNode node;
+            const bool bAvailable = CNodeMgr::Instance().GetNode(it->second.GetNodeId(), node) &&
+                                    node.GetMemberStatus() == CLUSTER_MEMBER_NORMAL &&
+                                    it->second.GetContainerType() == "type-0" &&
+                                    it->second.IsOnline() && it->second.IsProcessRunning();
+            it = bAvailable ? std::next(it) : available.erase(it);
+        }
         benchmark::DoNotOptimize(available);
     }
 }
@@ -90,6 +112,7 @@ void PassAndSort(benchmark::State& state) {
 }
 
 BENCHMARK(Available)->Arg(1000)->Arg(10000);
+BENCHMARK(AvailableByCopy)->Arg(1000);
 BENCHMARK(CopyContainers)->Arg(50);
 BENCHMARK(HighSpeed)->Arg(300)->Arg(3000);
 BENCHMARK(PassAndSort)->Arg(300);

@@ -71,8 +71,9 @@ bool CContainerLoad::HasRoomFor(const CResourceTask& task) const {
 }
 
 double CContainerLoad::GetRatio(RESOURCE_TYPE eType) const {
-    return m_total[eType] > 0
-               ? static_cast<double>(m_used[eType]) / static_cast<double>(m_total[eType])
+    const auto uiType = static_cast<std::size_t>(eType);
+    return m_total[uiType] > 0
+               ? static_cast<double>(m_used[uiType]) / static_cast<double>(m_total[uiType])
                : std::numeric_limits<double>::infinity();
 }
 
