@@ -1,3 +1,4 @@
+#include <ostream>
 #include <string>
 #include <vector>
 
@@ -180,6 +181,10 @@ struct CMissing {
     Shown figures;
     std::vector<CLogLine> lines;
 };
+
+std::ostream& operator<<(std::ostream& stream, const CMissing& missing) {
+    return stream << missing.strName;
+}
 
 class ContainerCloudStorageMissing : public ContainerCloudStorage,
                                      public testing::WithParamInterface<CMissing> {};

@@ -3,6 +3,7 @@
 #include <chrono>
 #include <functional>
 #include <memory>
+#include <ostream>
 #include <string>
 #include <thread>
 #include <vector>
@@ -159,6 +160,10 @@ struct CChange {
     std::function<void(CContainer&)> expected;
     std::vector<CLogLine> lines = {};
 };
+
+std::ostream& operator<<(std::ostream& stream, const CChange& change) {
+    return stream << change.strName;
+}
 
 class ContainerRegistryChange : public ContainerRegistry,
                                 public testing::WithParamInterface<CChange> {};
@@ -359,6 +364,10 @@ struct CUnreached {
     std::function<void(CContainerMgr&, const CContainerAddr&)> apply;
     std::vector<CLogLine> lines = {};
 };
+
+std::ostream& operator<<(std::ostream& stream, const CUnreached& unreached) {
+    return stream << unreached.strName;
+}
 
 class ContainerRegistryUnreached : public ContainerRegistry,
                                    public testing::WithParamInterface<CUnreached> {};

@@ -1,4 +1,5 @@
 #include <limits>
+#include <ostream>
 #include <string>
 #include <vector>
 
@@ -39,6 +40,10 @@ struct CTotal {
     void (CContainer::*pDel)(int32_t);
     void (CResourceTask::*pSetCost)(int32_t);
 };
+
+std::ostream& operator<<(std::ostream& stream, const CTotal& total) {
+    return stream << total.strName;
+}
 
 class ContainerTaskTotal : public ContainerTasks, public testing::WithParamInterface<CTotal> {
 protected:
@@ -440,6 +445,10 @@ struct CPick {
     std::string strPicked;      ///< empty: no task qualifies
     std::size_t uiFailedReads;  ///< how many tasks were asked for a key that they lack
 };
+
+std::ostream& operator<<(std::ostream& stream, const CPick& pick) {
+    return stream << pick.strName;
+}
 
 const CWanted CNT_SMART = {true, true, false, "Mark"};
 const CWanted CNT_SMART_DISK = {true, true, true, "Mark"};

@@ -2,6 +2,7 @@
 
 #include <functional>
 #include <limits>
+#include <ostream>
 #include <string>
 #include <vector>
 
@@ -71,6 +72,10 @@ struct CAccessor {
     std::string strValue;
     std::function<void(CContainer&)> set;
 };
+
+std::ostream& operator<<(std::ostream& stream, const CAccessor& accessor) {
+    return stream << accessor.strShown;
+}
 
 class ContainerAccessor : public Container, public testing::WithParamInterface<CAccessor> {};
 

@@ -1,6 +1,7 @@
 #include "framework_service/resource_task.h"
 
 #include <limits>
+#include <ostream>
 #include <string>
 
 #include "common_service/tarn_def.h"
@@ -70,6 +71,10 @@ struct CFigure {
     void (CResourceTask::*pSet)(int32_t);
     bool (CResourceTask::*pSetText)(const std::string&);
 };
+
+std::ostream& operator<<(std::ostream& stream, const CFigure& figure) {
+    return stream << figure.strName;
+}
 
 class ResourceTaskFigure : public ResourceTask, public testing::WithParamInterface<CFigure> {};
 
