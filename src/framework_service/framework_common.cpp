@@ -70,19 +70,6 @@ int WriteCGList(const SourcePlace& place, const char* pszOperation, CClusterCGIn
     return iRet;
 }
 
-/// Takes the first entry of that float code out of the list. False when there is none.
-bool EraseByFloatCode(std::list<CClusterCGInfo>& listCG, const std::string& strFloatCode) {
-    const auto it =
-        std::find_if(listCG.begin(), listCG.end(), [&strFloatCode](const CClusterCGInfo& info) {
-            return info.GetFloatCode() == strFloatCode;
-        });
-    if (it == listCG.end()) {
-        return false;
-    }
-    listCG.erase(it);
-    return true;
-}
-
 /// Accepts links from every member's address, then no longer from those of the nodes of an earlier
 /// load that are members no more. The local address is never taken away.
 void UpdateValidatedLinks(const std::list<CNode>& nodeList) {
@@ -442,14 +429,12 @@ int CFrameworkCGCommon::RemoveClusterCGInfo(const std::string& strFloatCGCode) {
     if (!guard.locked()) {
         return ORVA_FAIL;
     }
-    std::list<CClusterCGInfo> listCG;
-    m_clusterCGList.GetClusterCGInfoList(listCG);
-    if (!EraseByFloatCode(listCG, strFloatCGCode)) {
+    if (!m_clusterCGList.IsCGExist(strFloatCGCode)) {
         LogInfo(HERE, OPERATION, "cluster cg code[%s] not exist.", strFloatCGCode.c_str());
         return ORVA_SUCCEED;
     }
-    CClusterCGInfoList changed;
-    changed.SetClusterCGInfoList(listCG);
+    CClusterCGInfoList changed(m_clusterCGList);
+    changed.RemoveClusterCG(strFloatCGCode);
     if (const int iRet = WriteCGList(HERE, "remove cluster cg info", changed);
         iRet != ORVA_SUCCEED) {
         return iRet;
@@ -483,12 +468,9 @@ int CFrameworkCGCommon::UpdateClusterCGInfoByFloatCode(const CClusterCGInfo& clu
     if (!guard.locked()) {
         return ORVA_FAIL;
     }
-    std::list<CClusterCGInfo> listCG;
-    m_clusterCGList.GetClusterCGInfoList(listCG);
-    EraseByFloatCode(listCG, clusterCGInfo.GetFloatCode());
-    listCG.push_back(clusterCGInfo);
-    CClusterCGInfoList changed;
-    changed.SetClusterCGInfoList(listCG);
+    CClusterCGInfoList changed(m_clusterCGList);
+    changed.RemoveClusterCG(clusterCGInfo.GetFloatCode());
+    changed.AddClusterCGInfo(clusterCGInfo);
     if (const int iRet = WriteCGList(HERE, "update cluster cg info", changed);
         iRet != ORVA_SUCCEED) {
         return iRet;
