@@ -109,16 +109,16 @@ TEST_P(ResourceAverage, TruncatesAndWrapsEachFigure) {
     static constexpr Setter setters[] = {&CSystemResource::SetCpu, &CSystemResource::SetMem,
                                          &CSystemResource::SetIO, &CSystemResource::SetNet,
                                          &CSystemResource::SetDisk};
-    for (std::size_t i = 0; i < std::size(setters); ++i) {
+    for (const Setter pSet : setters) {
         std::vector<CSystemResource> samples(GetParam().samples.size());
-        for (std::size_t j = 0; j < samples.size(); ++j) {
-            (samples[j].*setters[i])(GetParam().samples[j]);
+        for (std::size_t i = 0; i < samples.size(); ++i) {
+            (samples[i].*pSet)(GetParam().samples[i]);
         }
         CSystemResource average = Figures(9, 9, 9, 9, 9);
         CSystemResource expected;
-        (expected.*setters[i])(GetParam().iAverage);
+        (expected.*pSet)(GetParam().iAverage);
         CSystemResource().GetAvgSystemResource(samples, average);
-        EXPECT_EQ(Values(average), Values(expected)) << "figure " << i;
+        EXPECT_EQ(Values(average), Values(expected));
     }
 }
 
