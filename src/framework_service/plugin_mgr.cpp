@@ -40,35 +40,32 @@ struct Capabilities {
 
 constexpr char OPERATION_LOAD_SINGLE[] = "load single plugin.";
 
-/// Loads the plug-in and asks it everything. Returns 0; or the failing step's code, with its
-/// message in pszMessage.
-int Interview(CPluginInfo& info, Capabilities& capabilities, const char*& pszMessage) {
-    pszMessage = "fail to load plugin, name[%s]";
-    if (const int iRet = info.LoadLibrary(); iRet != ORVA_SUCCEED) {
-        return iRet;
-    }
-    pszMessage = "fail to get job capability, name[%s]";
-    if (const int iRet = info.GetSupportedJobs(capabilities.jobs); iRet != ORVA_SUCCEED) {
-        return iRet;
-    }
-    pszMessage = "fail to get container capability, name[%s]";
-    if (const int iRet = info.GetSupportedContainers(capabilities.containers);
-        iRet != ORVA_SUCCEED) {
-        return iRet;
-    }
-    pszMessage = "fail to get container bind table, name[%s]";
-    if (const int iRet = info.GetContainerBindTable(capabilities.containerBinds);
-        iRet != ORVA_SUCCEED) {
-        return iRet;
-    }
-    pszMessage = "fail to get support fault shift container capability, name[%s]";
-    if (const int iRet = info.GetSupportFaultShiftContainers(capabilities.faultShiftContainers);
-        iRet != ORVA_SUCCEED) {
-        return iRet;
-    }
-    pszMessage = "fail to get support load balance container capability, name[%s]";
-    return info.GetSupportLoadBalanceContainers(capabilities.loadBalanceContainers);
-}
+/// One step of taking a plug-in in, and what is logged when it fails.
+struct Step {
+    const char* pszFailure;
+    int (*pTake)(CPluginInfo& info, Capabilities& capabilities);
+};
+
+constexpr Step STEPS[] = {
+    {"fail to load plugin, name[%s]",
+     [](CPluginInfo& info, Capabilities&) { return info.LoadLibrary(); }},
+    {"fail to get job capability, name[%s]",
+     [](CPluginInfo& info, Capabilities& c) { return info.GetSupportedJobs(c.jobs); }},
+    {"fail to get container capability, name[%s]",
+     [](CPluginInfo& info, Capabilities& c) { return info.GetSupportedContainers(c.containers); }},
+    {"fail to get container bind table, name[%s]",
+     [](CPluginInfo& info, Capabilities& c) {
+         return info.GetContainerBindTable(c.containerBinds);
+     }},
+    {"fail to get support fault shift container capability, name[%s]",
+     [](CPluginInfo& info, Capabilities& c) {
+         return info.GetSupportFaultShiftContainers(c.faultShiftContainers);
+     }},
+    {"fail to get support load balance container capability, name[%s]",
+     [](CPluginInfo& info, Capabilities& c) {
+         return info.GetSupportLoadBalanceContainers(c.loadBalanceContainers);
+     }},
+};
 
 /// The plug-in of the key; null, logged, when the table has none.
 template <typename Table, typename LogKey>
@@ -137,10 +134,11 @@ int CPluginMgr::LoadSinglePlugin(const std::string& strName) {
     RecordPtr pInfo(pNew);
 
     Capabilities capabilities;
-    const char* pszMessage = nullptr;
-    if (const int iRet = Interview(*pInfo, capabilities, pszMessage); iRet != ORVA_SUCCEED) {
-        pInfo.reset();
-        return LogFailure(HERE, OPERATION_LOAD_SINGLE, iRet, pszMessage, strName.c_str());
+    for (const Step& step : STEPS) {
+        if (const int iRet = step.pTake(*pInfo, capabilities); iRet != ORVA_SUCCEED) {
+            pInfo.reset();
+            return LogFailure(HERE, OPERATION_LOAD_SINGLE, iRet, step.pszFailure, strName.c_str());
+        }
     }
     for (const unsigned int uiJob : capabilities.jobs) {
         m_jobCapabilityMap.emplace(uiJob, pInfo.get());

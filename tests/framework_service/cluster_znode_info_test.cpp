@@ -11,6 +11,7 @@
 #include "support/fake_clock.h"
 #include "support/host_fixture.h"
 #include "support/json_document.h"
+#include "support/registry_fixture.h"
 
 using testing::ElementsAre;
 using testing::IsEmpty;
@@ -28,12 +29,6 @@ constexpr char ONE_NODE[] = R"({"ClusterName":"n","ClusterRemark":"r","ClusterCo
                             R"({"ContainerType":"Dev"}]}]})";
 
 constexpr char NODE_OPERATION[] = "cluster znode info";
-
-std::list<std::string> ContainersOf(const CNode& node) {
-    std::list<std::string> containerList;
-    node.GetContainerList(containerList);
-    return containerList;
-}
 
 std::vector<CNode> NodesOf(const CClusterZNodeInfo& cluster) {
     std::list<CNode> nodeList;

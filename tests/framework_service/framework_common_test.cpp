@@ -12,6 +12,7 @@
 #include "framework_service/container_mgr.h"
 #include "framework_service/node_mgr.h"
 #include "support/host_fixture.h"
+#include "support/registry_fixture.h"
 
 using testing::ElementsAre;
 using testing::ElementsAreArray;
@@ -382,26 +383,10 @@ protected:
         m_logger.Clear();
     }
 
-    static std::vector<std::string> NodeIds() {
-        std::list<CNode> nodeList;
-        CNodeMgr::Instance().GetAllNode(nodeList);
-        std::vector<std::string> ids;
-        for (const CNode& node : nodeList) {
-            ids.push_back(node.GetNodeId());
-        }
-        return ids;
-    }
-
-    static ContainerMap Containers() {
-        ContainerMap containerMap;
-        CContainerMgr::Instance().GetAllContainer(containerMap);
-        return containerMap;
-    }
-
-    static std::vector<CContainerAddr> ContainerAddrs() { return Addresses(Containers()); }
+    static std::vector<CContainerAddr> ContainerAddrs() { return Addresses(AllContainers()); }
 
     static CContainer CloudStorage(const std::string& strNodeId) {
-        return Containers()[CContainerAddr(strNodeId, CONTAINER_TYPE_CLOUD_STORAGE)];
+        return AllContainers()[CContainerAddr(strNodeId, CONTAINER_TYPE_CLOUD_STORAGE)];
     }
 
     static std::vector<CResourceTask> Tasks(const CContainer& container) {
@@ -479,7 +464,7 @@ TEST_F(ClusterStart, NodesEnterTheTableAsTheyAreStored) {
 TEST_F(ClusterStart, ContainersAreBornWithTheirDefaults) {
     PutCluster(ClusterText({{"n1", "10.0.0.1", {"A"}}}));
     EXPECT_EQ(Framework().InitNodeAndContainerFromZK(), 0);
-    const CContainer container = Containers()[CContainerAddr("n1", "A")];
+    const CContainer container = AllContainers()[CContainerAddr("n1", "A")];
     EXPECT_EQ(container.GetNodeId(), "n1");
     EXPECT_EQ(container.GetContainerType(), "A");
     EXPECT_TRUE(container.IsOnline());
@@ -502,7 +487,7 @@ TEST_F(ClusterStart, AnotherLoadIsARestartOfTheModel) {
     EXPECT_EQ(Framework().InitNodeAndContainerFromZK(), 0);
     EXPECT_TRUE(CNodeMgr::Instance().IsNodeOnline("n1"));
     EXPECT_TRUE(CContainerMgr::Instance().IsContainerOnline(addr));
-    EXPECT_EQ(Containers()[addr].GetTotalTask(), 0U);
+    EXPECT_EQ(AllContainers()[addr].GetTotalTask(), 0U);
 }
 
 TEST_F(ClusterStart, TheSameLoadTwiceTellsAndLeavesTheSame) {
@@ -608,7 +593,8 @@ TEST_F(ClusterStart, RemovedNodesLoseTheirLinksAndKeepTheirContainers) {
         CNode node;
         ASSERT_TRUE(CNodeMgr::Instance().GetNode(strId, node));
         EXPECT_EQ(node.GetMemberStatus(), iStatus) << strId;
-        EXPECT_EQ(Containers()[CContainerAddr(strId, "A")].GetMemberStatus(), CLUSTER_MEMBER_NORMAL)
+        EXPECT_EQ(AllContainers()[CContainerAddr(strId, "A")].GetMemberStatus(),
+                  CLUSTER_MEMBER_NORMAL)
             << strId;
     }
 }
@@ -908,7 +894,7 @@ TEST_F(CloudStorageStart, EntriesWithoutAContainerCostOneLineEach) {
                 ElementsAre(CContainerAddr("n1", "A"), CContainerAddr("n1", "MeroCloudStorage"),
                             CContainerAddr("n2", "MeroCloudStorage"), CContainerAddr("n3", "A")));
     EXPECT_EQ(CloudStorage("n2").GetReqStorage(), 7);
-    EXPECT_EQ(Containers()[CContainerAddr("n3", "A")].GetTotalTask(), 0U);
+    EXPECT_EQ(AllContainers()[CContainerAddr("n3", "A")].GetTotalTask(), 0U);
 }
 
 TEST_F(CloudStorageStart, NothingStoredIsASuccessWithoutTasks) {

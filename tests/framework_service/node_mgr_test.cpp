@@ -10,6 +10,7 @@
 #include "support/fake_clock.h"
 #include "support/host_fixture.h"
 #include "support/refused_locks.h"
+#include "support/registry_fixture.h"
 
 using testing::AnyOf;
 using testing::ElementsAre;
@@ -32,12 +33,6 @@ CNode MakeNode(const std::string& strNodeId, const std::string& strIp = "",
     node.SetNodeIp(strIp);
     node.SetContainerList(containerList);
     return node;
-}
-
-std::list<std::string> ContainersOf(const CNode& node) {
-    std::list<std::string> containerList;
-    node.GetContainerList(containerList);
-    return containerList;
 }
 
 /// The manager without nodes and without fault times of the nodes N1, N10 and N2.

@@ -4,6 +4,7 @@
 
 #include "support/fake_clock.h"
 #include "support/host_fixture.h"
+#include "support/registry_fixture.h"
 
 using testing::ElementsAre;
 using testing::IsEmpty;
@@ -16,12 +17,6 @@ CSystemResource Cpu(int32_t iCpu) {
     CSystemResource resource;
     resource.SetCpu(iCpu);
     return resource;
-}
-
-std::list<std::string> ContainersOf(const CNode& node) {
-    std::list<std::string> containerList;
-    node.GetContainerList(containerList);
-    return containerList;
 }
 
 class Node : public CHostTest {

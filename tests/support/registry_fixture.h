@@ -68,12 +68,16 @@ inline CNode MakeStoredNode(const std::string& strId, const std::list<std::strin
     return node;
 }
 
-inline std::list<std::string> ContainersOfNode(const std::string& strNodeId) {
-    CNode node;
-    CNodeMgr::Instance().GetNode(strNodeId, node);
+inline std::list<std::string> ContainersOf(const CNode& node) {
     std::list<std::string> containerList;
     node.GetContainerList(containerList);
     return containerList;
+}
+
+inline std::list<std::string> ContainersOfNode(const std::string& strNodeId) {
+    CNode node;
+    CNodeMgr::Instance().GetNode(strNodeId, node);
+    return ContainersOf(node);
 }
 
 inline std::vector<std::string> NodeIds() {
