@@ -42,4 +42,4 @@ bool ReadMembers(const Json::Value& object, std::initializer_list<JsonMember> me
 /// Renders the value into the buffer, zeroing the rest; a text that does not fit is cut.
 void WriteJsonText(const Json::Value& root, char* pszJson, uint32_t iMaxLen);
 
-}  // namespace gnu::visibility("hidden")]]framework_internal
+}  // namespace framework_internal

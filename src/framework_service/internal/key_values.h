@@ -31,4 +31,4 @@ int ReadKey(const SourcePlace& place, const char* pszOperation, const char* pszM
     return ORVA_SUCCEED;
 }
 
-}  // namespace gnu::visibility("hidden")]]framework_internal
+}  // namespace framework_internal

@@ -92,4 +92,4 @@ void LogTrace(const SourcePlace& place, const char* pszMessage, Args... args) {
     }
 }
 
-}  // namespace gnu::visibility("hidden")]]framework_internal
+}  // namespace framework_internal

@@ -10,4 +10,4 @@ namespace [[gnu::visibility("hidden")]] framework_internal {
 /// containers are left.
 unsigned int DropContainerType(CNode& node, const std::string& strContainerType);
 
-}  // namespace gnu::visibility("hidden")]]framework_internal
+}  // namespace framework_internal

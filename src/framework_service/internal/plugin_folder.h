@@ -15,4 +15,4 @@ inline int GetPluginFolder(std::string& strDir) {
     return iRet;
 }
 
-}  // namespace gnu::visibility("hidden")]]framework_internal
+}  // namespace framework_internal

@@ -12,4 +12,4 @@ void KeepForProcessLife(T* pObject) {
     pKept->push_back(pObject);
 }
 
-}  // namespace gnu::visibility("hidden")]]framework_internal
+}  // namespace framework_internal

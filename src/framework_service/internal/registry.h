@@ -26,4 +26,4 @@ ELookup WithEntry(HALD_Recursive_Thread_Mutex& mutex, Table& table,
     return ELookup::FOUND;
 }
 
-}  // namespace gnu::visibility("hidden")]]framework_internal
+}  // namespace framework_internal

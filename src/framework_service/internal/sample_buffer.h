@@ -14,4 +14,4 @@ inline constexpr int32_t NUMERIC_SAMPLES = 3;
 CSystemResource TakeSample(std::vector<CSystemResource>& samples, int32_t iSlot,
                            const CSystemResource& sample);
 
-}  // namespace gnu::visibility("hidden")]]framework_internal
+}  // namespace framework_internal

@@ -15,4 +15,4 @@ int ReadStore(const ORVA_STORE_NODE& node, EWatch eWatch, CBaseJsonObject& docum
 /// COperCommon::SetDataToZK on the node's path, which is composed anew.
 int WriteStore(const ORVA_STORE_NODE& node, CBaseJsonObject& document);
 
-}  // namespace gnu::visibility("hidden")]]framework_internal
+}  // namespace framework_internal

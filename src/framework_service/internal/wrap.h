@@ -13,4 +13,4 @@ constexpr int32_t WrapSub(int32_t iLeft, int32_t iRight) {
     return static_cast<int32_t>(static_cast<uint32_t>(iLeft) - static_cast<uint32_t>(iRight));
 }
 
-}  // namespace gnu::visibility("hidden")]]framework_internal
+}  // namespace framework_internal

@@ -12,4 +12,4 @@ inline void AddXmlValue(PELU::CXml& xml, const char* pszName, const std::string&
     xml.SetElemValue(strValue.c_str());
 }
 
-}  // namespace gnu::visibility("hidden")]]framework_internal
+}  // namespace framework_internal
