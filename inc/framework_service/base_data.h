@@ -100,9 +100,19 @@ public:
 
     /// Orders by node id and type written one behind the other. Two addresses that differ but read
     /// the same that way are equivalent: a map holds only one of them.
-    bool operator<(const CContainerAddr& other) const;
+    bool operator<(const CContainerAddr& other) const {
+        // Node ids of one length, as they mostly are, decide before the types do.
+        if (m_strNodeId.size() != other.m_strNodeId.size()) {
+            return IsConcatenationLess(other);
+        }
+        const int iNodeIds = m_strNodeId.compare(other.m_strNodeId);
+        return iNodeIds != 0 ? iNodeIds < 0 : m_strContainerType < other.m_strContainerType;
+    }
 
 private:
+    /// The order of two addresses whose node ids differ in length.
+    bool IsConcatenationLess(const CContainerAddr& other) const;
+
     std::string m_strNodeId;
     std::string m_strContainerType;
 };

@@ -69,7 +69,7 @@ bool CContainerAddr::operator==(const CContainerAddr& other) const {
     return m_strNodeId == other.m_strNodeId && m_strContainerType == other.m_strContainerType;
 }
 
-bool CContainerAddr::operator<(const CContainerAddr& other) const {
+bool CContainerAddr::IsConcatenationLess(const CContainerAddr& other) const {
     const std::size_t uiSize = m_strNodeId.size();
     const std::size_t uiOtherSize = other.m_strNodeId.size();
     if (const int iHeads = std::memcmp(m_strNodeId.data(), other.m_strNodeId.data(),
@@ -77,7 +77,7 @@ bool CContainerAddr::operator<(const CContainerAddr& other) const {
         iHeads != 0) {
         return iHeads < 0;
     }
-    if (uiSize >= uiOtherSize) {
+    if (uiSize > uiOtherSize) {
         return CompareRest(m_strNodeId, m_strContainerType, other.m_strNodeId,
                            other.m_strContainerType) < 0;
     }
