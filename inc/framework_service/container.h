@@ -1,5 +1,6 @@
 #pragma once
 
+#include <cstddef>
 #include <cstdint>
 #include <ctime>
 #include <list>
@@ -197,23 +198,27 @@ public:
     /// @name Cloud storage
     /// @{
     void SetProductType(std::string strProductType) {
-        m_strProductType = std::move(strProductType);
+        m_cloudStorage.Edit().strProductType = std::move(strProductType);
     }
-    std::string GetProductType() const { return m_strProductType; }
+    std::string GetProductType() const { return m_cloudStorage->strProductType; }
     void SetServiceType(std::string strServiceType) {
-        m_strServiceType = std::move(strServiceType);
+        m_cloudStorage.Edit().strServiceType = std::move(strServiceType);
     }
-    std::string GetServiceType() const { return m_strServiceType; }
-    void SetReqStorage(int32_t iReqStorage) { m_iReqStorage = iReqStorage; }
-    int32_t GetReqStorage() const { return m_iReqStorage; }
-    void SetReqPicStorage(int32_t iReqPicStorage) { m_iReqPicStorage = iReqPicStorage; }
-    int32_t GetReqPicStorage() const { return m_iReqPicStorage; }
-    void SetBitRate(int32_t iBitRate) { m_iBitRate = iBitRate; }
-    int32_t GetBitRate() const { return m_iBitRate; }
-    void SetTranBandWidth(int32_t iTranBandWidth) { m_iTranBandWidth = iTranBandWidth; }
-    int32_t GetTranBandWidth() const { return m_iTranBandWidth; }
-    void SetUptadeFlag(bool bUpdateFlag) { m_bUpdateFlag = bUpdateFlag; }
-    bool GetUptadeFlag() const { return m_bUpdateFlag; }
+    std::string GetServiceType() const { return m_cloudStorage->strServiceType; }
+    void SetReqStorage(int32_t iReqStorage) { m_cloudStorage.Edit().iReqStorage = iReqStorage; }
+    int32_t GetReqStorage() const { return m_cloudStorage->iReqStorage; }
+    void SetReqPicStorage(int32_t iReqPicStorage) {
+        m_cloudStorage.Edit().iReqPicStorage = iReqPicStorage;
+    }
+    int32_t GetReqPicStorage() const { return m_cloudStorage->iReqPicStorage; }
+    void SetBitRate(int32_t iBitRate) { m_cloudStorage.Edit().iBitRate = iBitRate; }
+    int32_t GetBitRate() const { return m_cloudStorage->iBitRate; }
+    void SetTranBandWidth(int32_t iTranBandWidth) {
+        m_cloudStorage.Edit().iTranBandWidth = iTranBandWidth;
+    }
+    int32_t GetTranBandWidth() const { return m_cloudStorage->iTranBandWidth; }
+    void SetUptadeFlag(bool bUpdateFlag) { m_cloudStorage.Edit().bUpdateFlag = bUpdateFlag; }
+    bool GetUptadeFlag() const { return m_cloudStorage->bUpdateFlag; }
 
     /// Takes the figures and allocations of the task table over; the last task decides. After
     /// ALLOC_CLOUD_STORAGE_NOTIFY_RSP the allocations alone. A key that a task lacks is logged, and
@@ -253,14 +258,26 @@ private:
     /// RemoveResourceTask by moving the tasks behind what the argument holds.
     void TakeOutTasks(const std::list<std::string>& taskIdList, std::list<CResourceTask>& removed);
 
-    CSystemResource& NewestSample();
+    /// What only a cloud storage container has.
+    struct CCloudStorage {
+        std::string strProductType;
+        std::string strServiceType;
+        int32_t iReqStorage = 0;
+        int32_t iReqPicStorage = 0;
+        int32_t iBitRate = 0;
+        int32_t iTranBandWidth = 0;
+        bool bUpdateFlag = false;
+        CCopyOnWrite<std::list<ORVA_CLOUD_STORAGE_ALLOC_INFO>> allocInfoList;
+    };
+
+    std::size_t NewestSample() const;
     void ReadCloudStorageFigures(const CResourceTask& task);
 
     std::string m_strContainerType;
     std::string m_strNodeId;
     CSystemResource m_totalResource;
     CContainerStatus m_status;
-    std::vector<CSystemResource> m_statusVector;
+    CCopyOnWrite<std::vector<CSystemResource>> m_statusVector;
     int32_t m_iCurStatusPos = 0;
     time_t m_tLastReportTime;
     CTaskTable m_taskTable;
@@ -276,16 +293,9 @@ private:
     CCopyOnWrite<KeyValueMap> m_privateInfo;
     CCopyOnWrite<KeyFloatValueMap> m_floatPrivateInfo;
     bool m_bNeedUpdate = true;
-    std::string m_strProductType;
-    std::string m_strServiceType;
     int32_t m_iMsgType = 0;
-    int32_t m_iReqStorage = 0;
-    int32_t m_iReqPicStorage = 0;
-    int32_t m_iBitRate = 0;
-    int32_t m_iTranBandWidth = 0;
+    CCopyOnWrite<CCloudStorage> m_cloudStorage;
     int32_t m_iLowPriStoreDay = 0;
-    bool m_bUpdateFlag = false;
-    CCopyOnWrite<std::list<ORVA_CLOUD_STORAGE_ALLOC_INFO>> m_allocInfoList;
     uint32_t m_uiCount = 0;
     bool m_isDoingFaultShift = false;
 };

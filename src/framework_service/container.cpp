@@ -61,20 +61,19 @@ CContainer::CContainer() : m_tLastReportTime(time(nullptr)) {}
 
 void CContainer::SetTotalResource(const CSystemResource& systemResource) {
     m_totalResource = systemResource;
-    if (!m_statusVector.empty()) {
-        CalcDiskRatio(GetTotalDisk(), NewestSample().GetDisk());
+    if (!m_statusVector->empty()) {
+        CalcDiskRatio(GetTotalDisk(), (*m_statusVector)[NewestSample()].GetDisk());
     }
 }
 
 void CContainer::SetCurResource(const CSystemResource& systemResource) {
     CalcDiskRatio(GetTotalDisk(), systemResource.GetDisk());
-    m_status.SetCurSysResource(TakeSample(m_statusVector, m_iCurStatusPos, systemResource));
+    m_status.SetCurSysResource(TakeSample(m_statusVector.Edit(), m_iCurStatusPos, systemResource));
     m_iCurStatusPos = (m_iCurStatusPos + 1) % NUMERIC_SAMPLES;
 }
 
-CSystemResource& CContainer::NewestSample() {
-    const int32_t iNewest = (m_iCurStatusPos + NUMERIC_SAMPLES - 1) % NUMERIC_SAMPLES;
-    return m_statusVector[static_cast<std::size_t>(iNewest)];
+std::size_t CContainer::NewestSample() const {
+    return static_cast<std::size_t>((m_iCurStatusPos + NUMERIC_SAMPLES - 1) % NUMERIC_SAMPLES);
 }
 
 int32_t CContainer::GetCurResourceByType(RESOURCE_TYPE eType) const {
@@ -282,19 +281,19 @@ void CContainer::CalcTaskTotalNet() {
 }
 
 void CContainer::AddDiskToLastestResource(int32_t iDisk) {
-    if (m_statusVector.empty()) {
+    if (m_statusVector->empty()) {
         return;
     }
-    CSystemResource& newest = NewestSample();
+    CSystemResource& newest = m_statusVector.Edit()[NewestSample()];
     newest.SetDisk(WrapAdd(newest.GetDisk(), iDisk));
     CalcDiskRatio(GetTotalDisk(), newest.GetDisk());
 }
 
 void CContainer::DelDiskToLastestResource(int32_t iDisk) {
-    if (m_statusVector.empty()) {
+    if (m_statusVector->empty()) {
         return;
     }
-    CSystemResource& newest = NewestSample();
+    CSystemResource& newest = m_statusVector.Edit()[NewestSample()];
     if (iDisk > newest.GetDisk()) {
         LogFailure(HERE, "container del disk", ORVA_FAIL,
                    "disk param[%d] larger than container disk[%d].", iDisk, newest.GetDisk());
@@ -371,10 +370,11 @@ void CContainer::CalcCloudStorageInfo(int iMsgType) {
             LogTrace(HERE,
                      "CContainer:m_iReqStorage:%d,m_iBitRate:%d,m_iReqPicStorage:%d,"
                      "m_bUpdateFlag:%d.",
-                     m_iReqStorage, m_iBitRate, m_iReqPicStorage, m_bUpdateFlag);
+                     m_cloudStorage->iReqStorage, m_cloudStorage->iBitRate,
+                     m_cloudStorage->iReqPicStorage, m_cloudStorage->bUpdateFlag);
         }
-        m_allocInfoList = task.m_allocInfoList;
-        for (const ORVA_CLOUD_STORAGE_ALLOC_INFO& allocInfo : *m_allocInfoList) {
+        m_cloudStorage.Edit().allocInfoList = task.m_allocInfoList;
+        for (const ORVA_CLOUD_STORAGE_ALLOC_INFO& allocInfo : *task.m_allocInfoList) {
             LogTrace(HERE, "CContainer:CloudStorageCode:%s,AllocStorage:%d.",
                      allocInfo.cloudStorageCode.c_str(), allocInfo.allocStorage);
         }
@@ -391,14 +391,14 @@ void CContainer::ReadCloudStorageFigures(const CResourceTask& task) {
     const auto readNumber = [&readText](const char* pszKey) {
         return HALD::CToolHelp::StrToInt(readText(pszKey), false);
     };
-    m_strProductType = readText(PSZ_TASK_PRODUCT_TYPE);
-    m_strServiceType = readText(PSZ_TASK_SERVICE_TYPE);
-    m_iReqStorage = readNumber(PSZ_TASK_REQ_STORAGE);
-    m_iReqPicStorage = readNumber(PSZ_TASK_REQ_PIC_STORAGE);
-    m_iBitRate = readNumber(PSZ_TASK_LOW_PRI_BIT_RATE);
-    m_iTranBandWidth = readNumber(PSZ_TASK_TRAN_BAND_WIDTH);
-    if (m_strServiceType == SERVICE_TYPE_MPU_R) {
-        m_bUpdateFlag = true;
+    m_cloudStorage.Edit().strProductType = readText(PSZ_TASK_PRODUCT_TYPE);
+    m_cloudStorage.Edit().strServiceType = readText(PSZ_TASK_SERVICE_TYPE);
+    m_cloudStorage.Edit().iReqStorage = readNumber(PSZ_TASK_REQ_STORAGE);
+    m_cloudStorage.Edit().iReqPicStorage = readNumber(PSZ_TASK_REQ_PIC_STORAGE);
+    m_cloudStorage.Edit().iBitRate = readNumber(PSZ_TASK_LOW_PRI_BIT_RATE);
+    m_cloudStorage.Edit().iTranBandWidth = readNumber(PSZ_TASK_TRAN_BAND_WIDTH);
+    if (m_cloudStorage->strServiceType == SERVICE_TYPE_MPU_R) {
+        m_cloudStorage.Edit().bUpdateFlag = true;
     }
 }
 
@@ -418,12 +418,12 @@ void CContainer::SaveCloudStorageReportInfoToZK() {
                    m_strNodeId.c_str(), m_strContainerType.c_str());
     }
     CloudStorageInfo info;
-    info.strProductType = m_strProductType;
-    info.strServiceType = m_strServiceType;
-    info.iReqStorage = m_iReqStorage;
-    info.iReqPicStorage = m_iReqPicStorage;
-    info.iLowPriorityBitRate = m_iBitRate;
-    info.allocInfo = *m_allocInfoList;
+    info.strProductType = m_cloudStorage->strProductType;
+    info.strServiceType = m_cloudStorage->strServiceType;
+    info.iReqStorage = m_cloudStorage->iReqStorage;
+    info.iReqPicStorage = m_cloudStorage->iReqPicStorage;
+    info.iLowPriorityBitRate = m_cloudStorage->iBitRate;
+    info.allocInfo = *m_cloudStorage->allocInfoList;
     LogInfo(HERE, "save cloud storage report info to zk", "alloc info list=%d",
             static_cast<int>(info.allocInfo.size()));
     document.SetCloudStorageInfo(m_strNodeId, info);
@@ -435,5 +435,6 @@ void CContainer::SaveCloudStorageReportInfoToZK() {
 }
 
 void CContainer::GetAllocInfoList(std::list<ORVA_CLOUD_STORAGE_ALLOC_INFO>& allocInfoList) const {
-    allocInfoList.insert(allocInfoList.end(), m_allocInfoList->begin(), m_allocInfoList->end());
+    allocInfoList.insert(allocInfoList.end(), m_cloudStorage->allocInfoList->begin(),
+                         m_cloudStorage->allocInfoList->end());
 }
