@@ -78,16 +78,22 @@ CContainerAddr AddressOf(int i) {
 }
 
 void FillContainers(int iContainers, int iTasks) {
-    const std::list<CResourceTask> tasks = MakeTasks(iTasks);
     ContainerMap containers;
     for (int i = 0; i < iContainers; ++i) {
-        CContainer container;
-        container.SetNodeId(AddressOf(i).GetNodeId());
-        container.SetContainerType(AddressOf(i).GetContainerType());
-        container.SetResourceTask(tasks, 0);
-        containers.emplace(AddressOf(i), container);
+        const CContainerAddr addr = AddressOf(i);
+        CContainer& container = containers[addr];
+        container.SetNodeId(addr.GetNodeId());
+        container.SetContainerType(addr.GetContainerType());
     }
+    StartCluster(containers, iTasks);
+}
+
+void StartCluster(const ContainerMap& containers, int iTasks) {
     CContainerMgr::Instance().Init(containers);
+    const std::list<CResourceTask> tasks = MakeTasks(iTasks);
+    for (const auto& [addr, container] : containers) {
+        CContainerMgr::Instance().SetResourceTask(addr, tasks, 0);
+    }
 }
 
 std::string MakeClusterText() {

@@ -29,6 +29,10 @@ CContainerAddr AddressOf(int i);
 /// address.
 void FillContainers(int iContainers, int iTasks);
 
+/// The same with these containers: loaded first, then each reports its tasks, as in a running
+/// cluster.
+void StartCluster(const ContainerMap& containers, int iTasks);
+
 /// A cluster document just below its limit of 65,535 characters, and a cloud storage document for
 /// its nodes.
 std::string MakeClusterText();

@@ -16,7 +16,6 @@ constexpr int TYPES = 10;
 /// Fills the registries with containers of ten types, of which one in twenty is of the first type
 /// and online.
 void FillTypes(int iContainers) {
-    const std::list<CResourceTask> tasks = MakeTasks(TASKS);
     std::list<CNode> nodes;
     ContainerMap containers;
     for (int i = 0; i < iContainers; ++i) {
@@ -27,12 +26,11 @@ void FillTypes(int iContainers) {
         container.SetNodeId(node.GetNodeId());
         container.SetContainerType("type-" + std::to_string(i % TYPES));
         container.SetOnline(i % (2 * TYPES) == 0);
-        container.SetResourceTask(tasks, 0);
         containers.emplace(CContainerAddr(node.GetNodeId(), container.GetContainerType()),
                            container);
     }
     CNodeMgr::Instance().Init(nodes);
-    CContainerMgr::Instance().Init(containers);
+    StartCluster(containers, TASKS);
 }
 
 void Available(benchmark::State& state) {

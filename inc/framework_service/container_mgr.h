@@ -5,12 +5,13 @@
 #include <ctime>
 #include <list>
 #include <map>
+#include <optional>
 #include <string>
-#include <vector>
 
 #include "common_service/thread_mutex.h"
 #include "framework_service/base_data.h"
 #include "framework_service/container.h"
+#include "framework_service/snapshot_table.h"
 
 /// The status of a service that runs.
 inline constexpr int32_t ORVA_STATUS_RUN = 1;
@@ -34,8 +35,8 @@ struct HighSpeedDownLoadInfo {
 bool SortHighSpeedInfo(const HighSpeedDownLoadInfo& cHighSpeedDownLoadInfoA,
                        const HighSpeedDownLoadInfo& cHighSpeedDownLoadInfoB);
 
-/// The process-wide table of containers. Callable from any thread: every operation holds the lock
-/// for its whole length. Containers are held by value and handed out as copies. A container that is
+/// The process-wide table of containers. Callable from any thread: every operation takes effect as
+/// one under the lock. Containers are held by value and handed out as copies. A container that is
 /// unknown by CContainerAddr's order is logged, or passed over in silence where it says so; a
 /// lock that cannot be had is never logged.
 class CContainerMgr {
@@ -167,21 +168,19 @@ public:
 private:
     friend class CFrameworkCommon;
 
+    using CContainerTable = CSnapshotTable<CContainerAddr, CContainer>;
+
     CContainerMgr() = default;
 
-    /// Swaps the table: the argument leaves with the former one. False without the lock.
-    bool SwapTable(ContainerMap& containerMap);
+    /// False without the lock.
+    bool ReplaceTable(ContainerMap containerMap);
 
-    /// Replaces the argument by copies of the containers of that type that are online.
-    void GetOnlineContainer(const std::string& strContainerType, ContainerMap& containerMap);
+    /// The table as it is now; nothing without the lock.
+    std::optional<CContainerTable> Snapshot();
 
     static CContainerMgr m_Instance;
 
-    /// Sets up m_vecByType when the table has changed.
-    void IndexByTypeLocked();
-
-    ContainerMap m_containerTable;
-    std::vector<const ContainerMap::value_type*> m_vecByType;  ///< the table, by type; or empty
+    CContainerTable m_containerTable;
     HALD_Recursive_Thread_Mutex m_mutex{nullptr, nullptr};
     HALD_Recursive_Thread_Mutex m_HighSpeedMutex{nullptr, nullptr};
     std::list<HighSpeedDownLoadInfo> m_HighSpeedInfoList;

@@ -4,10 +4,12 @@
 #include <cstdint>
 #include <list>
 #include <map>
+#include <optional>
 #include <string>
 
 #include "common_service/thread_mutex.h"
 #include "framework_service/base_data.h"
+#include "framework_service/snapshot_table.h"
 #include "framework_service/tarn_node.h"
 
 /// The process-wide table of the cluster's nodes, and beside it the number of failed fault shifts
@@ -71,16 +73,18 @@ public:
 private:
     friend class CFrameworkCommon;
 
+    using CNodeTable = CSnapshotTable<std::string, CNode>;
+
     CNodeMgr() = default;
 
-    /// Is the node known, and a normal member?
-    bool IsNormalMember(const std::string& strNodeId);
+    /// The table as it is now; nothing without the lock.
+    std::optional<CNodeTable> Snapshot();
 
     void RefreshSizeLocked();
 
     static CNodeMgr m_Instance;
 
-    NodeMap m_nodeTable;
+    CNodeTable m_nodeTable;
     std::map<CContainerAddr, uint64_t> m_containerFaultShiftFailMap;
     HALD_Recursive_Thread_Mutex m_shiftStatusMutex{nullptr, nullptr};
     HALD_Recursive_Thread_Mutex m_mutex{nullptr, nullptr};

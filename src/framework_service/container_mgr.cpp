@@ -27,10 +27,11 @@ void ReportUnknown(const SourcePlace& place, ELookup eLookup, const char* pszOpe
 }
 
 /// The container's answer to a question; false for an unknown container.
-bool Ask(HALD_Recursive_Thread_Mutex& mutex, ContainerMap& table,
+bool Ask(HALD_Recursive_Thread_Mutex& mutex,
+         const CSnapshotTable<CContainerAddr, CContainer>& table,
          const CContainerAddr& containerAddr, bool (CContainer::*pQuestion)() const) {
     bool bAnswer = false;
-    WithEntry(mutex, table, containerAddr, [&bAnswer, pQuestion](const CContainer& container) {
+    ReadEntry(mutex, table, containerAddr, [&bAnswer, pQuestion](const CContainer& container) {
         bAnswer = (container.*pQuestion)();
     });
     return bAnswer;
@@ -113,25 +114,34 @@ bool SortHighSpeedInfo(const HighSpeedDownLoadInfo& cHighSpeedDownLoadInfoA,
 // report waits for neither.
 
 int32_t CContainerMgr::Init(const ContainerMap& containerMap) {
-    ContainerMap table(containerMap);
-    return SwapTable(table) ? ORVA_SUCCEED : ORVA_FAIL;
+    return ReplaceTable(containerMap) ? ORVA_SUCCEED : ORVA_FAIL;
 }
 
-bool CContainerMgr::SwapTable(ContainerMap& containerMap) {
+bool CContainerMgr::ReplaceTable(ContainerMap containerMap) {
+    CContainerTable table(std::move(containerMap));
     const MutexGuard guard(m_mutex);
     if (guard.locked()) {
-        m_containerTable.swap(containerMap);
-        m_vecByType.clear();
+        std::swap(m_containerTable, table);
     }
     return guard.locked();
 }
 
-void CContainerMgr::GetAllContainer(ContainerMap& containerTable) {
-    ContainerMap former;
+std::optional<CContainerMgr::CContainerTable> CContainerMgr::Snapshot() {
     const MutexGuard guard(m_mutex);
-    if (guard.locked()) {
-        former.swap(containerTable);
-        containerTable = m_containerTable;
+    if (!guard.locked()) {
+        return std::nullopt;
+    }
+    return m_containerTable;
+}
+
+void CContainerMgr::GetAllContainer(ContainerMap& containerTable) {
+    const std::optional<CContainerTable> snapshot = Snapshot();
+    if (!snapshot) {
+        return;
+    }
+    containerTable.clear();
+    for (const auto& [containerAddr, container] : *snapshot) {
+        containerTable.emplace_hint(containerTable.end(), containerAddr, container);
     }
 }
 
@@ -140,33 +150,33 @@ int32_t CContainerMgr::AddContainer(const ContainerMap& containerMap) {
     if (!guard.locked()) {
         return ORVA_FAIL;
     }
-    m_vecByType.clear();
     for (const auto& [containerAddr, container] : containerMap) {
-        const auto [it, bInserted] = m_containerTable.try_emplace(containerAddr, container);
-        if (!bInserted) {
-            it->second.SetMemberStatus(CLUSTER_MEMBER_NORMAL);
-            it->second.SetOnline(true);
-            it->second.SetResTaskNeedUpdate(true);
+        CContainer* const pKnown = m_containerTable.Edit(containerAddr);
+        if (pKnown == nullptr) {
+            m_containerTable.Insert(containerAddr, container);
+            continue;
         }
+        pKnown->SetMemberStatus(CLUSTER_MEMBER_NORMAL);
+        pKnown->SetOnline(true);
+        pKnown->SetResTaskNeedUpdate(true);
     }
     return ORVA_SUCCEED;
 }
 
 int32_t CContainerMgr::RemoveContainer(const CContainerAddr& containerAddr) {
-    ContainerMap::node_type removed;
+    std::optional<CContainer> removed;
     const MutexGuard guard(m_mutex);
     if (!guard.locked()) {
         return ORVA_FAIL;
     }
-    m_vecByType.clear();
-    removed = m_containerTable.extract(containerAddr);
+    removed = m_containerTable.Remove(containerAddr);
     return ORVA_SUCCEED;
 }
 
 void CContainerMgr::SetContainerOnline(const CContainerAddr& containerAddr, bool bOnline) {
     const SourcePlace place = HERE;
     const ELookup eLookup =
-        WithEntry(m_mutex, m_containerTable, containerAddr, [&](CContainer& container) {
+        ChangeEntry(m_mutex, m_containerTable, containerAddr, [&](CContainer& container) {
             container.SetOnline(bOnline);
             if (bOnline) {
                 container.SetFaultShift(false);
@@ -186,7 +196,7 @@ void CContainerMgr::SetSystemResource(const CContainerAddr& containerAddr,
                                       const CSystemResource& totalSysRes,
                                       const CSystemResource& curSysRes) {
     const ELookup eLookup =
-        WithEntry(m_mutex, m_containerTable, containerAddr, [&](CContainer& container) {
+        ChangeEntry(m_mutex, m_containerTable, containerAddr, [&](CContainer& container) {
             container.SetStatusReportTime();
             container.SetTotalResource(totalSysRes);
             container.SetCurResource(curSysRes);
@@ -196,16 +206,16 @@ void CContainerMgr::SetSystemResource(const CContainerAddr& containerAddr,
 }
 
 void CContainerMgr::UpdateContainerReportTime(const CContainerAddr& containerAddr) {
-    WithEntry(m_mutex, m_containerTable, containerAddr,
-              [](CContainer& container) { container.SetStatusReportTime(); });
+    ChangeEntry(m_mutex, m_containerTable, containerAddr,
+                [](CContainer& container) { container.SetStatusReportTime(); });
 }
 
 void CContainerMgr::SetProcessState(const CContainerAddr& containerAddr,
                                     const std::map<std::string, int>& processTable) {
     CCopyOnWrite<std::map<std::string, int>> table(processTable);
     const ELookup eLookup =
-        WithEntry(m_mutex, m_containerTable, containerAddr,
-                  [&](CContainer& container) { std::swap(container.m_processTable, table); });
+        ChangeEntry(m_mutex, m_containerTable, containerAddr,
+                    [&](CContainer& container) { std::swap(container.m_processTable, table); });
     ReportUnknown(HERE, eLookup, "Container mgr set process list", ORVA_PARA_INVALID,
                   MESSAGE_CONTAINER_ID, containerAddr);
 }
@@ -218,7 +228,7 @@ void CContainerMgr::SetResourceTask(const CContainerAddr& containerAddr,
                                     const std::list<CResourceTask>& taskTable, int iMsgType) {
     CContainer::CTaskReport report(taskTable);
     const ELookup eLookup =
-        WithEntry(m_mutex, m_containerTable, containerAddr, [&](CContainer& container) {
+        ChangeEntry(m_mutex, m_containerTable, containerAddr, [&](CContainer& container) {
             if (container.GetContainerType() == CONTAINER_TYPE_IMG_DEV && !taskTable.empty()) {
                 container.SetFaultShift(false);
             }
@@ -231,7 +241,7 @@ void CContainerMgr::SetResourceTask(const CContainerAddr& containerAddr,
 void CContainerMgr::GetResTaskList(const CContainerAddr& containerAddr,
                                    std::list<CResourceTask>& resTaskList) {
     const ELookup eLookup =
-        WithEntry(m_mutex, m_containerTable, containerAddr,
+        ReadEntry(m_mutex, m_containerTable, containerAddr,
                   [&](const CContainer& container) { container.GetResoureTask(resTaskList); });
     ReportUnknown(HERE, eLookup, "Container mgr get resource task", ORVA_PARA_INVALID,
                   MESSAGE_CONTAINER_ID, containerAddr);
@@ -241,8 +251,8 @@ void CContainerMgr::RemoveResourceTask(const CContainerAddr& containerAddr,
                                        const std::list<std::string>& taskIdList) {
     std::list<CResourceTask> removed;
     const ELookup eLookup =
-        WithEntry(m_mutex, m_containerTable, containerAddr,
-                  [&](CContainer& container) { container.TakeOutTasks(taskIdList, removed); });
+        ChangeEntry(m_mutex, m_containerTable, containerAddr,
+                    [&](CContainer& container) { container.TakeOutTasks(taskIdList, removed); });
     ReportUnknown(HERE, eLookup, "Container mgr remove resource task", ORVA_PARA_INVALID,
                   MESSAGE_CONTAINER_ID, containerAddr);
 }
@@ -251,7 +261,7 @@ void CContainerMgr::AddResourceTask(const CContainerAddr& containerAddr,
                                     const std::list<CResourceTask>& resTaskList) {
     std::list<CResourceTask> tasks(resTaskList);
     const ELookup eLookup =
-        WithEntry(m_mutex, m_containerTable, containerAddr, [&](CContainer& container) {
+        ChangeEntry(m_mutex, m_containerTable, containerAddr, [&](CContainer& container) {
             container.TakeTasks(tasks);
             container.SetOnline(true);
         });
@@ -261,21 +271,22 @@ void CContainerMgr::AddResourceTask(const CContainerAddr& containerAddr,
 
 void CContainerMgr::SetContainerResTaskNeedUpdate(const CContainerAddr& containerAddr,
                                                   bool bNeedUpdate) {
-    WithEntry(m_mutex, m_containerTable, containerAddr,
-              [&](CContainer& container) { container.SetResTaskNeedUpdate(bNeedUpdate); });
+    ChangeEntry(m_mutex, m_containerTable, containerAddr,
+                [&](CContainer& container) { container.SetResTaskNeedUpdate(bNeedUpdate); });
 }
 
 void CContainerMgr::SaveDataToZK(const CContainerAddr& containerAddr) {
-    const ELookup eLookup = WithEntry(m_mutex, m_containerTable, containerAddr,
-                                      [](CContainer& container) { container.SaveDataToZK(); });
+    // A copy is saved: what the store calls back on this thread may change the table.
+    const ELookup eLookup = ReadEntry(m_mutex, m_containerTable, containerAddr,
+                                      [](CContainer container) { container.SaveDataToZK(); });
     ReportUnknown(HERE, eLookup, "Container mgr set data to zk", ORVA_PARA_INVALID,
                   MESSAGE_CONTAINER_TYPE, containerAddr);
 }
 
 void CContainerMgr::SetContainerFaultShift(const CContainerAddr& containerAddr, bool bFaultShift) {
     const ELookup eLookup =
-        WithEntry(m_mutex, m_containerTable, containerAddr,
-                  [&](CContainer& container) { container.SetFaultShift(bFaultShift); });
+        ChangeEntry(m_mutex, m_containerTable, containerAddr,
+                    [&](CContainer& container) { container.SetFaultShift(bFaultShift); });
     ReportUnknown(HERE, eLookup, "Container mgr set container fault shift", ORVA_PARA_INVALID,
                   MESSAGE_CONTAINER_ID, containerAddr);
 }
@@ -289,7 +300,7 @@ void CContainerMgr::SetContainerDoingFaultShift(const CContainerAddr& containerA
     const SourcePlace place = HERE;
     constexpr char OPERATION[] = "set container Doing Fault Shift";
     const ELookup eLookup =
-        WithEntry(m_mutex, m_containerTable, containerAddr, [&](CContainer& container) {
+        ChangeEntry(m_mutex, m_containerTable, containerAddr, [&](CContainer& container) {
             container.SetFaultStatus(isDoingFaultShift);
             LogInfo(place, OPERATION, "container code[%s:%s], Doing Fault Shit[%d].",
                     container.GetNodeId().c_str(), container.GetContainerType().c_str(),
@@ -304,26 +315,26 @@ bool CContainerMgr::IsContainerDoingFaultShift(const CContainerAddr& containerAd
 
 void CContainerMgr::SetContainerMemberStatus(const CContainerAddr& containerAddr,
                                              int bMemberStatus) {
-    WithEntry(m_mutex, m_containerTable, containerAddr,
-              [&](CContainer& container) { container.SetMemberStatus(bMemberStatus); });
+    ChangeEntry(m_mutex, m_containerTable, containerAddr,
+                [&](CContainer& container) { container.SetMemberStatus(bMemberStatus); });
 }
 
 void CContainerMgr::SetExtParam(const CContainerAddr& containerAddr,
                                 const KeyValueMap& privateInfo) {
     CCopyOnWrite<KeyValueMap> table(privateInfo);
-    WithEntry(m_mutex, m_containerTable, containerAddr,
-              [&](CContainer& container) { std::swap(container.m_privateInfo, table); });
+    ChangeEntry(m_mutex, m_containerTable, containerAddr,
+                [&](CContainer& container) { std::swap(container.m_privateInfo, table); });
 }
 
 void CContainerMgr::SetExtParamValueByKey(const CContainerAddr& containerAddr,
                                           const std::string& strKey, const std::string& strValue) {
-    WithEntry(m_mutex, m_containerTable, containerAddr,
-              [&](CContainer& container) { container.SetValueByKey(strKey, strValue); });
+    ChangeEntry(m_mutex, m_containerTable, containerAddr,
+                [&](CContainer& container) { container.SetValueByKey(strKey, strValue); });
 }
 
 void CContainerMgr::GetExtParamValueByKey(const CContainerAddr& containerAddr,
                                           const std::string& strKey, std::string& strValue) {
-    WithEntry(m_mutex, m_containerTable, containerAddr,
+    ReadEntry(m_mutex, m_containerTable, containerAddr,
               [&](const CContainer& container) { container.GetValueByKey(strKey, strValue); });
 }
 
@@ -395,42 +406,10 @@ void CContainerMgr::SetUptadeFlag(const std::string& strServiceType, bool bFalg)
     if (!guard.locked()) {
         return;
     }
-    for (auto& [containerAddr, container] : m_containerTable) {
-        if (container.GetServiceType() == strServiceType) {
-            container.SetUptadeFlag(bFalg);
-        }
-    }
-}
-
-void CContainerMgr::IndexByTypeLocked() {
-    if (m_vecByType.size() == m_containerTable.size()) {
-        return;
-    }
-    m_vecByType.reserve(m_containerTable.size());
-    for (const ContainerMap::value_type& entry : m_containerTable) {
-        m_vecByType.push_back(&entry);
-    }
-    std::stable_sort(
-        m_vecByType.begin(), m_vecByType.end(), [](const auto* pLeft, const auto* pRight) {
-            return pLeft->second.GetContainerType() < pRight->second.GetContainerType();
-        });
-}
-
-void CContainerMgr::GetOnlineContainer(const std::string& strContainerType,
-                                       ContainerMap& containerMap) {
-    containerMap.clear();
-    const MutexGuard guard(m_mutex);
-    if (!guard.locked()) {
-        return;
-    }
-    IndexByTypeLocked();
-    auto it = std::lower_bound(m_vecByType.begin(), m_vecByType.end(), strContainerType,
-                               [](const auto* pEntry, const std::string& strType) {
-                                   return pEntry->second.GetContainerType() < strType;
-                               });
-    for (; it != m_vecByType.end() && (*it)->second.GetContainerType() == strContainerType; ++it) {
-        if ((*it)->second.IsOnline()) {
-            containerMap.insert(containerMap.end(), **it);
+    const CContainerTable former(m_containerTable);
+    for (const auto& [containerAddr, container] : former) {
+        if (container.m_cloudStorage->strServiceType == strServiceType) {
+            m_containerTable.Edit(containerAddr)->SetUptadeFlag(bFalg);
         }
     }
 }

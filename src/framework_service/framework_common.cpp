@@ -91,6 +91,12 @@ void UpdateValidatedLinks(const std::list<CNode>& nodeList) {
     }
 }
 
+/// Is the node known, and a normal member?
+bool IsNormalMember(const CSnapshotTable<std::string, CNode>& nodes, const std::string& strNodeId) {
+    const CNode* const pNode = nodes.Find(strNodeId);
+    return pNode != nullptr && pNode->GetMemberStatus() == CLUSTER_MEMBER_NORMAL;
+}
+
 }  // namespace
 
 int CFrameworkCommon::InitClusterConfigFromZK() {
@@ -161,7 +167,7 @@ int CFrameworkCommon::InitContainerMgr(const std::list<CNode>& nodeList) {
     if (const int iRet = GenContainerTable(nodeList, containerMap); iRet != ORVA_SUCCEED) {
         return LogFailure(HERE, OPERATION_INIT_CONTAINER_MGR, iRet, "gen container table fail.");
     }
-    CContainerMgr::Instance().SwapTable(containerMap);
+    CContainerMgr::Instance().ReplaceTable(std::move(containerMap));
     return ORVA_SUCCEED;
 }
 
@@ -301,17 +307,20 @@ int CFrameworkCommon::SetNodeClusterStatus(const std::list<std::string>& nodeCod
 void CFrameworkCommon::GetAvailableContainer(const std::string& strContainerType,
                                              ContainerMap& containerMap) {
     ContainerMap available;
-    CContainerMgr::Instance().GetOnlineContainer(strContainerType, available);
-    for (auto it = available.begin(); it != available.end();) {
-        const CContainer& container = it->second;
-        if (!CNodeMgr::Instance().IsNormalMember(container.GetNodeId()) ||
-            !container.IsProcessRunning()) {
-            it = available.erase(it);
+    const auto containers = CContainerMgr::Instance().Snapshot();
+    const auto nodes = CNodeMgr::Instance().Snapshot();
+    if (!containers || !nodes) {
+        containerMap.clear();
+        return;
+    }
+    for (const auto& [containerAddr, container] : *containers) {
+        if (container.GetContainerType() != strContainerType || !container.IsOnline() ||
+            !IsNormalMember(*nodes, container.GetNodeId()) || !container.IsProcessRunning()) {
             continue;
         }
         LogTrace(HERE, "orva plugin, available orva container, node id[%s].",
                  container.GetNodeId().c_str());
-        ++it;
+        available.emplace_hint(available.end(), containerAddr, container);
     }
     containerMap.swap(available);
 }

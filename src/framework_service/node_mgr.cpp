@@ -1,6 +1,7 @@
 #include "framework_service/node_mgr.h"
 
 #include <algorithm>
+#include <utility>
 
 #include "common_service/tarn_def.h"
 #include "internal/log.h"
@@ -12,17 +13,18 @@ using namespace framework_internal;
 CNodeMgr CNodeMgr::m_Instance;
 
 void CNodeMgr::RefreshSizeLocked() {
-    m_uiSize = static_cast<unsigned int>(m_nodeTable.size());
+    m_uiSize = static_cast<unsigned int>(m_nodeTable.Size());
 }
 
 void CNodeMgr::Init(const std::list<CNode>& nodeList) {
-    NodeMap nodeTable;
+    NodeMap nodeMap;
     for (const CNode& node : nodeList) {
-        nodeTable.insert_or_assign(node.GetNodeId(), node);
+        nodeMap.insert_or_assign(node.GetNodeId(), node);
     }
+    CNodeTable nodeTable(std::move(nodeMap));
     const MutexGuard guard(m_mutex);
     if (guard.locked()) {
-        m_nodeTable.swap(nodeTable);
+        std::swap(m_nodeTable, nodeTable);
         RefreshSizeLocked();
     }
 }
@@ -33,52 +35,57 @@ void CNodeMgr::AddNode(const NodeMap& nodeMap) {
         return;
     }
     for (const auto& [strNodeId, node] : nodeMap) {
-        m_nodeTable.insert_or_assign(strNodeId, node);
+        if (CNode* const pKnown = m_nodeTable.Edit(strNodeId); pKnown != nullptr) {
+            *pKnown = node;
+        } else {
+            m_nodeTable.Insert(strNodeId, node);
+        }
     }
     RefreshSizeLocked();
 }
 
-void CNodeMgr::GetAllNode(std::list<CNode>& nodeList) {
+std::optional<CNodeMgr::CNodeTable> CNodeMgr::Snapshot() {
     const MutexGuard guard(m_mutex);
     if (!guard.locked()) {
+        return std::nullopt;
+    }
+    return m_nodeTable;
+}
+
+void CNodeMgr::GetAllNode(std::list<CNode>& nodeList) {
+    const std::optional<CNodeTable> snapshot = Snapshot();
+    if (!snapshot) {
         return;
     }
-    for (const auto& [strNodeId, node] : m_nodeTable) {
+    for (const auto& [strNodeId, node] : *snapshot) {
         nodeList.push_back(node);
     }
 }
 
 bool CNodeMgr::GetNode(const std::string& strNodeId, CNode& node) {
-    return WithEntry(m_mutex, m_nodeTable, strNodeId,
+    return ReadEntry(m_mutex, m_nodeTable, strNodeId,
                      [&node](const CNode& known) { node = known; }) == ELookup::FOUND;
 }
 
 bool CNodeMgr::IsNodeExist(const std::string& strNodeCode) {
-    return WithEntry(m_mutex, m_nodeTable, strNodeCode, [](const CNode&) {}) == ELookup::FOUND;
+    return ReadEntry(m_mutex, m_nodeTable, strNodeCode, [](const CNode&) {}) == ELookup::FOUND;
 }
 
 void CNodeMgr::SetNodeOnline(const std::string& strNodeId, bool bOnline) {
-    WithEntry(m_mutex, m_nodeTable, strNodeId, [bOnline](CNode& node) { node.SetOnline(bOnline); });
+    ChangeEntry(m_mutex, m_nodeTable, strNodeId,
+                [bOnline](CNode& node) { node.SetOnline(bOnline); });
 }
 
 bool CNodeMgr::IsNodeOnline(const std::string& strNodeId) {
     bool bOnline = false;
-    WithEntry(m_mutex, m_nodeTable, strNodeId,
+    ReadEntry(m_mutex, m_nodeTable, strNodeId,
               [&bOnline](const CNode& node) { bOnline = node.IsOnline(); });
     return bOnline;
 }
 
-bool CNodeMgr::IsNormalMember(const std::string& strNodeId) {
-    bool bNormal = false;
-    WithEntry(m_mutex, m_nodeTable, strNodeId, [&bNormal](const CNode& node) {
-        bNormal = node.GetMemberStatus() == CLUSTER_MEMBER_NORMAL;
-    });
-    return bNormal;
-}
-
 void CNodeMgr::SetSystemResource(const std::string& strNodeID, const CSystemResource& totalSysRes,
                                  const CSystemResource& curSysRes) {
-    const ELookup eLookup = WithEntry(m_mutex, m_nodeTable, strNodeID, [&](CNode& node) {
+    const ELookup eLookup = ChangeEntry(m_mutex, m_nodeTable, strNodeID, [&](CNode& node) {
         node.SetTotalResource(totalSysRes);
         node.SetCurResource(curSysRes);
     });
@@ -94,9 +101,8 @@ void CNodeMgr::SetMemberStatus(const std::list<std::string>& nodeCodeList, int i
         return;
     }
     for (const std::string& strNodeCode : nodeCodeList) {
-        const auto it = m_nodeTable.find(strNodeCode);
-        if (it != m_nodeTable.end()) {
-            it->second.SetMemberStatus(iStatus);
+        if (CNode* const pNode = m_nodeTable.Edit(strNodeCode); pNode != nullptr) {
+            pNode->SetMemberStatus(iStatus);
         }
     }
 }
@@ -106,14 +112,14 @@ void CNodeMgr::RemoveNode(const std::string& strNodeId) {
     if (!guard.locked()) {
         return;
     }
-    m_nodeTable.erase(strNodeId);
+    m_nodeTable.Remove(strNodeId);
     RefreshSizeLocked();
 }
 
 void CNodeMgr::RemoveNodeContainer(const std::string& strNodeId,
                                    const std::string& strContainerType,
                                    unsigned int& uiContainerLeftNum) {
-    const ELookup eLookup = WithEntry(m_mutex, m_nodeTable, strNodeId, [&](CNode& node) {
+    const ELookup eLookup = ChangeEntry(m_mutex, m_nodeTable, strNodeId, [&](CNode& node) {
         uiContainerLeftNum = DropContainerType(node, strContainerType);
     });
     if (eLookup == ELookup::UNKNOWN) {
@@ -124,11 +130,11 @@ void CNodeMgr::RemoveNodeContainer(const std::string& strNodeId,
 int CNodeMgr::GetNearbyNodeListByIP(uint32_t uiIP, uint32_t uiMask,
                                     std::list<std::string>& nodeList) {
     nodeList.clear();
-    const MutexGuard guard(m_mutex);
-    if (!guard.locked()) {
+    const std::optional<CNodeTable> snapshot = Snapshot();
+    if (!snapshot) {
         return ORVA_FAIL;
     }
-    for (const auto& [strKey, node] : m_nodeTable) {
+    for (const auto& [strKey, node] : *snapshot) {
         if ((node.GetNodeIpInt() & uiMask) == (uiIP & uiMask)) {
             nodeList.push_back(node.GetNodeId());
         }
@@ -144,10 +150,12 @@ void CNodeMgr::SetContainerShiftFaultTimes(const CContainerAddr& addr, uint64_t 
 }
 
 uint64_t CNodeMgr::GetContainerShiftFaultTimes(const CContainerAddr& addr) {
-    uint64_t uiTimes = 0;
-    WithEntry(m_shiftStatusMutex, m_containerFaultShiftFailMap, addr,
-              [&uiTimes](uint64_t uiKnown) { uiTimes = uiKnown; });
-    return uiTimes;
+    const MutexGuard guard(m_shiftStatusMutex);
+    if (!guard.locked()) {
+        return 0;
+    }
+    const auto it = m_containerFaultShiftFailMap.find(addr);
+    return it != m_containerFaultShiftFailMap.end() ? it->second : 0;
 }
 
 void CNodeMgr::ClearContainerShiftStatus(const std::string& nodeCode) {

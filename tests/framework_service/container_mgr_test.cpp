@@ -572,6 +572,23 @@ TEST_F(ContainerRegistrySave, StoreMayComeBackOnTheSameThread) {
     EXPECT_EQ(strPath, Path("/CloudStorage"));
 }
 
+/// A store whose reads end the membership of the container that is being saved.
+class CRemovingStore : public CMemoryStore {
+public:
+    int Read(const std::string& strPath, StoreWatcher pWatcher, CStoreAnswer& answer) override {
+        CContainerMgr::Instance().RemoveContainer(CLOUD);
+        return CMemoryStore::Read(strPath, pWatcher, answer);
+    }
+};
+
+TEST_F(ContainerRegistrySave, SavesWhatItFoundThoughTheStoreTakesTheContainerAway) {
+    const auto pStore = std::make_shared<CRemovingStore>();
+    SetStore(pStore);
+    m_registry.SaveDataToZK(CLOUD);
+    EXPECT_EQ(pStore->Get(Path("/CloudStorage")), Document(Entry("N1")));
+    EXPECT_EQ(Table().count(CLOUD), 0U);
+}
+
 class ContainerRegistryThreads : public ContainerRegistrySave {
 protected:
     static constexpr int NUMERIC_THREADS = 4;

@@ -1,0 +1,286 @@
+#include <gmock/gmock.h>
+
+#include <atomic>
+#include <random>
+#include <string>
+#include <thread>
+#include <utility>
+#include <vector>
+
+#include "common_service/tarn_def.h"
+#include "framework_service/container_mgr.h"
+#include "framework_service/snapshot_table.h"
+#include "support/host_fixture.h"
+
+namespace {
+
+using CTable = CSnapshotTable<int, std::string>;
+
+std::map<int, std::string> ToMap(const CTable& table) {
+    std::map<int, std::string> map;
+    int iBefore = -1;
+    for (const auto& [iKey, strValue] : table) {
+        EXPECT_GT(iKey, iBefore);
+        iBefore = iKey;
+        map.emplace(iKey, strValue);
+    }
+    return map;
+}
+
+std::map<int, std::string> MakeMap(int iSize) {
+    std::map<int, std::string> map;
+    for (int i = 0; i < iSize; ++i) {
+        map.emplace(2 * i, std::to_string(i));
+    }
+    return map;
+}
+
+class SnapshotTableOfSize : public testing::TestWithParam<int> {};
+
+TEST_P(SnapshotTableOfSize, HoldsWhatTheMapHeldAndNothingElse) {
+    const std::map<int, std::string> map = MakeMap(GetParam());
+    CTable table(map);
+    EXPECT_EQ(table.Size(), map.size());
+    EXPECT_EQ(ToMap(table), map);
+    for (int iKey = -1; iKey <= 2 * GetParam() + 1; ++iKey) {
+        const auto it = map.find(iKey);
+        const std::string* const pFound = std::as_const(table).Find(iKey);
+        EXPECT_EQ(pFound != nullptr, it != map.end()) << iKey;
+        EXPECT_EQ(table.Edit(iKey) != nullptr, it != map.end()) << iKey;
+        if (pFound != nullptr && it != map.end()) {
+            EXPECT_EQ(*pFound, it->second);
+        }
+    }
+}
+
+TEST_P(SnapshotTableOfSize, EmptiesEntryByEntry) {
+    std::map<int, std::string> map = MakeMap(GetParam());
+    CTable table(map);
+    while (!map.empty()) {
+        const auto it = std::next(map.begin(), static_cast<std::ptrdiff_t>(map.size() / 2));
+        EXPECT_EQ(table.Remove(it->first), it->second);
+        map.erase(it);
+        EXPECT_EQ(ToMap(table), map);
+    }
+    EXPECT_EQ(table.Size(), 0U);
+    EXPECT_EQ(table.Remove(0), std::nullopt);
+}
+
+INSTANTIATE_TEST_SUITE_P(Sizes, SnapshotTableOfSize, testing::Values(0, 1, 15, 16, 17, 32, 33, 200));
+
+TEST(SnapshotTable, BehavesAsAMapAndItsCopiesAsCopiesOfTheMap) {
+    const unsigned int uiSeed = std::random_device()();
+    SCOPED_TRACE("seed " + std::to_string(uiSeed));
+    std::mt19937 random(uiSeed);
+    CTable table;
+    std::map<int, std::string> map;
+    std::vector<std::pair<CTable, std::map<int, std::string>>> snapshots;
+    for (int iStep = 0; iStep < 4000; ++iStep) {
+        const auto iKey = static_cast<int>(random() % 300);
+        const std::string strValue = std::to_string(iStep);
+        // Grows for the first half and shrinks from then on.
+        const bool bRemove = random() % 4 == 0 || (iStep > 2000 && random() % 2 == 0);
+        if (std::string* const pKnown = table.Edit(iKey); pKnown == nullptr) {
+            ASSERT_EQ(map.count(iKey), 0U);
+            table.Insert(iKey, strValue);
+            map.emplace(iKey, strValue);
+        } else if (bRemove) {
+            ASSERT_EQ(table.Remove(iKey), map.at(iKey));
+            map.erase(iKey);
+        } else {
+            *pKnown = strValue;
+            map.at(iKey) = strValue;
+        }
+        if (random() % 16 == 0) {
+            snapshots.emplace_back(table, map);
+        }
+    }
+    EXPECT_EQ(ToMap(table), map);
+    for (const auto& [snapshot, then] : snapshots) {
+        ASSERT_EQ(ToMap(snapshot), then);
+        ASSERT_EQ(snapshot.Size(), then.size());
+    }
+}
+
+TEST(SnapshotTable, CopiesOnlyTheRunThatChangesHoweverItWasFilled) {
+    CTable grown;
+    for (const auto& [iKey, strValue] : MakeMap(200)) {
+        grown.Insert(iKey, strValue);
+    }
+    for (CTable table : {CTable(MakeMap(200)), grown}) {
+        const CTable snapshot(table);
+        table.Edit(0)->append("changed");
+        EXPECT_EQ(*snapshot.Find(0), "0");
+        EXPECT_NE(std::as_const(table).Find(0), snapshot.Find(0));
+        EXPECT_EQ(std::as_const(table).Find(398), snapshot.Find(398));
+    }
+}
+
+class Snapshots : public CHostTest {
+protected:
+    Snapshots() { OMAdapter::getInstance().setLogger(nullptr); }
+    ~Snapshots() override { CContainerMgr::Instance().Init({}); }
+};
+
+CResourceTask MakeTask(unsigned int uiMark) {
+    CResourceTask task;
+    task.SetTaskId(std::to_string(uiMark));
+    task.InsertSingleKeyValue("mark", std::to_string(uiMark));
+    task.InsertSingleKeyValue(PSZ_TASK_SERVICE_TYPE, std::to_string(uiMark % 3));
+    return task;
+}
+
+/// Everything in the containers that writers set, as one text.
+std::string Describe(const ContainerMap& containers) {
+    std::string strText;
+    for (const auto& [addr, container] : containers) {
+        strText += "\n" + addr.GetNodeId() + addr.GetContainerType() + ":" +
+                   std::to_string(container.GetStatus().GetCurSysResource().GetDisk()) + ";" +
+                   std::to_string(container.GetDiskRatio()) + ";" + container.GetServiceType() +
+                   ";" + std::to_string(container.GetUptadeFlag()) + ";";
+        std::list<CResourceTask> tasks;
+        container.GetResoureTask(tasks);
+        for (const CResourceTask& task : tasks) {
+            KeyValueMap privateInfo;
+            task.GetAllPrivateInfo(privateInfo);
+            strText += task.GetTaskId() + "=" + privateInfo["mark"] + ";";
+        }
+        KeyValueMap privateInfo;
+        container.GetAllPrivateInfo(privateInfo);
+        for (const auto& [strKey, strValue] : privateInfo) {
+            strText += strKey + "=" + strValue + ";";
+        }
+        std::map<std::string, int> processes;
+        container.GetProcessState(processes);
+        for (const auto& [strProcess, iState] : processes) {
+            strText += strProcess + "=" + std::to_string(iState) + ";";
+        }
+    }
+    return strText;
+}
+
+/// One random change through the registry, of every kind that touches shared storage.
+void ChangeAtRandom(const CContainerAddr& addr, std::mt19937& random) {
+    CContainerMgr& containerMgr = CContainerMgr::Instance();
+    const auto iMark = static_cast<int>(random() % 50);
+    const auto uiMark = static_cast<unsigned int>(iMark);
+    switch (random() % 10) {
+        case 0:
+            return containerMgr.SetResourceTask(addr, {MakeTask(uiMark), MakeTask(uiMark + 1)}, 0);
+        case 1:
+            return containerMgr.AddResourceTask(addr, {MakeTask(uiMark)});
+        case 2:
+            return containerMgr.RemoveResourceTask(addr, {std::to_string(uiMark)});
+        case 3:
+            return containerMgr.SetExtParamValueByKey(addr, "mark", std::to_string(uiMark));
+        case 4:
+            return containerMgr.SetProcessState(addr, {{"p", iMark}});
+        case 5:
+            return containerMgr.SetExtParam(addr, {{"whole", std::to_string(uiMark)}});
+        case 6:
+            return containerMgr.SetUptadeFlag(std::to_string(uiMark % 3), uiMark % 2 == 0);
+        case 7:
+            containerMgr.RemoveContainer(addr);
+            return;
+        case 8: {
+            CContainer container;
+            container.SetNodeId(addr.GetNodeId());
+            container.SetContainerType(addr.GetContainerType());
+            containerMgr.AddContainer({{addr, container}});
+            return;
+        }
+        default: {
+            CSystemResource resource;
+            resource.SetDisk(iMark);
+            return containerMgr.SetSystemResource(addr, resource, resource);
+        }
+    }
+}
+
+/// Writes to every part of a copy that it may share with others.
+void ChangeACopy(CContainer container) {
+    container.AddTask(MakeTask(1000));
+    container.SetValueByKey("mark", "other");
+    container.SetProcessState({{"other", 1}});
+    container.SetCurResource(CSystemResource());
+    container.AddDiskToLastestResource(1000);
+    container.SetServiceType("other");
+}
+
+TEST_F(Snapshots, HoldWhatWasTrueWhenTheyWereTaken) {
+    const unsigned int uiSeed = std::random_device()();
+    SCOPED_TRACE("seed " + std::to_string(uiSeed));
+    std::vector<CContainerAddr> addrs;
+    ContainerMap containers;
+    for (int i = 0; i < 40; ++i) {
+        addrs.emplace_back("node" + std::to_string(i), CONTAINER_TYPE_CLOUD_STORAGE);
+        containers[addrs.back()].SetContainerType(CONTAINER_TYPE_CLOUD_STORAGE);
+    }
+    CContainerMgr::Instance().Init(containers);
+
+    constexpr unsigned int THREADS = 4;
+    constexpr int STEPS = 200;
+    std::vector<std::string> broken(THREADS);
+    std::vector<std::thread> threads;
+    for (unsigned int uiThread = 0; uiThread < THREADS; ++uiThread) {
+        threads.emplace_back([&, uiThread] {
+            std::mt19937 random(uiSeed + uiThread);
+            std::vector<std::pair<ContainerMap, std::string>> snapshots;
+            for (int iStep = 0; iStep < STEPS; ++iStep) {
+                ChangeAtRandom(addrs[random() % addrs.size()], random);
+                ContainerMap snapshot;
+                CContainerMgr::Instance().GetAllContainer(snapshot);
+                std::string strThen = Describe(snapshot);
+                if (!snapshot.empty()) {
+                    ChangeACopy(snapshot.begin()->second);
+                }
+                snapshots.emplace_back(std::move(snapshot), std::move(strThen));
+            }
+            for (const auto& [snapshot, strThen] : snapshots) {
+                if (Describe(snapshot) != strThen) {
+                    broken[uiThread] = strThen;
+                }
+            }
+        });
+    }
+    for (std::thread& thread : threads) {
+        thread.join();
+    }
+    EXPECT_THAT(broken, testing::Each(testing::IsEmpty()));
+}
+
+TEST_F(Snapshots, AreOfOneMoment) {
+    // Far apart in the table, so that no run of it holds both.
+    ContainerMap containers;
+    for (int i = 100; i < 200; ++i) {
+        containers[CContainerAddr("node" + std::to_string(i), "A")];
+    }
+    CContainerMgr::Instance().Init(containers);
+    const CContainerAddr first("node199", "A");
+    const CContainerAddr second("node100", "A");
+
+    std::atomic<bool> bStop{false};
+    std::thread writer([&] {
+        for (int iMark = 1; !bStop; ++iMark) {
+            CContainerMgr::Instance().SetProcessState(first, {{"mark", iMark}});
+            CContainerMgr::Instance().SetProcessState(second, {{"mark", iMark}});
+        }
+    });
+    const auto markOf = [](const ContainerMap& snapshot, const CContainerAddr& addr) {
+        std::map<std::string, int> processes;
+        snapshot.at(addr).GetProcessState(processes);
+        return processes["mark"];
+    };
+    int iBroken = 0;
+    for (int i = 0; i < 2000; ++i) {
+        ContainerMap snapshot;
+        CContainerMgr::Instance().GetAllContainer(snapshot);
+        const int iAhead = markOf(snapshot, first) - markOf(snapshot, second);
+        iBroken += iAhead != 0 && iAhead != 1;
+    }
+    bStop = true;
+    writer.join();
+    EXPECT_EQ(iBroken, 0);
+}
+
+}  // namespace
