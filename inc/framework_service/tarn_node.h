@@ -78,7 +78,7 @@ private:
     int m_iNodeServiceType = 0;
     CSystemResource m_totalResource;
     CNodeStatus m_status;
-    std::vector<CSystemResource> m_statusVector;
+    CCopyOnWrite<std::vector<CSystemResource>> m_statusVector;
     int32_t m_iCurStatusPos = 0;
     time_t m_tLastReportTime;
     CCopyOnWrite<std::list<std::string>> m_containerList;

@@ -24,7 +24,7 @@ const CSystemResource& CNode::GetCurResource() const {
 
 void CNode::SetCurResource(const CSystemResource& systemResource) {
     // The slot never moves: a node's figures are the latest report with the second and the third.
-    m_status.SetCurSysResource(TakeSample(m_statusVector, m_iCurStatusPos, systemResource));
+    m_status.SetCurSysResource(TakeSample(m_statusVector.Edit(), m_iCurStatusPos, systemResource));
 }
 
 void CNode::SetStatusReportTime() {
