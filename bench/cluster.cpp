@@ -11,7 +11,7 @@
 namespace {
 
 constexpr int PRIVATE_PAIRS = 6;
-constexpr std::size_t LARGEST_TEXT = 65000;
+constexpr std::size_t TENTH_OF_LARGEST_TEXT = 6500;
 
 /// A sink at error level whose lines go nowhere.
 class CErrorSink : public Logger {
@@ -53,8 +53,6 @@ void InstallBenchHost() {
     OMAdapter::getInstance().setLogger(&sink);
     SetStore(std::shared_ptr<IStore>(&BenchStore(), [](IStore*) {}));
     CTARNConf::m_oConf.SetCstClusterCode("Bench");
-    BenchStore().Put("/CloudBench/Cluster", MakeClusterText());
-    BenchStore().Put("/CloudBench/CloudStorage", MakeCloudStorageText());
 }
 
 std::list<CResourceTask> MakeTasks(int iTasks) {
@@ -96,21 +94,23 @@ void StartCluster(const ContainerMap& containers, int iTasks) {
     }
 }
 
-std::string MakeClusterText() {
+std::string MakeClusterText(int iTenths) {
     CClusterZNodeInfo document("bench", "as large as it gets", "Bench", 1);
     const std::size_t uiEmpty = TextOf(document).size();
     document.AddNode(MakeNode(0));
     const std::size_t uiPerNode = TextOf(document).size() - uiEmpty;
-    const auto iNodes = static_cast<int>((LARGEST_TEXT - uiEmpty) / (uiPerNode + 1));
+    const std::size_t uiLargest = TENTH_OF_LARGEST_TEXT * static_cast<std::size_t>(iTenths);
+    const auto iNodes = static_cast<int>((uiLargest - uiEmpty) / (uiPerNode + 1));
     for (int i = 1; i < iNodes; ++i) {
         document.AddNode(MakeNode(i));
     }
     return TextOf(document);
 }
 
-std::string MakeCloudStorageText() {
+std::string MakeCloudStorageText(int iTenths) {
     CClusterCloudStorageZNodeInfo document;
-    for (int i = 0; TextOf(document).size() < LARGEST_TEXT - 400; ++i) {
+    const std::size_t uiLargest = TENTH_OF_LARGEST_TEXT * static_cast<std::size_t>(iTenths);
+    for (int i = 0; TextOf(document).size() < uiLargest - 400; ++i) {
         CloudStorageInfo info{"MPU-R", "NVR", 4096, 512, 8, {}};
         for (const char* pszCode : {"storage-1", "storage-2"}) {
             info.allocInfo.push_back({pszCode, 2048, 1024, 0, "storage.example", "/volume/1"});

@@ -33,10 +33,10 @@ void FillContainers(int iContainers, int iTasks);
 /// cluster.
 void StartCluster(const ContainerMap& containers, int iTasks);
 
-/// A cluster document just below its limit of 65,535 characters, and a cloud storage document for
-/// its nodes.
-std::string MakeClusterText();
-std::string MakeCloudStorageText();
+/// A cluster document of so many tenths of what the store's limit of 65,535 characters allows, and
+/// a cloud storage document for its nodes.
+std::string MakeClusterText(int iTenths);
+std::string MakeCloudStorageText(int iTenths);
 
 /// The same data as a container holds, in plain standard containers.
 struct PlainTask {

@@ -17,34 +17,38 @@ Json::Value Parse(const std::string& strText) {
     return root;
 }
 
-/// Loads the stored cluster, with or without its cloud storage, over what it loaded before.
-void Load(benchmark::State& state, bool bCloudStorage) {
+int Tenths(const benchmark::State& state) {
+    return static_cast<int>(state.range(0));
+}
+
+/// Loads the stored cluster over what was loaded before.
+void Load(benchmark::State& state, const std::string& strCloudStorageText) {
     FillContainers(0, 0);
-    BenchStore().Put("/CloudBench/CloudStorage",
-                     bCloudStorage ? MakeCloudStorageText() : "{\"CloudStorageSet\":[]}");
+    BenchStore().Put("/CloudBench/Cluster", MakeClusterText(Tenths(state)));
+    BenchStore().Put("/CloudBench/CloudStorage", strCloudStorageText);
     for (auto _ : state) {
         benchmark::DoNotOptimize(CFrameworkCommon::Instance().InitNodeAndContainerFromZK());
     }
 }
 
 void LoadCluster(benchmark::State& state) {
-    Load(state, false);
+    Load(state, "{\"CloudStorageSet\":[]}");
 }
 
 void LoadBoth(benchmark::State& state) {
-    Load(state, true);
+    Load(state, MakeCloudStorageText(Tenths(state)));
 }
 
 void ParseCluster(benchmark::State& state) {
-    const std::string strText = MakeClusterText();
+    const std::string strText = MakeClusterText(Tenths(state));
     for (auto _ : state) {
         benchmark::DoNotOptimize(Parse(strText));
     }
 }
 
 void ParseBoth(benchmark::State& state) {
-    const std::string strCluster = MakeClusterText();
-    const std::string strCloudStorage = MakeCloudStorageText();
+    const std::string strCluster = MakeClusterText(Tenths(state));
+    const std::string strCloudStorage = MakeCloudStorageText(Tenths(state));
     for (auto _ : state) {
         benchmark::DoNotOptimize(Parse(strCluster));
         benchmark::DoNotOptimize(Parse(strCloudStorage));
@@ -52,7 +56,8 @@ void ParseBoth(benchmark::State& state) {
 }
 
 void SaveCloudStorage(benchmark::State& state) {
-    BenchStore().Put("/CloudBench/CloudStorage", MakeCloudStorageText());
+    BenchStore().Put("/CloudBench/Cluster", MakeClusterText(Tenths(state)));
+    BenchStore().Put("/CloudBench/CloudStorage", MakeCloudStorageText(Tenths(state)));
     CFrameworkCommon::Instance().InitNodeAndContainerFromZK();
     ContainerMap containers;
     CContainerMgr::Instance().GetAllContainer(containers);
@@ -63,17 +68,17 @@ void SaveCloudStorage(benchmark::State& state) {
 }
 
 void ParseAndWrite(benchmark::State& state) {
-    const std::string strText = MakeCloudStorageText();
+    const std::string strText = MakeCloudStorageText(Tenths(state));
     for (auto _ : state) {
         benchmark::DoNotOptimize(Json::FastWriter().write(Parse(strText)));
     }
 }
 
-BENCHMARK(LoadCluster)->Arg(1);
-BENCHMARK(ParseCluster)->Arg(1);
-BENCHMARK(LoadBoth)->Arg(1);
-BENCHMARK(ParseBoth)->Arg(1);
-BENCHMARK(SaveCloudStorage)->Arg(1);
-BENCHMARK(ParseAndWrite)->Arg(1);
+BENCHMARK(LoadCluster)->Arg(1)->Arg(10);
+BENCHMARK(ParseCluster)->Arg(10);
+BENCHMARK(LoadBoth)->Arg(1)->Arg(10);
+BENCHMARK(ParseBoth)->Arg(10);
+BENCHMARK(SaveCloudStorage)->Arg(1)->Arg(10);
+BENCHMARK(ParseAndWrite)->Arg(10);
 
 }  // namespace

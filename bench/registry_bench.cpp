@@ -11,6 +11,7 @@
 
 namespace {
 
+constexpr int CONTAINERS = 600;
 constexpr int TASKS = 100;
 
 int Size(const benchmark::State& state) {
@@ -99,15 +100,15 @@ void LockAndLookUp(benchmark::State& state) {
 }
 
 void TaskReport(benchmark::State& state) {
-    FillContainers(Size(state), TASKS);
-    const std::list<CResourceTask> tasks = MakeTasks(TASKS);
+    FillContainers(CONTAINERS, 0);
+    const std::list<CResourceTask> tasks = MakeTasks(Size(state));
     for (auto _ : state) {
         CContainerMgr::Instance().SetResourceTask(AddressOf(0), tasks, 0);
     }
 }
 
 void TaskHandOver(benchmark::State& state) {
-    const std::list<CResourceTask> tasks = MakeTasks(TASKS);
+    const std::list<CResourceTask> tasks = MakeTasks(Size(state));
     HALD_Recursive_Thread_Mutex mutex;
     std::list<CResourceTask> held;
     for (auto _ : state) {
@@ -119,11 +120,11 @@ void TaskHandOver(benchmark::State& state) {
 
 BENCHMARK(GetAllContainer)->Arg(600)->Arg(6000);
 BENCHMARK(PlainDeepCopy)->Arg(600);
-BENCHMARK(LookUp)->Arg(600);
+BENCHMARK(LookUp)->Arg(600)->Arg(6000);
 BENCHMARK(LookUpBuilt)->Arg(600);
 BENCHMARK(StatusReport)->Arg(1000)->Arg(10000);
 BENCHMARK(LockAndLookUp)->Arg(1000);
-BENCHMARK(TaskReport)->Arg(600);
-BENCHMARK(TaskHandOver)->Arg(600);
+BENCHMARK(TaskReport)->Arg(100)->Arg(1000);
+BENCHMARK(TaskHandOver)->Arg(100);
 
 }  // namespace

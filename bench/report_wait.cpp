@@ -13,7 +13,6 @@ namespace {
 
 using Clock = std::chrono::steady_clock;
 
-constexpr int CONTAINERS = 600;
 constexpr int TASKS = 100;
 constexpr int WINDOWS = 9;
 constexpr auto WINDOW = std::chrono::milliseconds(300);
@@ -44,11 +43,9 @@ double MedianLongestWait() {
     return waits[WINDOWS / 2];
 }
 
-}  // namespace
-
-void MeasureReportWait(Medians& medians) {
-    FillContainers(CONTAINERS, TASKS);
-    medians["ReportWait/alone"] = MedianLongestWait();
+/// The same beside a thread that reads all of that many containers without pause.
+double MedianLongestWaitBesideReader(int iContainers) {
+    FillContainers(iContainers, TASKS);
     std::atomic<bool> bStop{false};
     std::thread reader([&bStop] {
         while (!bStop) {
@@ -56,7 +53,17 @@ void MeasureReportWait(Medians& medians) {
             CContainerMgr::Instance().GetAllContainer(containers);
         }
     });
-    medians["ReportWait/readers"] = MedianLongestWait();
+    const double fWait = MedianLongestWait();
     bStop = true;
     reader.join();
+    return fWait;
+}
+
+}  // namespace
+
+void MeasureReportWait(Medians& medians) {
+    FillContainers(600, TASKS);
+    medians["ReportWait/alone"] = MedianLongestWait();
+    medians["ReportWait/600"] = MedianLongestWaitBesideReader(600);
+    medians["ReportWait/6000"] = MedianLongestWaitBesideReader(6000);
 }

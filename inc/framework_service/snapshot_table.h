@@ -135,11 +135,9 @@ private:
     };
 
     CPlace PlaceOf(const Key& key) const {
-        const auto itNext =
-            std::upper_bound(m_runs->begin(), m_runs->end(), key,
-                             [](const Key& wanted, const CSharedRun& run) {
-                                 return wanted < run->front().first;
-                             });
+        const auto itNext = std::upper_bound(
+            m_runs->begin(), m_runs->end(), key,
+            [](const Key& wanted, const CSharedRun& run) { return wanted < run->front().first; });
         if (itNext == m_runs->begin()) {
             return {0, 0, false};
         }

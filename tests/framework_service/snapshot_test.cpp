@@ -66,7 +66,8 @@ TEST_P(SnapshotTableOfSize, EmptiesEntryByEntry) {
     EXPECT_EQ(table.Remove(0), std::nullopt);
 }
 
-INSTANTIATE_TEST_SUITE_P(Sizes, SnapshotTableOfSize, testing::Values(0, 1, 15, 16, 17, 32, 33, 200));
+INSTANTIATE_TEST_SUITE_P(Sizes, SnapshotTableOfSize,
+                         testing::Values(0, 1, 15, 16, 17, 32, 33, 200));
 
 TEST(SnapshotTable, BehavesAsAMapAndItsCopiesAsCopiesOfTheMap) {
     const unsigned int uiSeed = std::random_device()();
