@@ -226,11 +226,16 @@ void CContainer::RemoveResourceTask(const std::list<std::string>& taskIdList) {
 void CContainer::TakeOutTasks(const std::list<std::string>& taskIdList,
                               std::list<CResourceTask>& removed) {
     const std::set<std::string_view> ids(taskIdList.begin(), taskIdList.end());
-    std::list<CResourceTask>& taskTable = m_taskTable.Edit();
-    for (auto it = taskTable.begin(); it != taskTable.end();) {
-        const auto itTask = it++;
-        if (ids.count(itTask->GetTaskId()) != 0) {
-            removed.splice(removed.end(), taskTable, itTask);
+    const auto isListed = [&ids](const CResourceTask& task) {
+        return ids.count(task.GetTaskId()) != 0;
+    };
+    if (FindTask(*m_taskTable, isListed) != m_taskTable->end()) {
+        std::list<CResourceTask>& taskTable = m_taskTable.Edit();
+        for (auto it = taskTable.begin(); it != taskTable.end();) {
+            const auto itTask = it++;
+            if (isListed(*itTask)) {
+                removed.splice(removed.end(), taskTable, itTask);
+            }
         }
     }
     CalcTaskTotalNet();
@@ -244,13 +249,13 @@ int CContainer::AddTask(const CResourceTask& resTask) {
 }
 
 int CContainer::DelTask(const CResourceTask& resTask) {
-    std::list<CResourceTask>& taskTable = m_taskTable.Edit();
-    const auto it = FindTask(taskTable, HasId(resTask.GetTaskId()));
-    if (it == taskTable.end()) {
+    const auto isWanted = HasId(resTask.GetTaskId());
+    if (FindTask(*m_taskTable, isWanted) == m_taskTable->end()) {
         return LogFailure(HERE, "container remove task by id", ORVA_FAIL, "connot find task[%s].",
                           resTask.GetTaskId().c_str());
     }
-    taskTable.erase(it);
+    std::list<CResourceTask>& taskTable = m_taskTable.Edit();
+    taskTable.erase(FindTask(taskTable, isWanted));
     if (resTask.GetDisk() > 0) {
         DelTaskDisk(resTask.GetDisk());
     }
