@@ -3,6 +3,7 @@
 #include <json/reader.h>
 #include <json/writer.h>
 
+#include <algorithm>
 #include <cstring>
 
 #include "common_service/bounded_string.h"
@@ -20,7 +21,7 @@ bool ReadValue(const Json::Value& value, std::string& strTarget) {
     if (!value.getString(&pszBegin, &pszEnd)) {
         return false;
     }
-    strTarget.assign(pszBegin, pszEnd);
+    strTarget = std::string(pszBegin, pszEnd);
     return true;
 }
 
@@ -56,15 +57,29 @@ const Json::Value* FindArray(const Json::Value& object, const char* pszKey) {
 }
 
 bool ReadMembers(const Json::Value& object, std::initializer_list<JsonMember> members) {
-    for (const JsonMember& member : members) {
-        const Json::Value* pValue = FindMember(object, member.pszKey);
-        if (pValue == nullptr ||
-            !std::visit([pValue](auto* pTarget) { return ReadValue(*pValue, *pTarget); },
-                        member.target)) {
+    if (!object.isObject()) {
+        return FindMember(object, "") != nullptr;  // null has no members, the rest throws
+    }
+    // One pass over what the object holds costs less than a look-up for each member.
+    std::size_t uiRead = 0;
+    const auto itEnd = object.end();
+    for (auto it = object.begin(); uiRead < members.size() && it != itEnd; ++it) {
+        const char* pszEnd = nullptr;
+        const char* pszName = it.memberName(&pszEnd);
+        const std::string_view name(pszName, static_cast<std::size_t>(pszEnd - pszName));
+        const auto itMember =
+            std::find_if(members.begin(), members.end(),
+                         [name](const JsonMember& member) { return member.key == name; });
+        if (itMember == members.end()) {
+            continue;
+        }
+        if (!std::visit([&it](auto* pTarget) { return ReadValue(*it, *pTarget); },
+                        itMember->target)) {
             return false;
         }
+        ++uiRead;
     }
-    return true;
+    return uiRead == members.size();
 }
 
 void WriteJsonText(const Json::Value& root, char* pszJson, uint32_t iMaxLen) {

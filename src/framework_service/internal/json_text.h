@@ -5,6 +5,7 @@
 #include <cstdint>
 #include <initializer_list>
 #include <string>
+#include <string_view>
 #include <variant>
 
 #include "internal/log.h"
@@ -17,13 +18,13 @@ inline constexpr char OPERATION_NULL_JSON[] = "Point pszJson is null.";
 /// A required member of an object and where its value goes: the type of the target is the type
 /// that the member must have.
 struct JsonMember {
-    const char* pszKey;
+    std::string_view key;
     std::variant<std::string*, int*, bool*> target;
 
     JsonMember(const char* pszMemberKey, std::string& strTarget)
-        : pszKey(pszMemberKey), target(&strTarget) {}
-    JsonMember(const char* pszMemberKey, int& iTarget) : pszKey(pszMemberKey), target(&iTarget) {}
-    JsonMember(const char* pszMemberKey, bool& bTarget) : pszKey(pszMemberKey), target(&bTarget) {}
+        : key(pszMemberKey), target(&strTarget) {}
+    JsonMember(const char* pszMemberKey, int& iTarget) : key(pszMemberKey), target(&iTarget) {}
+    JsonMember(const char* pszMemberKey, bool& bTarget) : key(pszMemberKey), target(&bTarget) {}
 };
 
 /// Parses the text; a failed parse leaves a partial value behind.
@@ -35,8 +36,8 @@ const Json::Value* FindMember(const Json::Value& object, const char* pszKey);
 /// The member when it is an array, null for anything else.
 const Json::Value* FindArray(const Json::Value& object, const char* pszKey);
 
-/// Reads the members in order. False at the first that is absent, null or of another type; the
-/// targets before it have then been written.
+/// Reads the members. False when one is absent, null or of another type; some targets may have been
+/// written then.
 bool ReadMembers(const Json::Value& object, std::initializer_list<JsonMember> members);
 
 /// Renders the value into the buffer, zeroing the rest; a text that does not fit is cut.
