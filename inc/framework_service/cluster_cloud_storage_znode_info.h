@@ -1,6 +1,6 @@
 #pragma once
 
-#include <json/forwards.h>
+#include <json/value.h>
 
 #include <cstdint>
 #include <list>
@@ -9,6 +9,7 @@
 
 #include "common_service/data/communication_data.h"
 #include "common_service/tarn_def.h"
+#include "framework_service/copy_on_write.h"
 #include "orva_plugin_service/tarn_orva_data.h"
 
 inline constexpr ORVA_STORE_NODE STORE_NODE_CLOUD_STORAGE{"/CloudStorage", 65536};
@@ -63,5 +64,12 @@ public:
     std::map<std::string, CloudStorageInfo> GetCloudStorageInfoMap() const;
 
 private:
+    /// The two above, which clear the flag when an integer has another form than ToJson gives it.
+    int32_t ParseNodeJson(const Json::Value& nodeJson, ORVA_CLOUD_STORAGE_ALLOC_INFO& nodeInfo,
+                          bool& bAsBuilt);
+    int32_t ParseCloudStorageNodeJson(const Json::Value& nodeJson,
+                                      CloudStorageInfo& tempCloudStorageInfo, bool& bAsBuilt);
+
     std::map<std::string, CloudStorageInfo> m_cloudStorageInfoMap;
+    CCopyOnWrite<Json::Value> m_json;  ///< what ToJson writes; null: build it anew
 };

@@ -1,5 +1,6 @@
 #include "framework_service/cluster_cloud_storage_znode_info.h"
 
+#include <iterator>
 #include <utility>
 
 #include "internal/json_text.h"
@@ -10,6 +11,8 @@ using namespace framework_internal;
 namespace {
 
 constexpr char OPERATION[] = "cluster storage info";
+constexpr Json::ArrayIndex NUMERIC_ALLOC_MEMBERS = 5;
+constexpr Json::ArrayIndex NUMERIC_ENTRY_MEMBERS = 6;  ///< without "NodeList"
 
 Json::Value BuildAllocJson(const ORVA_CLOUD_STORAGE_ALLOC_INFO& allocInfo) {
     Json::Value allocJson;
@@ -35,6 +38,15 @@ Json::Value BuildEntryJson(const std::string& strNodeCode, const CloudStorageInf
     return entryJson;
 }
 
+Json::Value BuildJson(const std::map<std::string, CloudStorageInfo>& infoMap) {
+    Json::Value root;
+    Json::Value& entries = root[PSZ_CLOUD_STORAGE_SET];
+    for (const auto& [strNodeCode, info] : infoMap) {
+        entries.append(BuildEntryJson(strNodeCode, info));
+    }
+    return root;
+}
+
 }  // namespace
 
 int32_t CClusterCloudStorageZNodeInfo::ParseJson(const char* pszJson) {
@@ -53,6 +65,9 @@ int32_t CClusterCloudStorageZNodeInfo::ParseJson(const char* pszJson) {
     }
     LogInfo(HERE, OPERATION, "parse json text[%s], size=%d", pszJson,
             static_cast<int>(pEntries->size()));
+    // What ToJson would build from the map is here already, if nothing in the text differs from it.
+    bool bAsBuilt = m_cloudStorageInfoMap.empty() && root.size() == 1 && !pEntries->empty();
+    m_json = {};
     for (const Json::Value& entryJson : *pEntries) {
         std::string strNodeCode;
         if (!ReadMembers(entryJson, {{PSZ_CLOUD_STORAGE_NVRCODE, strNodeCode}})) {
@@ -60,7 +75,7 @@ int32_t CClusterCloudStorageZNodeInfo::ParseJson(const char* pszJson) {
                               "node code is invalid, json text[%s].", pszJson);
         }
         CloudStorageInfo info{};
-        if (ParseCloudStorageNodeJson(entryJson, info) != ORVA_SUCCEED) {
+        if (ParseCloudStorageNodeJson(entryJson, info, bAsBuilt) != ORVA_SUCCEED) {
             return LogFailure(HERE, OPERATION, ORVA_DATA_INVALID,
                               "parse cloud storage node failed, json text[%s].", pszJson);
         }
@@ -68,17 +83,26 @@ int32_t CClusterCloudStorageZNodeInfo::ParseJson(const char* pszJson) {
             pAllocs != nullptr) {
             for (const Json::Value& allocJson : *pAllocs) {
                 ORVA_CLOUD_STORAGE_ALLOC_INFO& allocInfo = info.allocInfo.emplace_back();
-                if (ParseNodeJson(allocJson, allocInfo) != ORVA_SUCCEED) {
+                if (ParseNodeJson(allocJson, allocInfo, bAsBuilt) != ORVA_SUCCEED) {
                     return LogFailure(HERE, OPERATION, ORVA_DATA_INVALID,
                                       "parse node json fail, json text[%s].", pszJson);
                 }
+                bAsBuilt = bAsBuilt && allocJson.size() == NUMERIC_ALLOC_MEMBERS;
                 LogInfo(HERE, OPERATION, "nvr code=%s, code=%s, alloc=%d, used=%d, dns=%s, path=%s",
                         strNodeCode.c_str(), allocInfo.cloudStorageCode.c_str(),
                         allocInfo.allocStorage, allocInfo.usedStorage, allocInfo.dns.c_str(),
                         allocInfo.path.c_str());
             }
         }
-        m_cloudStorageInfoMap.insert_or_assign(std::move(strNodeCode), std::move(info));
+        bAsBuilt = bAsBuilt &&
+                   (m_cloudStorageInfoMap.empty() ||
+                    m_cloudStorageInfoMap.rbegin()->first < strNodeCode) &&
+                   entryJson.size() == NUMERIC_ENTRY_MEMBERS + (info.allocInfo.empty() ? 0 : 1);
+        m_cloudStorageInfoMap.insert_or_assign(m_cloudStorageInfoMap.end(), std::move(strNodeCode),
+                                               std::move(info));
+    }
+    if (bAsBuilt) {
+        m_json = std::move(root);
     }
     return ORVA_SUCCEED;
 }
@@ -87,27 +111,34 @@ int32_t CClusterCloudStorageZNodeInfo::ToJson(char* pszJson, uint32_t iMaxLen) {
     if (pszJson == nullptr) {
         return LogNullPointer(HERE, OPERATION_NULL_JSON, ORVA_FAIL);
     }
-    Json::Value root;
-    Json::Value& entries = root[PSZ_CLOUD_STORAGE_SET];
-    for (const auto& [strNodeCode, info] : m_cloudStorageInfoMap) {
-        entries.append(BuildEntryJson(strNodeCode, info));
+    if (m_json->isNull()) {
+        m_json = BuildJson(m_cloudStorageInfoMap);
     }
-    WriteJsonText(root, pszJson, iMaxLen);
+    WriteJsonText(*m_json, pszJson, iMaxLen);
     return ORVA_SUCCEED;
 }
 
 int32_t CClusterCloudStorageZNodeInfo::ParseNodeJson(const Json::Value& nodeJson,
                                                      ORVA_CLOUD_STORAGE_ALLOC_INFO& nodeInfo) {
+    bool bAsBuilt = true;
+    return ParseNodeJson(nodeJson, nodeInfo, bAsBuilt);
+}
+
+int32_t CClusterCloudStorageZNodeInfo::ParseNodeJson(const Json::Value& nodeJson,
+                                                     ORVA_CLOUD_STORAGE_ALLOC_INFO& nodeInfo,
+                                                     bool& bAsBuilt) {
     std::string strCode;
     int iAllocSize = 0;
     int iUsedSize = 0;
     std::string strDns;
     std::string strPath;
-    if (!ReadMembers(nodeJson, {{PSZ_CLOUD_STORAGE_CODE, strCode},
-                                {PSZ_CLOUD_STORAGE_ALLOC_SIZE, iAllocSize},
-                                {PSZ_CLOUD_STORAGE_USED_SIZE, iUsedSize},
-                                {PSZ_CLOUD_STORAGE_DNS, strDns},
-                                {PSZ_CLOUD_STORAGE_PATH, strPath}})) {
+    if (!ReadMembers(nodeJson,
+                     {{PSZ_CLOUD_STORAGE_CODE, strCode},
+                      {PSZ_CLOUD_STORAGE_ALLOC_SIZE, iAllocSize},
+                      {PSZ_CLOUD_STORAGE_USED_SIZE, iUsedSize},
+                      {PSZ_CLOUD_STORAGE_DNS, strDns},
+                      {PSZ_CLOUD_STORAGE_PATH, strPath}},
+                     &bAsBuilt)) {
         return LogFailure(HERE, "cluster cloud storage node info", ORVA_DATA_INVALID,
                           "node is null or illegal.");
     }
@@ -121,16 +152,24 @@ int32_t CClusterCloudStorageZNodeInfo::ParseNodeJson(const Json::Value& nodeJson
 
 int32_t CClusterCloudStorageZNodeInfo::ParseCloudStorageNodeJson(
     const Json::Value& nodeJson, CloudStorageInfo& tempCloudStorageInfo) {
+    bool bAsBuilt = true;
+    return ParseCloudStorageNodeJson(nodeJson, tempCloudStorageInfo, bAsBuilt);
+}
+
+int32_t CClusterCloudStorageZNodeInfo::ParseCloudStorageNodeJson(
+    const Json::Value& nodeJson, CloudStorageInfo& tempCloudStorageInfo, bool& bAsBuilt) {
     std::string strServiceType;
     std::string strProductType;
     int iReqStorage = 0;
     int iReqPicStorage = 0;
     int iLowPriorityBitRate = 0;
-    if (!ReadMembers(nodeJson, {{PSZ_CLOUD_STORAGE_SERVICE_TYPE, strServiceType},
-                                {PSZ_CLOUD_STORAGE_PRODUCT_TYPE, strProductType},
-                                {PSZ_CLOUD_STORAGE_REQ, iReqStorage},
-                                {PSZ_CLOUD_STORAGE_REQ_PIC, iReqPicStorage},
-                                {PSZ_CLOUD_STORAGE_LOWPRI_BIT, iLowPriorityBitRate}})) {
+    if (!ReadMembers(nodeJson,
+                     {{PSZ_CLOUD_STORAGE_SERVICE_TYPE, strServiceType},
+                      {PSZ_CLOUD_STORAGE_PRODUCT_TYPE, strProductType},
+                      {PSZ_CLOUD_STORAGE_REQ, iReqStorage},
+                      {PSZ_CLOUD_STORAGE_REQ_PIC, iReqPicStorage},
+                      {PSZ_CLOUD_STORAGE_LOWPRI_BIT, iLowPriorityBitRate}},
+                     &bAsBuilt)) {
         return LogFailure(HERE, "cluster cloud storage info", ORVA_DATA_INVALID,
                           "node is null or illegal.");
     }
@@ -144,7 +183,14 @@ int32_t CClusterCloudStorageZNodeInfo::ParseCloudStorageNodeJson(
 
 void CClusterCloudStorageZNodeInfo::SetCloudStorageInfo(const std::string& nodeCode,
                                                         const CloudStorageInfo& info) {
-    m_cloudStorageInfoMap.insert_or_assign(nodeCode, info);
+    const auto [it, bInserted] = m_cloudStorageInfoMap.insert_or_assign(nodeCode, info);
+    if (bInserted) {
+        m_json = {};
+    } else if (!m_json->isNull()) {
+        const auto iEntry = std::distance(m_cloudStorageInfoMap.begin(), it);
+        m_json.Edit()[PSZ_CLOUD_STORAGE_SET][static_cast<Json::ArrayIndex>(iEntry)] =
+            BuildEntryJson(nodeCode, info);
+    }
 }
 
 int CClusterCloudStorageZNodeInfo::GetCloudStorageInfo(const std::string& nodeCode,

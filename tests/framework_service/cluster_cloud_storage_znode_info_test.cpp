@@ -3,7 +3,9 @@
 #include <json/json.h>
 
 #include <limits>
+#include <random>
 #include <string>
+#include <utility>
 #include <vector>
 
 #include "common_service/oper_common.h"
@@ -412,6 +414,157 @@ TEST_F(CloudStorageDocument, FlatKeysOfAnEntryAreReadWithoutItsAllocations) {
     EXPECT_EQ(info.iReqPicStorage, 2);
     EXPECT_EQ(info.iLowPriorityBitRate, 3);
     EXPECT_EQ(info.allocInfo.size(), 1U);
+}
+
+/// What a document writes that was given this one's entries one by one.
+std::string TextOfEntries(const CClusterCloudStorageZNodeInfo& document) {
+    CClusterCloudStorageZNodeInfo filled;
+    for (const auto& [strCode, info] : document.GetCloudStorageInfoMap()) {
+        filled.SetCloudStorageInfo(strCode, info);
+    }
+    return TextOf(filled);
+}
+
+const std::string ORDERED_NODES =
+    R"({"CloudStorageSet":[)" + EntryText("N1", "st1") +
+    R"(,{"NvrCode":"N2","ServiceType":"st2","ProductType":"pt","ReqSize":1,"ReqPicSize":2,)"
+    R"("LowpriBit":3,"NodeList":[{"Code":"c1","AllocSize":4,"UsedSize":5,"Dns":"d","Path":"p"},)"
+    R"({"Code":"c2","AllocSize":4,"UsedSize":5,"Dns":"d","Path":"p"}]},)" +
+    EntryText("N3", "st3") + "]}";
+
+std::vector<std::string> TextsInEveryForm() {
+    std::vector<std::string> texts = {
+        ORDERED_NODES,
+        TWO_NODES,
+        "{\"CloudStorageSet\":[]}",
+        "/* of two */ {\"CloudStorageSet\":[" + EntryText("N2", "a") + " // the first\n]}",
+        R"({"CloudStorageSet":[)" + EntryText("N2", "a") + "," + EntryText("N2", "b") + "]}",
+        R"({"CloudStorageSet":[)" + EntryText("N3", "a") + "," + EntryText("N1", "b") + "," +
+            EntryText("N3", "c") + "]}",
+        R"({"CloudStorageSet":[)" + EntryText("", "") + "," + EntryText(R"(N\u0000)", "b\\u0000c") +
+            "," + EntryText(R"(N\u0000\u00e4)", R"(\"\\\n\u4e2d)") + "]}"};
+    const std::string strEntry = ".CloudStorageSet[1]";
+    for (const std::string strMember : {".ReqSize", ".ReqPicSize", ".LowpriBit",
+                                        ".NodeList[1].AllocSize", ".NodeList[0].UsedSize"}) {
+        for (const char* pszNumber : {"3.0", "-0", "-7", "2e2"}) {
+            texts.push_back(WithMember(ORDERED_NODES, {strEntry + strMember, pszNumber}));
+        }
+    }
+    for (const char* pszList : {"[]", "\"x\"", "null", "{}", "5", "1.5", "true"}) {
+        texts.push_back(WithMember(ORDERED_NODES, {strEntry + ".NodeList", pszList}));
+    }
+    for (const std::string& strObject : {std::string(), strEntry, strEntry + ".NodeList[1]"}) {
+        for (const char* pszExtra : {"1", "1.5", "null", "[]"}) {
+            texts.push_back(WithMember(ORDERED_NODES, {strObject + ".Extra", pszExtra}));
+        }
+    }
+    return texts;
+}
+
+/// A text in any form, read into an empty document.
+class CloudStorageText : public CloudStorageDocument,
+                         public testing::WithParamInterface<std::string> {
+protected:
+    CloudStorageText() {
+        m_document = {};
+        EXPECT_EQ(Parse(GetParam()), ORVA_SUCCEED);
+    }
+};
+
+TEST_P(CloudStorageText, IsWrittenAsItsEntriesAre) {
+    EXPECT_EQ(TextOf(m_document), TextOfEntries(m_document));
+    EXPECT_EQ(TextOf(m_document), TextOfEntries(m_document)) << "a second time";
+}
+
+TEST_P(CloudStorageText, IsWrittenWithTheEntryThatWasSet) {
+    const CClusterCloudStorageZNodeInfo parsed = m_document;
+    const std::string strBefore = TextOfEntries(parsed);
+    for (const std::string strCode : {"", "N0", "N1", "N2", "N20", "N3", "N4"}) {
+        for (const auto& info : {MakeInfo("set"), MakeInfo("set", {MakeAlloc("x")})}) {
+            m_document = parsed;
+            m_document.SetCloudStorageInfo(strCode, info);
+            EXPECT_EQ(TextOf(m_document), TextOfEntries(m_document)) << strCode;
+        }
+    }
+    m_document = parsed;
+    EXPECT_EQ(TextOf(m_document), strBefore) << "copies share nothing";
+}
+
+INSTANTIATE_TEST_SUITE_P(CloudStorage, CloudStorageText, testing::ValuesIn(TextsInEveryForm()));
+
+TEST_F(CloudStorageDocument, FreeSizeThatWasSetComesBackAfterATextWasRead) {
+    m_document = {};
+    ASSERT_EQ(Parse(ORDERED_NODES), ORVA_SUCCEED);
+    m_document.SetCloudStorageInfo("N2", MakeInfo("set", {MakeAlloc("c")}));
+    EXPECT_EQ(Known("N2").allocInfo.front().freeStorage, 7);
+    EXPECT_EQ(Known("N2").strServiceType, "set");
+}
+
+TEST_F(CloudStorageDocument, TextsThatAddUpAreWrittenTogether) {
+    m_document = {};
+    for (const std::string& strText :
+         {ORDERED_NODES, R"({"CloudStorageSet":[)" + EntryText("N4", "later") + "]}",
+          std::string(TWO_NODES), std::string(R"({"CloudStorageSet":[]})"), ORDERED_NODES}) {
+        EXPECT_EQ(Parse(strText), ORVA_SUCCEED);
+        EXPECT_EQ(TextOf(m_document), TextOfEntries(m_document)) << strText;
+    }
+}
+
+TEST_F(CloudStorageDocument, EntriesBeforeABadOneAreWritten) {
+    const std::string strGood = EntryText("N4", "good");
+    for (const std::string strBad : {R"({"NvrCode":"N5"})", "null", "5"}) {
+        for (const char* pszFirst : {ORDERED_NODES.c_str(), R"({"CloudStorageSet":[]})"}) {
+            m_document = {};
+            ASSERT_EQ(Parse(pszFirst), ORVA_SUCCEED);
+            try {
+                EXPECT_EQ(Parse(R"({"CloudStorageSet":[)" + strGood + "," + strBad + "]}"),
+                          ORVA_DATA_INVALID);
+            } catch (const std::exception&) {
+                EXPECT_EQ(strBad, "5") << "refused by the JSON library";
+            }
+            EXPECT_EQ(Known("N4").strServiceType, "good");
+            EXPECT_EQ(TextOf(m_document), TextOfEntries(m_document)) << strBad;
+        }
+    }
+}
+
+TEST_F(CloudStorageDocument, MovesWithWhatItWasReadFrom) {
+    m_document = {};
+    ASSERT_EQ(Parse(ORDERED_NODES), ORVA_SUCCEED);
+    CClusterCloudStorageZNodeInfo other;
+    ASSERT_EQ(other.ParseJson(TWO_NODES), ORVA_SUCCEED);
+    const std::string strText = TextOf(m_document);
+    other = std::move(m_document);
+    EXPECT_EQ(TextOf(other), strText);
+    EXPECT_EQ(TextOf(m_document), TextOfEntries(m_document)) << "what is left";
+}
+
+TEST_F(CloudStorageDocument, IsWrittenAsItsEntriesAreAfterAnyChanges) {
+    const std::vector<std::string> texts = TextsInEveryForm();
+    std::mt19937 random(20);
+    const auto pick = [&random](std::size_t uiCount) { return random() % uiCount; };
+    for (int iDocument = 0; iDocument < 200; ++iDocument) {
+        m_document = {};
+        for (int iChange = 0; iChange < 8; ++iChange) {
+            const std::string strCode = "N" + std::to_string(pick(6));
+            switch (pick(4)) {
+                case 0:
+                    Parse(texts[pick(texts.size())]);
+                    break;
+                case 1:
+                    m_document.ParseJson(TextOf(m_document).c_str());
+                    break;
+                default:
+                    m_document.SetCloudStorageInfo(
+                        strCode, MakeInfo(strCode, std::list<ORVA_CLOUD_STORAGE_ALLOC_INFO>(
+                                                       pick(3), MakeAlloc(strCode))));
+            }
+            if (pick(2) == 0) {
+                ASSERT_EQ(TextOf(m_document), TextOfEntries(m_document)) << iDocument;
+            }
+        }
+        ASSERT_EQ(TextOf(m_document), TextOfEntries(m_document)) << iDocument;
+    }
 }
 
 }  // namespace

@@ -56,7 +56,8 @@ const Json::Value* FindArray(const Json::Value& object, const char* pszKey) {
     return pMember != nullptr && pMember->isArray() ? pMember : nullptr;
 }
 
-bool ReadMembers(const Json::Value& object, std::initializer_list<JsonMember> members) {
+bool ReadMembers(const Json::Value& object, std::initializer_list<JsonMember> members,
+                 bool* pbAsWritten) {
     if (!object.isObject()) {
         return FindMember(object, "") != nullptr;  // null has no members, the rest throws
     }
@@ -76,6 +77,9 @@ bool ReadMembers(const Json::Value& object, std::initializer_list<JsonMember> me
         if (!std::visit([&it](auto* pTarget) { return ReadValue(*it, *pTarget); },
                         itMember->target)) {
             return false;
+        }
+        if (pbAsWritten != nullptr && it->type() == Json::realValue) {
+            *pbAsWritten = false;
         }
         ++uiRead;
     }

@@ -37,8 +37,10 @@ const Json::Value* FindMember(const Json::Value& object, const char* pszKey);
 const Json::Value* FindArray(const Json::Value& object, const char* pszKey);
 
 /// Reads the members. False when one is absent, null or of another type; some targets may have been
-/// written then.
-bool ReadMembers(const Json::Value& object, std::initializer_list<JsonMember> members);
+/// written then. Clears *pbAsWritten, if given, when a number has another form than an integer is
+/// written in: 3.0 counts as one.
+bool ReadMembers(const Json::Value& object, std::initializer_list<JsonMember> members,
+                 bool* pbAsWritten = nullptr);
 
 /// Renders the value into the buffer, zeroing the rest; a text that does not fit is cut.
 void WriteJsonText(const Json::Value& root, char* pszJson, uint32_t iMaxLen);
