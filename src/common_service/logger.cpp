@@ -1,7 +1,9 @@
 #include "common_service/logger.h"
 
-#include <cstdio>
+#include <charconv>
 #include <cstring>
+#include <iterator>
+#include <string_view>
 
 namespace {
 
@@ -38,12 +40,23 @@ int ORVA_LogFormatErrCode(char* pszBuf, int iSize, int iCode, const char* pszFor
     if (pszBuf == nullptr || iSize <= 0 || pszFormat == nullptr) {
         return -1;
     }
-    const int iLength =
-        std::snprintf(pszBuf, static_cast<std::size_t>(iSize), "errcode[%d], %s", iCode, pszFormat);
-    if (iLength < iSize) {
-        return iLength;
+    char szCode[16];
+    const char* pszCodeEnd = std::to_chars(std::begin(szCode), std::end(szCode), iCode).ptr;
+    const std::size_t capacity = static_cast<std::size_t>(iSize) - 1;
+    std::size_t length = 0;
+    bool bCut = false;
+    for (const std::string_view part :
+         {std::string_view("errcode["),
+          std::string_view(szCode, static_cast<std::size_t>(pszCodeEnd - szCode)),
+          std::string_view("], "), std::string_view(pszFormat)}) {
+        const std::size_t copied = part.copy(pszBuf + length, capacity - length);
+        length += copied;
+        bCut = bCut || copied < part.size();
     }
-    const std::size_t length = LengthOfWholePlaceholders(pszBuf);
     pszBuf[length] = '\0';
+    if (bCut) {
+        length = LengthOfWholePlaceholders(pszBuf);
+        pszBuf[length] = '\0';
+    }
     return static_cast<int>(length);
 }
