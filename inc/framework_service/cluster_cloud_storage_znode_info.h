@@ -64,11 +64,16 @@ public:
     std::map<std::string, CloudStorageInfo> GetCloudStorageInfoMap() const;
 
 private:
+    friend class CFrameworkCommon;
+
     /// The two above, which clear the flag when an integer has another form than ToJson gives it.
     int32_t ParseNodeJson(const Json::Value& nodeJson, ORVA_CLOUD_STORAGE_ALLOC_INFO& nodeInfo,
                           bool& bAsBuilt);
     int32_t ParseCloudStorageNodeJson(const Json::Value& nodeJson,
                                       CloudStorageInfo& tempCloudStorageInfo, bool& bAsBuilt);
+
+    /// The map itself; the document is empty afterwards.
+    std::map<std::string, CloudStorageInfo> TakeMap();
 
     std::map<std::string, CloudStorageInfo> m_cloudStorageInfoMap;
     CCopyOnWrite<Json::Value> m_json;  ///< what ToJson writes; null: build it anew

@@ -99,6 +99,9 @@ public:
 private:
     CFrameworkCommon() = default;
 
+    /// Adds one container, under the address itself: the argument is left without one.
+    int LoadContainerInfo(CContainerAddr& containerAddr, ContainerMap& containerMap);
+
     int RemoveNodeContainer(const std::string& strNodeId, const std::string& strContainerType,
                             uint32_t& uiContainerNumLeft);
     int AddCloudStorageContainer(const std::map<std::string, CloudStorageInfo>& CloudStorageMap);

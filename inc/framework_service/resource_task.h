@@ -67,6 +67,7 @@ public:
 
 private:
     friend class CContainer;
+    friend class CFrameworkCommon;
 
     std::string m_strTaskId;
     std::string m_strTaskName;

@@ -11,7 +11,7 @@ CNetFactory& CNetFactory::Instance() {
 
 int CNetFactory::AddValidatedLink(const std::string& strIp, int iType) {
     const std::lock_guard<std::mutex> guard(m_mutex);
-    m_setLink.emplace(strIp, iType);
+    m_setLink.insert({strIp, iType});
     return ORVA_SUCCEED;
 }
 

@@ -207,3 +207,8 @@ std::map<std::string, CloudStorageInfo> CClusterCloudStorageZNodeInfo::GetCloudS
     const {
     return m_cloudStorageInfoMap;
 }
+
+std::map<std::string, CloudStorageInfo> CClusterCloudStorageZNodeInfo::TakeMap() {
+    m_json = {};
+    return std::exchange(m_cloudStorageInfoMap, {});
+}

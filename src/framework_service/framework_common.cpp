@@ -1,7 +1,9 @@
 #include "framework_service/framework_common.h"
 
 #include <algorithm>
-#include <set>
+#include <string_view>
+#include <unordered_set>
+#include <utility>
 
 #include "common_service/global_config.h"
 #include "common_service/net_factory.h"
@@ -70,23 +72,24 @@ int WriteCGList(const SourcePlace& place, const char* pszOperation, CClusterCGIn
     return iRet;
 }
 
-/// Accepts links from every member's address, then no longer from those of the nodes of an earlier
-/// load that are members no more. The local address is never taken away.
-void UpdateValidatedLinks(const std::list<CNode>& nodeList) {
-    HALD::CNetFactory& netFactory = HALD::CNetFactory::Instance();
-    std::set<std::string> newNodeIPs;
+/// Accepts links from the address of every member. Returns those addresses, which point into the
+/// list.
+std::unordered_set<std::string_view> AddValidatedLinks(const std::list<CNode>& nodeList) {
+    std::unordered_set<std::string_view> nodeIPs;
     for (const CNode& node : nodeList) {
         if (node.GetMemberStatus() != CLUSTER_MEMBER_REMOVED) {
-            netFactory.AddValidatedLink(node.GetNodeIp(), VALIDATED_LINK_TYPE);
-            newNodeIPs.insert(node.GetNodeIp());
+            HALD::CNetFactory::Instance().AddValidatedLink(node.GetNodeIp(), VALIDATED_LINK_TYPE);
+            nodeIPs.insert(node.GetNodeIp());
         }
     }
-    std::list<CNode> oldNodeList;
-    CNodeMgr::Instance().GetAllNode(oldNodeList);
-    for (const CNode& node : oldNodeList) {
-        if (newNodeIPs.count(node.GetNodeIp()) == 0 &&
-            node.GetNodeIp() != CGlobalConfig::Instance().GetLocalIp()) {
-            netFactory.DelValidatedLink(node.GetNodeIp(), VALIDATED_LINK_TYPE);
+    return nodeIPs;
+}
+
+/// Accepts links from the addresses no longer. The local one is never taken away.
+void DelValidatedLinks(const std::list<std::string>& nodeIPs) {
+    for (const std::string& strNodeIp : nodeIPs) {
+        if (strNodeIp != CGlobalConfig::Instance().GetLocalIp()) {
+            HALD::CNetFactory::Instance().DelValidatedLink(strNodeIp, VALIDATED_LINK_TYPE);
         }
     }
 }
@@ -130,7 +133,7 @@ int CFrameworkCommon::InitNodeAndContainerFromZK() {
                                "get data from cluster node fail.");
     }
     CGlobalConfig::Instance().SetClusterForwardType(cluster.GetClusterForwardType());
-    UpdateValidatedLinks(cluster.m_nodeList);
+    DelValidatedLinks(CNodeMgr::Instance().GetOtherNodeIp(AddValidatedLinks(cluster.m_nodeList)));
     iRet = InitNodeAndContainer(cluster.m_nodeList);
     if (iRet != ORVA_SUCCEED) {
         return LogFailure(HERE, "framework common, InitNodeAndContainerFromZK", iRet,
@@ -143,7 +146,7 @@ int CFrameworkCommon::InitNodeAndContainerFromZK() {
                                "cloud storage info is empty, not need to init framework.",
                                "get cloud storage info from cluster node fail.");
     }
-    return AddCloudStorageContainer(cloudStorage.GetCloudStorageInfoMap());
+    return AddCloudStorageContainer(cloudStorage.TakeMap());
 }
 
 int CFrameworkCommon::InitNodeAndContainer(const std::list<CNode>& nodeList) {
@@ -173,48 +176,60 @@ int CFrameworkCommon::InitContainerMgr(const std::list<CNode>& nodeList) {
 
 int CFrameworkCommon::GenContainerTable(const std::list<CNode>& nodeList,
                                         ContainerMap& containerMap) {
-    std::list<CContainerAddr> containerAddrList;
     for (const CNode& node : nodeList) {
         for (const std::string& strType : *node.m_containerList) {
-            containerAddrList.emplace_back(node.GetNodeId(), strType);
             LogInfo(HERE, "Gen Container Table", "node=%s container type=%s ",
                     node.GetNodeId().c_str(), strType.c_str());
         }
     }
-    if (const int iRet = LoadContainerInfo(containerAddrList, containerMap); iRet != ORVA_SUCCEED) {
-        return LogFailure(HERE, "init container mgr", iRet, "load container info fail.");
+    for (const CNode& node : nodeList) {
+        for (const std::string& strType : *node.m_containerList) {
+            CContainerAddr containerAddr(node.GetNodeId(), strType);
+            if (const int iRet = LoadContainerInfo(containerAddr, containerMap);
+                iRet != ORVA_SUCCEED) {
+                return LogFailure(HERE, "init container mgr", iRet, "load container info fail.");
+            }
+        }
     }
     return ORVA_SUCCEED;
 }
 
 int CFrameworkCommon::LoadContainerInfo(const std::list<CContainerAddr>& containerAddrList,
                                         ContainerMap& containerMap) {
-    for (const CContainerAddr& containerAddr : containerAddrList) {
-        const bool bSupportFaultShift =
-            CPluginMgr::Instance().IsContainerSupportFaultShift(containerAddr.GetContainerType());
-        LogInfo(HERE, "load Container info", "node=%s container type=%s ",
-                containerAddr.GetNodeId().c_str(), containerAddr.GetContainerType().c_str());
-        const std::size_t uiBefore = containerMap.size();
-        const auto it = containerMap.try_emplace(containerMap.end(), containerAddr);
-        if (containerMap.size() == uiBefore) {
-            return LogFailure(HERE, "load container info", ORVA_FAIL, "insert map failed");
+    for (CContainerAddr containerAddr : containerAddrList) {
+        if (const int iRet = LoadContainerInfo(containerAddr, containerMap); iRet != ORVA_SUCCEED) {
+            return iRet;
         }
-        CContainer& container = it->second;
-        container.SetNodeId(containerAddr.GetNodeId());
-        container.SetContainerType(containerAddr.GetContainerType());
-        container.SetSupportFaultShift(bSupportFaultShift);
     }
+    return ORVA_SUCCEED;
+}
+
+int CFrameworkCommon::LoadContainerInfo(CContainerAddr& containerAddr, ContainerMap& containerMap) {
+    const bool bSupportFaultShift =
+        CPluginMgr::Instance().IsContainerSupportFaultShift(containerAddr.GetContainerType());
+    LogInfo(HERE, "load Container info", "node=%s container type=%s ",
+            containerAddr.GetNodeId().c_str(), containerAddr.GetContainerType().c_str());
+    const std::size_t uiBefore = containerMap.size();
+    const auto it = containerMap.try_emplace(containerMap.end(), std::move(containerAddr));
+    if (containerMap.size() == uiBefore) {
+        return LogFailure(HERE, "load container info", ORVA_FAIL, "insert map failed");
+    }
+    CContainer& container = it->second;
+    container.SetNodeId(it->first.GetNodeId());
+    container.SetContainerType(it->first.GetContainerType());
+    container.SetSupportFaultShift(bSupportFaultShift);
     return ORVA_SUCCEED;
 }
 
 int CFrameworkCommon::AddCloudStorageContainer(
     const std::map<std::string, CloudStorageInfo>& CloudStorageMap) {
+    CContainerAddr containerAddr("", CONTAINER_TYPE_CLOUD_STORAGE);
     for (const auto& [strNodeId, cloudStorage] : CloudStorageMap) {
+        containerAddr.SetNodeId(strNodeId);
         std::list<CResourceTask> resTaskList;
         CloudStorageInfoToResTask(cloudStorage, resTaskList);
-        CContainerMgr::Instance().SetResourceTask(
-            CContainerAddr(strNodeId, CONTAINER_TYPE_CLOUD_STORAGE), resTaskList,
-            CONTAINER_STATUS_REPORT_REQ);
+        CContainerMgr::Instance().SetResourceTask(containerAddr, resTaskList,
+                                                  CONTAINER_STATUS_REPORT_REQ);
     }
     return ORVA_SUCCEED;
 }
@@ -222,21 +237,19 @@ int CFrameworkCommon::AddCloudStorageContainer(
 void CFrameworkCommon::CloudStorageInfoToResTask(const CloudStorageInfo& CloudStorage,
                                                  std::list<CResourceTask>& resTaskList) {
     const auto toText = [](int32_t iValue) { return HALD::CToolHelp::IntToStr(iValue, false); };
-    CResourceTask task;
-    task.InsertSingleKeyValue(PSZ_TASK_PRODUCT_TYPE, CloudStorage.strProductType);
-    task.InsertSingleKeyValue(PSZ_TASK_SERVICE_TYPE, CloudStorage.strServiceType);
-    task.InsertSingleKeyValue(PSZ_TASK_REQ_STORAGE, toText(CloudStorage.iReqStorage));
-    task.InsertSingleKeyValue(PSZ_TASK_REQ_PIC_STORAGE, toText(CloudStorage.iReqPicStorage));
-    task.InsertSingleKeyValue(PSZ_TASK_LOW_PRI_BIT_RATE, toText(CloudStorage.iLowPriorityBitRate));
-    for (const ORVA_CLOUD_STORAGE_ALLOC_INFO& allocInfo : CloudStorage.allocInfo) {
-        task.SetAllocInfoList(allocInfo);
-    }
+    CResourceTask& task = resTaskList.emplace_back();
+    task.m_privateInfo =
+        KeyValueMap{{PSZ_TASK_PRODUCT_TYPE, CloudStorage.strProductType},
+                    {PSZ_TASK_SERVICE_TYPE, CloudStorage.strServiceType},
+                    {PSZ_TASK_REQ_STORAGE, toText(CloudStorage.iReqStorage)},
+                    {PSZ_TASK_REQ_PIC_STORAGE, toText(CloudStorage.iReqPicStorage)},
+                    {PSZ_TASK_LOW_PRI_BIT_RATE, toText(CloudStorage.iLowPriorityBitRate)}};
+    task.m_allocInfoList = CloudStorage.allocInfo;
     LogInfo(HERE, "ORVA Cloud storage info to resTask",
             "product[%s] service[%s] reqStorage[%d] reqPicStorage[%d] lowPri[%d]",
             CloudStorage.strProductType.c_str(), CloudStorage.strServiceType.c_str(),
             CloudStorage.iReqStorage, CloudStorage.iReqPicStorage,
             CloudStorage.iLowPriorityBitRate);
-    resTaskList.push_back(task);
 }
 
 int CFrameworkCommon::AddNodeAndContainer(const std::map<std::string, CNode>& nodeMap) {

@@ -19,7 +19,7 @@ void CNodeMgr::RefreshSizeLocked() {
 void CNodeMgr::Init(const std::list<CNode>& nodeList) {
     NodeMap nodeMap;
     for (const CNode& node : nodeList) {
-        nodeMap.insert_or_assign(node.GetNodeId(), node);
+        nodeMap.insert_or_assign(nodeMap.end(), node.GetNodeId(), node);
     }
     CNodeTable nodeTable(std::move(nodeMap));
     const MutexGuard guard(m_mutex);
@@ -81,6 +81,21 @@ bool CNodeMgr::IsNodeOnline(const std::string& strNodeId) {
     ReadEntry(m_mutex, m_nodeTable, strNodeId,
               [&bOnline](const CNode& node) { bOnline = node.IsOnline(); });
     return bOnline;
+}
+
+std::list<std::string> CNodeMgr::GetOtherNodeIp(
+    const std::unordered_set<std::string_view>& nodeIPs) {
+    std::list<std::string> otherNodeIPs;
+    const std::optional<CNodeTable> snapshot = Snapshot();
+    if (!snapshot) {
+        return otherNodeIPs;
+    }
+    for (const auto& [strNodeId, node] : *snapshot) {
+        if (nodeIPs.count(node.GetNodeIp()) == 0) {
+            otherNodeIPs.push_back(node.GetNodeIp());
+        }
+    }
+    return otherNodeIPs;
 }
 
 void CNodeMgr::SetSystemResource(const std::string& strNodeID, const CSystemResource& totalSysRes,
