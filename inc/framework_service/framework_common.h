@@ -99,13 +99,10 @@ public:
 private:
     CFrameworkCommon() = default;
 
-    /// Adds one container, under the address itself: the argument is left without one.
-    int LoadContainerInfo(CContainerAddr& containerAddr, ContainerMap& containerMap);
-
     int RemoveNodeContainer(const std::string& strNodeId, const std::string& strContainerType,
                             uint32_t& uiContainerNumLeft);
-    int AddCloudStorageContainer(const std::map<std::string, CloudStorageInfo>& CloudStorageMap);
-    void CloudStorageInfoToResTask(const CloudStorageInfo& CloudStorage,
+    int AddCloudStorageContainer(std::map<std::string, CloudStorageInfo> CloudStorageMap);
+    void CloudStorageInfoToResTask(CloudStorageInfo&& CloudStorage,
                                    std::list<CResourceTask>& resTaskList);
 
     static CFrameworkCommon m_instance;

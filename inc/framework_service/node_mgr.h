@@ -6,8 +6,6 @@
 #include <map>
 #include <optional>
 #include <string>
-#include <string_view>
-#include <unordered_set>
 
 #include "common_service/thread_mutex.h"
 #include "framework_service/base_data.h"
@@ -81,9 +79,6 @@ private:
 
     /// The table as it is now; nothing without the lock.
     std::optional<CNodeTable> Snapshot();
-
-    /// The addresses of the nodes, in key order, without those that are listed.
-    std::list<std::string> GetOtherNodeIp(const std::unordered_set<std::string_view>& nodeIPs);
 
     void RefreshSizeLocked();
 

@@ -1,8 +1,8 @@
 #include "framework_service/framework_common.h"
 
 #include <algorithm>
+#include <set>
 #include <string_view>
-#include <unordered_set>
 #include <utility>
 
 #include "common_service/global_config.h"
@@ -72,24 +72,22 @@ int WriteCGList(const SourcePlace& place, const char* pszOperation, CClusterCGIn
     return iRet;
 }
 
-/// Accepts links from the address of every member. Returns those addresses, which point into the
-/// list.
-std::unordered_set<std::string_view> AddValidatedLinks(const std::list<CNode>& nodeList) {
-    std::unordered_set<std::string_view> nodeIPs;
+/// Accepts links from every member's address, then no longer from those of the nodes of an earlier
+/// load that are members no more. The local address is never taken away.
+void UpdateValidatedLinks(const std::list<CNode>& nodeList,
+                          const CSnapshotTable<std::string, CNode>& oldNodes) {
+    HALD::CNetFactory& netFactory = HALD::CNetFactory::Instance();
+    std::set<std::string_view> newNodeIPs;
     for (const CNode& node : nodeList) {
         if (node.GetMemberStatus() != CLUSTER_MEMBER_REMOVED) {
-            HALD::CNetFactory::Instance().AddValidatedLink(node.GetNodeIp(), VALIDATED_LINK_TYPE);
-            nodeIPs.insert(node.GetNodeIp());
+            netFactory.AddValidatedLink(node.GetNodeIp(), VALIDATED_LINK_TYPE);
+            newNodeIPs.insert(node.GetNodeIp());
         }
     }
-    return nodeIPs;
-}
-
-/// Accepts links from the addresses no longer. The local one is never taken away.
-void DelValidatedLinks(const std::list<std::string>& nodeIPs) {
-    for (const std::string& strNodeIp : nodeIPs) {
-        if (strNodeIp != CGlobalConfig::Instance().GetLocalIp()) {
-            HALD::CNetFactory::Instance().DelValidatedLink(strNodeIp, VALIDATED_LINK_TYPE);
+    for (const auto& [strNodeId, node] : oldNodes) {
+        if (newNodeIPs.count(node.GetNodeIp()) == 0 &&
+            node.GetNodeIp() != CGlobalConfig::Instance().GetLocalIp()) {
+            netFactory.DelValidatedLink(node.GetNodeIp(), VALIDATED_LINK_TYPE);
         }
     }
 }
@@ -133,7 +131,8 @@ int CFrameworkCommon::InitNodeAndContainerFromZK() {
                                "get data from cluster node fail.");
     }
     CGlobalConfig::Instance().SetClusterForwardType(cluster.GetClusterForwardType());
-    DelValidatedLinks(CNodeMgr::Instance().GetOtherNodeIp(AddValidatedLinks(cluster.m_nodeList)));
+    UpdateValidatedLinks(cluster.m_nodeList,
+                         CNodeMgr::Instance().Snapshot().value_or(CNodeMgr::CNodeTable()));
     iRet = InitNodeAndContainer(cluster.m_nodeList);
     if (iRet != ORVA_SUCCEED) {
         return LogFailure(HERE, "framework common, InitNodeAndContainerFromZK", iRet,
@@ -176,75 +175,64 @@ int CFrameworkCommon::InitContainerMgr(const std::list<CNode>& nodeList) {
 
 int CFrameworkCommon::GenContainerTable(const std::list<CNode>& nodeList,
                                         ContainerMap& containerMap) {
+    std::list<CContainerAddr> containerAddrList;
     for (const CNode& node : nodeList) {
         for (const std::string& strType : *node.m_containerList) {
+            containerAddrList.emplace_back(node.GetNodeId(), strType);
             LogInfo(HERE, "Gen Container Table", "node=%s container type=%s ",
                     node.GetNodeId().c_str(), strType.c_str());
         }
     }
-    for (const CNode& node : nodeList) {
-        for (const std::string& strType : *node.m_containerList) {
-            CContainerAddr containerAddr(node.GetNodeId(), strType);
-            if (const int iRet = LoadContainerInfo(containerAddr, containerMap);
-                iRet != ORVA_SUCCEED) {
-                return LogFailure(HERE, "init container mgr", iRet, "load container info fail.");
-            }
-        }
+    if (const int iRet = LoadContainerInfo(containerAddrList, containerMap); iRet != ORVA_SUCCEED) {
+        return LogFailure(HERE, "init container mgr", iRet, "load container info fail.");
     }
     return ORVA_SUCCEED;
 }
 
 int CFrameworkCommon::LoadContainerInfo(const std::list<CContainerAddr>& containerAddrList,
                                         ContainerMap& containerMap) {
-    for (CContainerAddr containerAddr : containerAddrList) {
-        if (const int iRet = LoadContainerInfo(containerAddr, containerMap); iRet != ORVA_SUCCEED) {
-            return iRet;
+    for (const CContainerAddr& containerAddr : containerAddrList) {
+        const bool bSupportFaultShift =
+            CPluginMgr::Instance().IsContainerSupportFaultShift(containerAddr.GetContainerType());
+        LogInfo(HERE, "load Container info", "node=%s container type=%s ",
+                containerAddr.GetNodeId().c_str(), containerAddr.GetContainerType().c_str());
+        const std::size_t uiBefore = containerMap.size();
+        const auto it = containerMap.try_emplace(containerMap.end(), containerAddr);
+        if (containerMap.size() == uiBefore) {
+            return LogFailure(HERE, "load container info", ORVA_FAIL, "insert map failed");
         }
+        CContainer& container = it->second;
+        container.SetNodeId(containerAddr.GetNodeId());
+        container.SetContainerType(containerAddr.GetContainerType());
+        container.SetSupportFaultShift(bSupportFaultShift);
     }
-    return ORVA_SUCCEED;
-}
-
-int CFrameworkCommon::LoadContainerInfo(CContainerAddr& containerAddr, ContainerMap& containerMap) {
-    const bool bSupportFaultShift =
-        CPluginMgr::Instance().IsContainerSupportFaultShift(containerAddr.GetContainerType());
-    LogInfo(HERE, "load Container info", "node=%s container type=%s ",
-            containerAddr.GetNodeId().c_str(), containerAddr.GetContainerType().c_str());
-    const std::size_t uiBefore = containerMap.size();
-    const auto it = containerMap.try_emplace(containerMap.end(), std::move(containerAddr));
-    if (containerMap.size() == uiBefore) {
-        return LogFailure(HERE, "load container info", ORVA_FAIL, "insert map failed");
-    }
-    CContainer& container = it->second;
-    container.SetNodeId(it->first.GetNodeId());
-    container.SetContainerType(it->first.GetContainerType());
-    container.SetSupportFaultShift(bSupportFaultShift);
     return ORVA_SUCCEED;
 }
 
 int CFrameworkCommon::AddCloudStorageContainer(
-    const std::map<std::string, CloudStorageInfo>& CloudStorageMap) {
+    std::map<std::string, CloudStorageInfo> CloudStorageMap) {
     CContainerAddr containerAddr("", CONTAINER_TYPE_CLOUD_STORAGE);
-    for (const auto& [strNodeId, cloudStorage] : CloudStorageMap) {
+    for (auto& [strNodeId, cloudStorage] : CloudStorageMap) {
         containerAddr.SetNodeId(strNodeId);
         std::list<CResourceTask> resTaskList;
-        CloudStorageInfoToResTask(cloudStorage, resTaskList);
+        CloudStorageInfoToResTask(std::move(cloudStorage), resTaskList);
         CContainerMgr::Instance().SetResourceTask(containerAddr, resTaskList,
                                                   CONTAINER_STATUS_REPORT_REQ);
     }
     return ORVA_SUCCEED;
 }
 
-void CFrameworkCommon::CloudStorageInfoToResTask(const CloudStorageInfo& CloudStorage,
+void CFrameworkCommon::CloudStorageInfoToResTask(CloudStorageInfo&& CloudStorage,
                                                  std::list<CResourceTask>& resTaskList) {
     const auto toText = [](int32_t iValue) { return HALD::CToolHelp::IntToStr(iValue, false); };
     CResourceTask& task = resTaskList.emplace_back();
-    task.m_privateInfo =
-        KeyValueMap{{PSZ_TASK_PRODUCT_TYPE, CloudStorage.strProductType},
-                    {PSZ_TASK_SERVICE_TYPE, CloudStorage.strServiceType},
-                    {PSZ_TASK_REQ_STORAGE, toText(CloudStorage.iReqStorage)},
-                    {PSZ_TASK_REQ_PIC_STORAGE, toText(CloudStorage.iReqPicStorage)},
-                    {PSZ_TASK_LOW_PRI_BIT_RATE, toText(CloudStorage.iLowPriorityBitRate)}};
-    task.m_allocInfoList = CloudStorage.allocInfo;
+    KeyValueMap& privateInfo = task.m_privateInfo.Edit();
+    privateInfo.emplace(PSZ_TASK_PRODUCT_TYPE, CloudStorage.strProductType);
+    privateInfo.emplace(PSZ_TASK_SERVICE_TYPE, CloudStorage.strServiceType);
+    privateInfo.emplace(PSZ_TASK_REQ_STORAGE, toText(CloudStorage.iReqStorage));
+    privateInfo.emplace(PSZ_TASK_REQ_PIC_STORAGE, toText(CloudStorage.iReqPicStorage));
+    privateInfo.emplace(PSZ_TASK_LOW_PRI_BIT_RATE, toText(CloudStorage.iLowPriorityBitRate));
+    task.m_allocInfoList = std::move(CloudStorage.allocInfo);
     LogInfo(HERE, "ORVA Cloud storage info to resTask",
             "product[%s] service[%s] reqStorage[%d] reqPicStorage[%d] lowPri[%d]",
             CloudStorage.strProductType.c_str(), CloudStorage.strServiceType.c_str(),

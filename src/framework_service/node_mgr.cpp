@@ -83,21 +83,6 @@ bool CNodeMgr::IsNodeOnline(const std::string& strNodeId) {
     return bOnline;
 }
 
-std::list<std::string> CNodeMgr::GetOtherNodeIp(
-    const std::unordered_set<std::string_view>& nodeIPs) {
-    std::list<std::string> otherNodeIPs;
-    const std::optional<CNodeTable> snapshot = Snapshot();
-    if (!snapshot) {
-        return otherNodeIPs;
-    }
-    for (const auto& [strNodeId, node] : *snapshot) {
-        if (nodeIPs.count(node.GetNodeIp()) == 0) {
-            otherNodeIPs.push_back(node.GetNodeIp());
-        }
-    }
-    return otherNodeIPs;
-}
-
 void CNodeMgr::SetSystemResource(const std::string& strNodeID, const CSystemResource& totalSysRes,
                                  const CSystemResource& curSysRes) {
     const ELookup eLookup = ChangeEntry(m_mutex, m_nodeTable, strNodeID, [&](CNode& node) {
