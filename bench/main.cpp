@@ -36,7 +36,7 @@ private:
 int main(int argc, char** argv) {
     // Both sides of a ratio are measured by turns, so that a slow moment hits both.
     std::vector<std::string> args = {
-        argv[0], "--benchmark_repetitions=7", "--benchmark_min_time=0.05",
+        argv[0], "--benchmark_repetitions=21", "--benchmark_min_time=0.05",
         "--benchmark_enable_random_interleaving=true", "--benchmark_report_aggregates_only=true"};
     args.insert(args.end(), argv + 1, argv + argc);
     std::vector<char*> argPointers;
