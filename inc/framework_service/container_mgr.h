@@ -173,7 +173,7 @@ private:
     CContainerMgr() = default;
 
     /// False without the lock.
-    bool ReplaceTable(ContainerMap containerMap);
+    bool ReplaceTable(CContainerTable containerTable);
 
     /// The table as it is now; nothing without the lock.
     std::optional<CContainerTable> Snapshot();

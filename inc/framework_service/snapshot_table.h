@@ -3,7 +3,6 @@
 #include <algorithm>
 #include <cstddef>
 #include <iterator>
-#include <map>
 #include <optional>
 #include <utility>
 #include <vector>
@@ -22,18 +21,6 @@ class CSnapshotTable {
     using CRuns = std::vector<CSharedRun>;
 
 public:
-    CSnapshotTable() = default;
-
-    explicit CSnapshotTable(std::map<Key, Value> entries) {
-        CRuns& runs = m_runs.Edit();
-        for (auto& [key, value] : entries) {
-            if (runs.empty() || runs.back()->size() == LONGEST_RUN) {
-                runs.emplace_back().Edit().reserve(LONGEST_RUN);
-            }
-            runs.back().Edit().emplace_back(key, std::move(value));
-        }
-    }
-
     std::size_t Size() const {
         std::size_t uiSize = 0;
         for (const CSharedRun& run : *m_runs) {
@@ -91,21 +78,23 @@ public:
         return place.bTaken ? &m_runs.Edit()[place.uiRun].Edit()[place.uiEntry].second : nullptr;
     }
 
-    /// Adds a key that the table does not hold yet.
-    void Insert(const Key& key, Value value) {
-        const CPlace place = PlaceOf(key);
+    /// Adds the key with its value and returns that, as Edit does; null, with nothing changed, when
+    /// the table holds the key. Costs least for keys that come in order.
+    Value* Insert(const Key& key, Value value) {
+        CPlace place = PlaceOfNew(key);
+        if (place.bTaken) {
+            return nullptr;
+        }
         CRuns& runs = m_runs.Edit();
-        if (runs.empty()) {
-            runs.emplace_back();
+        if (runs.empty() || place.uiEntry == LONGEST_RUN) {
+            place = {runs.empty() ? 0 : place.uiRun + 1, 0, false};
+            runs.emplace(At(runs, place.uiRun))->Edit().reserve(LONGEST_RUN);
+        } else if (runs[place.uiRun]->size() == LONGEST_RUN) {
+            Split(runs, place.uiRun);
+            place = PlaceOf(key);
         }
         CRun& run = runs[place.uiRun].Edit();
-        run.emplace(At(run, place.uiEntry), key, std::move(value));
-        if (run.size() > LONGEST_RUN) {
-            const auto itHalf = At(run, run.size() / 2);
-            CRun rest(std::make_move_iterator(itHalf), std::make_move_iterator(run.end()));
-            run.erase(itHalf, run.end());
-            runs.insert(At(runs, place.uiRun + 1), std::move(rest));
-        }
+        return &run.emplace(At(run, place.uiEntry), key, std::move(value))->second;
     }
 
     /// Takes the key out and returns its value; nothing when the table does not hold it.
@@ -147,6 +136,20 @@ private:
             [](const CEntry& entry, const Key& wanted) { return entry.first < wanted; });
         return {static_cast<std::size_t>(itNext - m_runs->begin()) - 1,
                 static_cast<std::size_t>(it - run.begin()), it != run.end() && !(key < it->first)};
+    }
+
+    CPlace PlaceOfNew(const Key& key) const {
+        const bool bLast = !m_runs->empty() && m_runs->back()->back().first < key;
+        return bLast ? CPlace{m_runs->size() - 1, m_runs->back()->size(), false} : PlaceOf(key);
+    }
+
+    /// Moves the second half of a run into a new one behind it.
+    static void Split(CRuns& runs, std::size_t uiRun) {
+        CRun& run = runs[uiRun].Edit();
+        const auto itHalf = At(run, run.size() / 2);
+        CRun rest(std::make_move_iterator(itHalf), std::make_move_iterator(run.end()));
+        run.erase(itHalf, run.end());
+        runs.insert(At(runs, uiRun + 1), std::move(rest));
     }
 
     template <typename Vector>

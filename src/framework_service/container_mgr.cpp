@@ -114,14 +114,17 @@ bool SortHighSpeedInfo(const HighSpeedDownLoadInfo& cHighSpeedDownLoadInfoA,
 // report waits for neither.
 
 int32_t CContainerMgr::Init(const ContainerMap& containerMap) {
-    return ReplaceTable(containerMap) ? ORVA_SUCCEED : ORVA_FAIL;
+    CContainerTable containerTable;
+    for (const auto& [containerAddr, container] : containerMap) {
+        containerTable.Insert(containerAddr, container);
+    }
+    return ReplaceTable(std::move(containerTable)) ? ORVA_SUCCEED : ORVA_FAIL;
 }
 
-bool CContainerMgr::ReplaceTable(ContainerMap containerMap) {
-    CContainerTable table(std::move(containerMap));
+bool CContainerMgr::ReplaceTable(CContainerTable containerTable) {
     const MutexGuard guard(m_mutex);
     if (guard.locked()) {
-        std::swap(m_containerTable, table);
+        std::swap(m_containerTable, containerTable);
     }
     return guard.locked();
 }

@@ -92,6 +92,18 @@ void UpdateValidatedLinks(const std::list<CNode>& nodeList,
     }
 }
 
+/// Puts a new container under the address. Null when there is one.
+CContainer* InsertNew(ContainerMap& containerMap, const CContainerAddr& containerAddr) {
+    const std::size_t uiBefore = containerMap.size();
+    const auto it = containerMap.try_emplace(containerMap.end(), containerAddr);
+    return containerMap.size() != uiBefore ? &it->second : nullptr;
+}
+
+CContainer* InsertNew(CSnapshotTable<CContainerAddr, CContainer>& containerTable,
+                      const CContainerAddr& containerAddr) {
+    return containerTable.Insert(containerAddr, CContainer());
+}
+
 /// Is the node known, and a normal member?
 bool IsNormalMember(const CSnapshotTable<std::string, CNode>& nodes, const std::string& strNodeId) {
     const CNode* const pNode = nodes.Find(strNodeId);
@@ -165,16 +177,21 @@ int CFrameworkCommon::InitNodeMgr(const std::list<CNode>& nodeList) {
 }
 
 int CFrameworkCommon::InitContainerMgr(const std::list<CNode>& nodeList) {
-    ContainerMap containerMap;
-    if (const int iRet = GenContainerTable(nodeList, containerMap); iRet != ORVA_SUCCEED) {
+    CContainerMgr::CContainerTable containerTable;
+    if (const int iRet = GenContainerTable(nodeList, containerTable); iRet != ORVA_SUCCEED) {
         return LogFailure(HERE, OPERATION_INIT_CONTAINER_MGR, iRet, "gen container table fail.");
     }
-    CContainerMgr::Instance().ReplaceTable(std::move(containerMap));
+    CContainerMgr::Instance().ReplaceTable(std::move(containerTable));
     return ORVA_SUCCEED;
 }
 
 int CFrameworkCommon::GenContainerTable(const std::list<CNode>& nodeList,
                                         ContainerMap& containerMap) {
+    return GenContainerTable<ContainerMap>(nodeList, containerMap);
+}
+
+template <typename Table>
+int CFrameworkCommon::GenContainerTable(const std::list<CNode>& nodeList, Table& containerTable) {
     std::list<CContainerAddr> containerAddrList;
     for (const CNode& node : nodeList) {
         for (const std::string& strType : *node.m_containerList) {
@@ -183,7 +200,8 @@ int CFrameworkCommon::GenContainerTable(const std::list<CNode>& nodeList,
                     node.GetNodeId().c_str(), strType.c_str());
         }
     }
-    if (const int iRet = LoadContainerInfo(containerAddrList, containerMap); iRet != ORVA_SUCCEED) {
+    if (const int iRet = LoadContainerInfo(containerAddrList, containerTable);
+        iRet != ORVA_SUCCEED) {
         return LogFailure(HERE, "init container mgr", iRet, "load container info fail.");
     }
     return ORVA_SUCCEED;
@@ -191,20 +209,24 @@ int CFrameworkCommon::GenContainerTable(const std::list<CNode>& nodeList,
 
 int CFrameworkCommon::LoadContainerInfo(const std::list<CContainerAddr>& containerAddrList,
                                         ContainerMap& containerMap) {
+    return LoadContainerInfo<ContainerMap>(containerAddrList, containerMap);
+}
+
+template <typename Table>
+int CFrameworkCommon::LoadContainerInfo(const std::list<CContainerAddr>& containerAddrList,
+                                        Table& containerTable) {
     for (const CContainerAddr& containerAddr : containerAddrList) {
         const bool bSupportFaultShift =
             CPluginMgr::Instance().IsContainerSupportFaultShift(containerAddr.GetContainerType());
         LogInfo(HERE, "load Container info", "node=%s container type=%s ",
                 containerAddr.GetNodeId().c_str(), containerAddr.GetContainerType().c_str());
-        const std::size_t uiBefore = containerMap.size();
-        const auto it = containerMap.try_emplace(containerMap.end(), containerAddr);
-        if (containerMap.size() == uiBefore) {
+        CContainer* const pContainer = InsertNew(containerTable, containerAddr);
+        if (pContainer == nullptr) {
             return LogFailure(HERE, "load container info", ORVA_FAIL, "insert map failed");
         }
-        CContainer& container = it->second;
-        container.SetNodeId(containerAddr.GetNodeId());
-        container.SetContainerType(containerAddr.GetContainerType());
-        container.SetSupportFaultShift(bSupportFaultShift);
+        pContainer->SetNodeId(containerAddr.GetNodeId());
+        pContainer->SetContainerType(containerAddr.GetContainerType());
+        pContainer->SetSupportFaultShift(bSupportFaultShift);
     }
     return ORVA_SUCCEED;
 }

@@ -12,16 +12,27 @@ using namespace framework_internal;
 
 CNodeMgr CNodeMgr::m_Instance;
 
+namespace {
+
+/// Puts the node into the table, in the place of one that is there under that id.
+void Put(CSnapshotTable<std::string, CNode>& nodeTable, const std::string& strNodeId,
+         const CNode& node) {
+    if (nodeTable.Insert(strNodeId, node) == nullptr) {
+        *nodeTable.Edit(strNodeId) = node;
+    }
+}
+
+}  // namespace
+
 void CNodeMgr::RefreshSizeLocked() {
     m_uiSize = static_cast<unsigned int>(m_nodeTable.Size());
 }
 
 void CNodeMgr::Init(const std::list<CNode>& nodeList) {
-    NodeMap nodeMap;
+    CNodeTable nodeTable;
     for (const CNode& node : nodeList) {
-        nodeMap.insert_or_assign(nodeMap.end(), node.GetNodeId(), node);
+        Put(nodeTable, node.GetNodeId(), node);
     }
-    CNodeTable nodeTable(std::move(nodeMap));
     const MutexGuard guard(m_mutex);
     if (guard.locked()) {
         std::swap(m_nodeTable, nodeTable);
@@ -35,11 +46,7 @@ void CNodeMgr::AddNode(const NodeMap& nodeMap) {
         return;
     }
     for (const auto& [strNodeId, node] : nodeMap) {
-        if (CNode* const pKnown = m_nodeTable.Edit(strNodeId); pKnown != nullptr) {
-            *pKnown = node;
-        } else {
-            m_nodeTable.Insert(strNodeId, node);
-        }
+        Put(m_nodeTable, strNodeId, node);
     }
     RefreshSizeLocked();
 }

@@ -27,6 +27,14 @@ std::map<int, std::string> ToMap(const CTable& table) {
     return map;
 }
 
+CTable MakeTable(const std::map<int, std::string>& map) {
+    CTable table;
+    for (const auto& [iKey, strValue] : map) {
+        EXPECT_NE(table.Insert(iKey, strValue), nullptr);
+    }
+    return table;
+}
+
 std::map<int, std::string> MakeMap(int iSize) {
     std::map<int, std::string> map;
     for (int i = 0; i < iSize; ++i) {
@@ -39,7 +47,7 @@ class SnapshotTableOfSize : public testing::TestWithParam<int> {};
 
 TEST_P(SnapshotTableOfSize, HoldsWhatTheMapHeldAndNothingElse) {
     const std::map<int, std::string> map = MakeMap(GetParam());
-    CTable table(map);
+    CTable table = MakeTable(map);
     EXPECT_EQ(table.Size(), map.size());
     EXPECT_EQ(ToMap(table), map);
     for (int iKey = -1; iKey <= 2 * GetParam() + 1; ++iKey) {
@@ -55,7 +63,7 @@ TEST_P(SnapshotTableOfSize, HoldsWhatTheMapHeldAndNothingElse) {
 
 TEST_P(SnapshotTableOfSize, EmptiesEntryByEntry) {
     std::map<int, std::string> map = MakeMap(GetParam());
-    CTable table(map);
+    CTable table = MakeTable(map);
     while (!map.empty()) {
         const auto it = std::next(map.begin(), static_cast<std::ptrdiff_t>(map.size() / 2));
         EXPECT_EQ(table.Remove(it->first), it->second);
@@ -81,15 +89,15 @@ TEST(SnapshotTable, BehavesAsAMapAndItsCopiesAsCopiesOfTheMap) {
         const std::string strValue = std::to_string(iStep);
         // Grows for the first half and shrinks from then on.
         const bool bRemove = random() % 4 == 0 || (iStep > 2000 && random() % 2 == 0);
-        if (std::string* const pKnown = table.Edit(iKey); pKnown == nullptr) {
-            ASSERT_EQ(map.count(iKey), 0U);
-            table.Insert(iKey, strValue);
-            map.emplace(iKey, strValue);
+        if (const std::string* const pNew = table.Insert(iKey, strValue); pNew != nullptr) {
+            ASSERT_EQ(*pNew, strValue);
+            ASSERT_TRUE(map.emplace(iKey, strValue).second);
         } else if (bRemove) {
             ASSERT_EQ(table.Remove(iKey), map.at(iKey));
             map.erase(iKey);
         } else {
-            *pKnown = strValue;
+            ASSERT_EQ(*table.Edit(iKey), map.at(iKey));
+            *table.Edit(iKey) = strValue;
             map.at(iKey) = strValue;
         }
         if (random() % 16 == 0) {
@@ -104,11 +112,12 @@ TEST(SnapshotTable, BehavesAsAMapAndItsCopiesAsCopiesOfTheMap) {
 }
 
 TEST(SnapshotTable, CopiesOnlyTheRunThatChangesHoweverItWasFilled) {
-    CTable grown;
-    for (const auto& [iKey, strValue] : MakeMap(200)) {
-        grown.Insert(iKey, strValue);
+    const std::map<int, std::string> map = MakeMap(200);
+    CTable filledBackwards;
+    for (auto it = map.rbegin(); it != map.rend(); ++it) {
+        filledBackwards.Insert(it->first, it->second);
     }
-    for (CTable table : {CTable(MakeMap(200)), grown}) {
+    for (CTable table : {MakeTable(map), filledBackwards}) {
         const CTable snapshot(table);
         table.Edit(0)->append("changed");
         EXPECT_EQ(*snapshot.Find(0), "0");
