@@ -108,7 +108,7 @@ private:
 
     int RemoveNodeContainer(const std::string& strNodeId, const std::string& strContainerType,
                             uint32_t& uiContainerNumLeft);
-    int AddCloudStorageContainer(std::map<std::string, CloudStorageInfo> CloudStorageMap);
+    int AddCloudStorageContainer(std::map<std::string, CloudStorageInfo>&& CloudStorageMap);
     void CloudStorageInfoToResTask(CloudStorageInfo&& CloudStorage,
                                    std::list<CResourceTask>& resTaskList);
 

@@ -232,7 +232,7 @@ int CFrameworkCommon::LoadContainerInfo(const std::list<CContainerAddr>& contain
 }
 
 int CFrameworkCommon::AddCloudStorageContainer(
-    std::map<std::string, CloudStorageInfo> CloudStorageMap) {
+    std::map<std::string, CloudStorageInfo>&& CloudStorageMap) {
     CContainerAddr containerAddr("", CONTAINER_TYPE_CLOUD_STORAGE);
     for (auto& [strNodeId, cloudStorage] : CloudStorageMap) {
         containerAddr.SetNodeId(strNodeId);
