@@ -405,11 +405,12 @@ int CContainerMgr::GetPicHighSpeedNvrCode(std::string& strNvrCode, int32_t BitRa
 }
 
 void CContainerMgr::SetUptadeFlag(const std::string& strServiceType, bool bFalg) {
+    CContainerTable former;
     const MutexGuard guard(m_mutex);
     if (!guard.locked()) {
         return;
     }
-    const CContainerTable former(m_containerTable);
+    former = m_containerTable;
     for (const auto& [containerAddr, container] : former) {
         if (container.m_cloudStorage->strServiceType == strServiceType) {
             m_containerTable.Edit(containerAddr)->SetUptadeFlag(bFalg);

@@ -115,11 +115,12 @@ void CNodeMgr::SetMemberStatus(const std::list<std::string>& nodeCodeList, int i
 }
 
 void CNodeMgr::RemoveNode(const std::string& strNodeId) {
+    std::optional<CNode> removed;
     const MutexGuard guard(m_mutex);
     if (!guard.locked()) {
         return;
     }
-    m_nodeTable.Remove(strNodeId);
+    removed = m_nodeTable.Remove(strNodeId);
     RefreshSizeLocked();
 }
 
