@@ -6,6 +6,7 @@
 #include <vector>
 
 #include "common_service/tarn_def.h"
+#include "support/refused_locks.h"
 #include "support/registry_fixture.h"
 
 using testing::ElementsAre;
@@ -421,6 +422,20 @@ TEST_F(AvailableContainers, ReplaceWhatTheArgumentHeld) {
     EXPECT_THAT(containerMap, SizeIs(3));
     Framework().GetAvailableContainer("nobody's", containerMap);
     EXPECT_THAT(containerMap, IsEmpty());
+}
+
+TEST_F(AvailableContainers, AreNoneWhenTheTablesCannotBeRead) {
+    ContainerMap containerMap = {{CContainerAddr("old", "A"), CContainer()}};
+    const CRefusedLocks refused;
+    Framework().GetAvailableContainer("A", containerMap);
+    EXPECT_THAT(containerMap, IsEmpty());
+}
+
+TEST_F(AvailableContainers, MayBeAskedForByATypeThatTheArgumentNames) {
+    ContainerMap containerMap;
+    Framework().GetAvailableContainer("A", containerMap);
+    Framework().GetAvailableContainer(containerMap.begin()->first.GetContainerType(), containerMap);
+    EXPECT_THAT(containerMap, SizeIs(3));
 }
 
 TEST_F(AvailableContainers, NeedANodeThatIsKnown) {
