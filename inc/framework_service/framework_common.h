@@ -99,12 +99,9 @@ public:
 private:
     CFrameworkCommon() = default;
 
-    /// The two operations of that name on a map, and the same on the registry's own table.
+    /// The operation of that name on a map, and the same on the registry's own table.
     template <typename Table>
     int GenContainerTable(const std::list<CNode>& nodeList, Table& containerTable);
-    template <typename Table>
-    int LoadContainerInfo(const std::list<CContainerAddr>& containerAddrList,
-                          Table& containerTable);
 
     int RemoveNodeContainer(const std::string& strNodeId, const std::string& strContainerType,
                             uint32_t& uiContainerNumLeft);

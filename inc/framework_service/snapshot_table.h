@@ -4,6 +4,7 @@
 #include <cstddef>
 #include <iterator>
 #include <optional>
+#include <tuple>
 #include <utility>
 #include <vector>
 
@@ -80,7 +81,8 @@ public:
 
     /// Adds the key with its value and returns that, as Edit does; null, with nothing changed, when
     /// the table holds the key. Costs least for keys that come in order.
-    Value* Insert(const Key& key, Value value) {
+    template <typename... Args>
+    Value* Insert(Key key, Args&&... args) {
         CPlace place = PlaceOfNew(key);
         if (place.bTaken) {
             return nullptr;
@@ -94,7 +96,10 @@ public:
             place = PlaceOf(key);
         }
         CRun& run = runs[place.uiRun].Edit();
-        return &run.emplace(At(run, place.uiEntry), key, std::move(value))->second;
+        const auto it = run.emplace(At(run, place.uiEntry), std::piecewise_construct,
+                                    std::forward_as_tuple(std::move(key)),
+                                    std::forward_as_tuple(std::forward<Args>(args)...));
+        return &it->second;
     }
 
     /// Takes the key out and returns its value; nothing when the table does not hold it.

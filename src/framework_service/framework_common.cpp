@@ -93,15 +93,32 @@ void UpdateValidatedLinks(const std::list<CNode>& nodeList,
 }
 
 /// Puts a new container under the address. Null when there is one.
-CContainer* InsertNew(ContainerMap& containerMap, const CContainerAddr& containerAddr) {
+CContainer* InsertNew(ContainerMap& containerMap, CContainerAddr containerAddr) {
     const std::size_t uiBefore = containerMap.size();
-    const auto it = containerMap.try_emplace(containerMap.end(), containerAddr);
+    const auto it = containerMap.try_emplace(containerMap.end(), std::move(containerAddr));
     return containerMap.size() != uiBefore ? &it->second : nullptr;
 }
 
 CContainer* InsertNew(CSnapshotTable<CContainerAddr, CContainer>& containerTable,
-                      const CContainerAddr& containerAddr) {
-    return containerTable.Insert(containerAddr, CContainer());
+                      CContainerAddr containerAddr) {
+    return containerTable.Insert(std::move(containerAddr));
+}
+
+/// The operation of that name for one container.
+template <typename Table>
+int LoadContainerInfo(const std::string& strNodeId, const std::string& strType,
+                      Table& containerTable) {
+    const bool bSupportFaultShift = CPluginMgr::Instance().IsContainerSupportFaultShift(strType);
+    LogInfo(HERE, "load Container info", "node=%s container type=%s ", strNodeId.c_str(),
+            strType.c_str());
+    CContainer* const pContainer = InsertNew(containerTable, CContainerAddr(strNodeId, strType));
+    if (pContainer == nullptr) {
+        return LogFailure(HERE, "load container info", ORVA_FAIL, "insert map failed");
+    }
+    pContainer->SetNodeId(strNodeId);
+    pContainer->SetContainerType(strType);
+    pContainer->SetSupportFaultShift(bSupportFaultShift);
+    return ORVA_SUCCEED;
 }
 
 /// Is the node known, and a normal member?
@@ -192,41 +209,31 @@ int CFrameworkCommon::GenContainerTable(const std::list<CNode>& nodeList,
 
 template <typename Table>
 int CFrameworkCommon::GenContainerTable(const std::list<CNode>& nodeList, Table& containerTable) {
-    std::list<CContainerAddr> containerAddrList;
     for (const CNode& node : nodeList) {
         for (const std::string& strType : *node.m_containerList) {
-            containerAddrList.emplace_back(node.GetNodeId(), strType);
             LogInfo(HERE, "Gen Container Table", "node=%s container type=%s ",
                     node.GetNodeId().c_str(), strType.c_str());
         }
     }
-    if (const int iRet = LoadContainerInfo(containerAddrList, containerTable);
-        iRet != ORVA_SUCCEED) {
-        return LogFailure(HERE, "init container mgr", iRet, "load container info fail.");
+    for (const CNode& node : nodeList) {
+        for (const std::string& strType : *node.m_containerList) {
+            if (const int iRet = ::LoadContainerInfo(node.GetNodeId(), strType, containerTable);
+                iRet != ORVA_SUCCEED) {
+                return LogFailure(HERE, "init container mgr", iRet, "load container info fail.");
+            }
+        }
     }
     return ORVA_SUCCEED;
 }
 
 int CFrameworkCommon::LoadContainerInfo(const std::list<CContainerAddr>& containerAddrList,
                                         ContainerMap& containerMap) {
-    return LoadContainerInfo<ContainerMap>(containerAddrList, containerMap);
-}
-
-template <typename Table>
-int CFrameworkCommon::LoadContainerInfo(const std::list<CContainerAddr>& containerAddrList,
-                                        Table& containerTable) {
     for (const CContainerAddr& containerAddr : containerAddrList) {
-        const bool bSupportFaultShift =
-            CPluginMgr::Instance().IsContainerSupportFaultShift(containerAddr.GetContainerType());
-        LogInfo(HERE, "load Container info", "node=%s container type=%s ",
-                containerAddr.GetNodeId().c_str(), containerAddr.GetContainerType().c_str());
-        CContainer* const pContainer = InsertNew(containerTable, containerAddr);
-        if (pContainer == nullptr) {
-            return LogFailure(HERE, "load container info", ORVA_FAIL, "insert map failed");
+        if (const int iRet = ::LoadContainerInfo(containerAddr.GetNodeId(),
+                                                 containerAddr.GetContainerType(), containerMap);
+            iRet != ORVA_SUCCEED) {
+            return iRet;
         }
-        pContainer->SetNodeId(containerAddr.GetNodeId());
-        pContainer->SetContainerType(containerAddr.GetContainerType());
-        pContainer->SetSupportFaultShift(bSupportFaultShift);
     }
     return ORVA_SUCCEED;
 }
