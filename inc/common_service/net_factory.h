@@ -1,9 +1,9 @@
 #pragma once
 
+#include <map>
 #include <mutex>
-#include <set>
 #include <string>
-#include <utility>
+#include <unordered_set>
 
 namespace HALD {
 
@@ -27,7 +27,7 @@ public:
 
 private:
     std::mutex m_mutex;
-    std::set<std::pair<std::string, int>> m_setLink;
+    std::map<int, std::unordered_set<std::string>> m_mapAddress;  ///< by link type
 };
 
 }  // namespace HALD

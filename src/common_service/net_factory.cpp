@@ -11,24 +11,24 @@ CNetFactory& CNetFactory::Instance() {
 
 int CNetFactory::AddValidatedLink(const std::string& strIp, int iType) {
     const std::lock_guard<std::mutex> guard(m_mutex);
-    m_setLink.insert({strIp, iType});
+    m_mapAddress[iType].insert(strIp);
     return ORVA_SUCCEED;
 }
 
 int CNetFactory::DelValidatedLink(const std::string& strIp, int iType) {
     const std::lock_guard<std::mutex> guard(m_mutex);
-    m_setLink.erase({strIp, iType});
+    m_mapAddress[iType].erase(strIp);
     return ORVA_SUCCEED;
 }
 
 bool CNetFactory::IsValidatedLink(const std::string& strIp, int iType) {
     const std::lock_guard<std::mutex> guard(m_mutex);
-    return m_setLink.count({strIp, iType}) != 0;
+    return m_mapAddress[iType].count(strIp) != 0;
 }
 
 void CNetFactory::Clear() {
     const std::lock_guard<std::mutex> guard(m_mutex);
-    m_setLink.clear();
+    m_mapAddress.clear();
 }
 
 }  // namespace HALD

@@ -1,8 +1,8 @@
 #include "framework_service/framework_common.h"
 
 #include <algorithm>
-#include <set>
 #include <string_view>
+#include <unordered_set>
 #include <utility>
 
 #include "common_service/global_config.h"
@@ -77,7 +77,7 @@ int WriteCGList(const SourcePlace& place, const char* pszOperation, CClusterCGIn
 void UpdateValidatedLinks(const std::list<CNode>& nodeList,
                           const CSnapshotTable<std::string, CNode>& oldNodes) {
     HALD::CNetFactory& netFactory = HALD::CNetFactory::Instance();
-    std::set<std::string_view> newNodeIPs;
+    std::unordered_set<std::string_view> newNodeIPs(nodeList.size());
     for (const CNode& node : nodeList) {
         if (node.GetMemberStatus() != CLUSTER_MEMBER_REMOVED) {
             netFactory.AddValidatedLink(node.GetNodeIp(), VALIDATED_LINK_TYPE);
