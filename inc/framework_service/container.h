@@ -243,10 +243,10 @@ private:
 
     /// A reported task table, made ready before the container's lock is taken.
     struct CTaskReport {
-        explicit CTaskReport(const std::list<CResourceTask>& resTaskTable);
+        explicit CTaskReport(std::list<CResourceTask> resTaskTable);
 
-        CTaskTable taskTable;
         int32_t iTotalNet;
+        CTaskTable taskTable;
     };
 
     /// SetResourceTask by swapping: the report leaves with the former table.

@@ -175,6 +175,10 @@ private:
     /// False without the lock.
     bool ReplaceTable(CContainerTable containerTable);
 
+    /// SetResourceTask with tasks that are given away.
+    void SetResourceTask(const CContainerAddr& containerAddr, int iMsgType,
+                         std::list<CResourceTask>&& taskTable);
+
     /// The table as it is now; nothing without the lock.
     std::optional<CContainerTable> Snapshot();
 

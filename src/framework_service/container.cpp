@@ -179,8 +179,8 @@ void CContainer::SetExtParam(const KeyValueMap& privateInfo) {
     m_privateInfo = privateInfo;
 }
 
-CContainer::CTaskReport::CTaskReport(const std::list<CResourceTask>& resTaskTable)
-    : taskTable(resTaskTable), iTotalNet(SumNet(resTaskTable)) {}
+CContainer::CTaskReport::CTaskReport(std::list<CResourceTask> resTaskTable)
+    : iTotalNet(SumNet(resTaskTable)), taskTable(std::move(resTaskTable)) {}
 
 void CContainer::SetResourceTask(const std::list<CResourceTask>& resTaskTable, int iMsgType) {
     CTaskReport report(resTaskTable);

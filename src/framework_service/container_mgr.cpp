@@ -229,10 +229,16 @@ bool CContainerMgr::IsProcessRunning(const CContainerAddr& containerAddr) {
 
 void CContainerMgr::SetResourceTask(const CContainerAddr& containerAddr,
                                     const std::list<CResourceTask>& taskTable, int iMsgType) {
-    CContainer::CTaskReport report(taskTable);
+    SetResourceTask(containerAddr, iMsgType, std::list<CResourceTask>(taskTable));
+}
+
+void CContainerMgr::SetResourceTask(const CContainerAddr& containerAddr, int iMsgType,
+                                    std::list<CResourceTask>&& taskTable) {
+    CContainer::CTaskReport report(std::move(taskTable));
     const ELookup eLookup =
         ChangeEntry(m_mutex, m_containerTable, containerAddr, [&](CContainer& container) {
-            if (container.GetContainerType() == CONTAINER_TYPE_IMG_DEV && !taskTable.empty()) {
+            if (container.GetContainerType() == CONTAINER_TYPE_IMG_DEV &&
+                !report.taskTable->empty()) {
                 container.SetFaultShift(false);
             }
             container.TakeReport(report, iMsgType);

@@ -245,8 +245,8 @@ int CFrameworkCommon::AddCloudStorageContainer(
         containerAddr.SetNodeId(strNodeId);
         std::list<CResourceTask> resTaskList;
         CloudStorageInfoToResTask(std::move(cloudStorage), resTaskList);
-        CContainerMgr::Instance().SetResourceTask(containerAddr, resTaskList,
-                                                  CONTAINER_STATUS_REPORT_REQ);
+        CContainerMgr::Instance().SetResourceTask(containerAddr, CONTAINER_STATUS_REPORT_REQ,
+                                                  std::move(resTaskList));
     }
     return ORVA_SUCCEED;
 }

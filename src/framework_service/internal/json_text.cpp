@@ -29,7 +29,7 @@ bool ReadValue(const Json::Value& value, int& iTarget) {
     if (!value.isInt()) {
         return false;
     }
-    iTarget = value.asInt();
+    iTarget = static_cast<int>(value.asLargestInt());
     return true;
 }
 

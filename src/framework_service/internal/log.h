@@ -59,9 +59,9 @@ template <typename... Args>
 void LogLine(const SourcePlace& place, ORVA_LOG_LEVEL eLevel, const char* pszOperation,
              const char* pszMessage, Args... args) {
     static_assert((std::is_scalar_v<Args> && ...), "log arguments are numbers and C strings");
-    if (GetLogger() != nullptr) {
-        GetLogger()->writeOperLog(eLevel, pszOperation, place.pszFile, place.iLine,
-                                  place.pszFunction, pszMessage, args...);
+    if (Logger* const pLogger = GetLogger(); pLogger != nullptr) {
+        pLogger->writeOperLog(eLevel, pszOperation, place.pszFile, place.iLine, place.pszFunction,
+                              pszMessage, args...);
     }
 }
 
@@ -86,9 +86,8 @@ int LogNullPointer(const SourcePlace& place, const char* pszOperation, int iRetu
 template <typename... Args>
 void LogTrace(const SourcePlace& place, const char* pszMessage, Args... args) {
     static_assert((std::is_scalar_v<Args> && ...), "log arguments are numbers and C strings");
-    if (GetLogger() != nullptr) {
-        GetLogger()->writeTraceLog(place.pszFile, place.iLine, place.pszFunction, pszMessage,
-                                   args...);
+    if (Logger* const pLogger = GetLogger(); pLogger != nullptr) {
+        pLogger->writeTraceLog(place.pszFile, place.iLine, place.pszFunction, pszMessage, args...);
     }
 }
 
