@@ -272,6 +272,9 @@ TYPED_TEST(StatusRecord, StartsEmptyIsValidAndKeepsItsFields) {
     status.SetCurSysResource(Figures(1, 2, 3, 4, 5));
     status.Print();
     const TypeParam copy(status);
+    status.SetNodeId("N2");
+    status.SetCurSysResource(Figures(6, 7, 8, 9, 10));
+    EXPECT_EQ(status.GetNodeId(), "N2");
     EXPECT_EQ(copy.GetNodeId(), "N1");
     EXPECT_THAT(Values(copy.GetCurSysResource()), ElementsAre(1, 2, 3, 4, 5));
 }
@@ -280,7 +283,10 @@ TEST(ContainerStatus, KeepsItsType) {
     CContainerStatus status;
     EXPECT_EQ(status.GetContainerType(), "");
     status.SetContainerType("Cam");
-    EXPECT_EQ(status.GetContainerType(), "Cam");
+    const CContainerStatus copy(status);
+    status.SetContainerType("Dev");
+    EXPECT_EQ(status.GetContainerType(), "Dev");
+    EXPECT_EQ(copy.GetContainerType(), "Cam");
 }
 
 }  // namespace
