@@ -72,7 +72,10 @@ int ParseNodeJson(const Json::Value& nodeJson, CNode& node) {
     node.SetNodeIpType(iNodeIpType);
     node.SetNodeRole(iNodeRole);
     node.SetDomainRole(iDomainRole);
-    node.m_containerList = std::move(containerList);
+    // Most nodes run what the node before them runs, and share its list.
+    if (containerList != *node.m_containerList) {
+        node.m_containerList = std::move(containerList);
+    }
     if (strStatus == PSZ_NODE_STATUS_REMOVED) {
         node.SetMemberStatus(CLUSTER_MEMBER_REMOVED);
     }

@@ -280,6 +280,20 @@ TEST_F(ClusterDocument, NodeWithoutContainersDoesNotInheritThoseBeforeIt) {
     EXPECT_THAT(ContainersOf(NodesOf(m_cluster).at(1)), IsEmpty());
 }
 
+TEST_F(ClusterDocument, NodesOfTheSameTypesEachHaveTheirOwn) {
+    const std::string strNodes =
+        ClusterText({NodeText("N1", "Normal"), NodeText("N2", "Normal"), NodeText("N3", "Normal")});
+    const std::string strTypes = R"([{"ContainerType":"Cam"},{"ContainerType":"Dev"}])";
+    Parse(WithMember(WithMember(WithMember(strNodes, {".ClusterNode[0].Container", strTypes}),
+                                {".ClusterNode[1].Container", strTypes}),
+                     {".ClusterNode[2].Container", R"([{"ContainerType":"Dev"}])"}));
+    std::vector<CNode> nodes = NodesOf(m_cluster);
+    EXPECT_THAT(ContainersOf(nodes.at(0)), ElementsAre("Cam", "Dev"));
+    nodes.at(0).SetContainerList({"Other"});
+    EXPECT_THAT(ContainersOf(nodes.at(1)), ElementsAre("Cam", "Dev"));
+    EXPECT_THAT(ContainersOf(nodes.at(2)), ElementsAre("Dev"));
+}
+
 TEST_F(ClusterDocument, RemovedCarriesOverToLaterNodes) {
     Parse(ClusterText({NodeText("N1", "Normal"), NodeText("N2", "Removed"),
                        NodeText("N3", "Normal"), NodeText("N4", "other")}));
