@@ -149,14 +149,15 @@ void CContainerMgr::GetAllContainer(ContainerMap& containerTable) {
 }
 
 int32_t CContainerMgr::AddContainer(const ContainerMap& containerMap) {
+    ContainerMap additions(containerMap);
     const MutexGuard guard(m_mutex);
     if (!guard.locked()) {
         return ORVA_FAIL;
     }
-    for (const auto& [containerAddr, container] : containerMap) {
+    for (auto& [containerAddr, container] : additions) {
         CContainer* const pKnown = m_containerTable.Edit(containerAddr);
         if (pKnown == nullptr) {
-            m_containerTable.Insert(containerAddr, container);
+            m_containerTable.Insert(containerAddr, std::move(container));
             continue;
         }
         pKnown->SetMemberStatus(CLUSTER_MEMBER_NORMAL);

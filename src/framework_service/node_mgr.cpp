@@ -12,18 +12,6 @@ using namespace framework_internal;
 
 CNodeMgr CNodeMgr::m_Instance;
 
-namespace {
-
-/// Puts the node into the table, in the place of one that is there under that id.
-void Put(CSnapshotTable<std::string, CNode>& nodeTable, const std::string& strNodeId,
-         const CNode& node) {
-    if (nodeTable.Insert(strNodeId, node) == nullptr) {
-        *nodeTable.Edit(strNodeId) = node;
-    }
-}
-
-}  // namespace
-
 void CNodeMgr::RefreshSizeLocked() {
     m_uiSize = static_cast<unsigned int>(m_nodeTable.Size());
 }
@@ -31,7 +19,9 @@ void CNodeMgr::RefreshSizeLocked() {
 void CNodeMgr::Init(const std::list<CNode>& nodeList) {
     CNodeTable nodeTable;
     for (const CNode& node : nodeList) {
-        Put(nodeTable, node.GetNodeId(), node);
+        if (nodeTable.Insert(node.GetNodeId(), node) == nullptr) {
+            *nodeTable.Edit(node.GetNodeId()) = node;
+        }
     }
     const MutexGuard guard(m_mutex);
     if (guard.locked()) {
@@ -41,12 +31,17 @@ void CNodeMgr::Init(const std::list<CNode>& nodeList) {
 }
 
 void CNodeMgr::AddNode(const NodeMap& nodeMap) {
+    NodeMap nodes(nodeMap);  // takes what is replaced out of the lock
     const MutexGuard guard(m_mutex);
     if (!guard.locked()) {
         return;
     }
-    for (const auto& [strNodeId, node] : nodeMap) {
-        Put(m_nodeTable, strNodeId, node);
+    for (auto& [strNodeId, node] : nodes) {
+        if (CNode* const pKnown = m_nodeTable.Edit(strNodeId); pKnown != nullptr) {
+            std::swap(*pKnown, node);
+        } else {
+            m_nodeTable.Insert(strNodeId, std::move(node));
+        }
     }
     RefreshSizeLocked();
 }
