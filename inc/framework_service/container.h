@@ -245,8 +245,8 @@ private:
     struct CTaskReport {
         explicit CTaskReport(std::list<CResourceTask> resTaskTable);
 
-        int32_t iTotalNet;
         CTaskTable taskTable;
+        int32_t iTotalNet;
     };
 
     /// SetResourceTask by swapping: the report leaves with the former table.

@@ -180,7 +180,7 @@ void CContainer::SetExtParam(const KeyValueMap& privateInfo) {
 }
 
 CContainer::CTaskReport::CTaskReport(std::list<CResourceTask> resTaskTable)
-    : iTotalNet(SumNet(resTaskTable)), taskTable(std::move(resTaskTable)) {}
+    : taskTable(std::move(resTaskTable)), iTotalNet(SumNet(*taskTable)) {}
 
 void CContainer::SetResourceTask(const std::list<CResourceTask>& resTaskTable, int iMsgType) {
     CTaskReport report(resTaskTable);
