@@ -68,10 +68,28 @@ public:
     CIterator end() const { return CIterator(m_runs->end(), m_runs->end()); }
 
     /// The key's value, or null. Lives until this object is changed.
-    const Value* Find(const Key& key) const {
-        const CPlace place = PlaceOf(key);
-        return place.bTaken ? &(*(*m_runs)[place.uiRun])[place.uiEntry].second : nullptr;
-    }
+    const Value* Find(const Key& key) const { return ValueAt(PlaceOf(key)); }
+
+    /// Finds keys as Find does, at the least cost when each is above the one before. Lives until
+    /// the table is changed.
+    class CAscendingSearch {
+    public:
+        explicit CAscendingSearch(const CSnapshotTable& table) : m_table(table) {}
+
+        const Value* Find(const Key& key) {
+            if (m_table.IsRunAbove(m_uiRun, key)) {
+                m_uiRun = m_table.RunOf(key);
+            }
+            while (!m_table.IsRunAbove(m_uiRun + 1, key)) {
+                ++m_uiRun;
+            }
+            return m_table.ValueAt(m_table.PlaceIn(m_uiRun, key));
+        }
+
+    private:
+        const CSnapshotTable& m_table;
+        std::size_t m_uiRun = 0;
+    };
 
     /// The key's value for writing, or null. Lives until this object is changed or copied.
     Value* Edit(const Key& key) {
@@ -128,19 +146,36 @@ private:
         bool bTaken;
     };
 
-    CPlace PlaceOf(const Key& key) const {
+    /// The last run that begins at or below the key, else the first.
+    std::size_t RunOf(const Key& key) const {
         const auto itNext = std::upper_bound(
             m_runs->begin(), m_runs->end(), key,
             [](const Key& wanted, const CSharedRun& run) { return wanted < run->front().first; });
-        if (itNext == m_runs->begin()) {
+        return itNext == m_runs->begin() ? 0
+                                         : static_cast<std::size_t>(itNext - m_runs->begin()) - 1;
+    }
+
+    /// Is there no such run, or does it begin above the key?
+    bool IsRunAbove(std::size_t uiRun, const Key& key) const {
+        return uiRun >= m_runs->size() || key < (*m_runs)[uiRun]->front().first;
+    }
+
+    CPlace PlaceIn(std::size_t uiRun, const Key& key) const {
+        if (m_runs->empty()) {
             return {0, 0, false};
         }
-        const CRun& run = **std::prev(itNext);
+        const CRun& run = *(*m_runs)[uiRun];
         const auto it = std::lower_bound(
             run.begin(), run.end(), key,
             [](const CEntry& entry, const Key& wanted) { return entry.first < wanted; });
-        return {static_cast<std::size_t>(itNext - m_runs->begin()) - 1,
-                static_cast<std::size_t>(it - run.begin()), it != run.end() && !(key < it->first)};
+        return {uiRun, static_cast<std::size_t>(it - run.begin()),
+                it != run.end() && !(key < it->first)};
+    }
+
+    CPlace PlaceOf(const Key& key) const { return PlaceIn(RunOf(key), key); }
+
+    const Value* ValueAt(const CPlace& place) const {
+        return place.bTaken ? &(*(*m_runs)[place.uiRun])[place.uiEntry].second : nullptr;
     }
 
     CPlace PlaceOfNew(const Key& key) const {

@@ -69,6 +69,9 @@ private:
     friend class CFrameworkCommon;
     friend int ParseNodeJson(const Json::Value& nodeJson, CNode& node);
 
+    // What a search asks of many nodes comes first.
+    int m_iMemberStatus = CLUSTER_MEMBER_NORMAL;
+    bool m_bOnline = true;
     std::string m_strNodeId;
     std::string m_strNodeIp;
     uint32_t m_uiNodeIp = 0;
@@ -82,6 +85,4 @@ private:
     int32_t m_iCurStatusPos = 0;
     time_t m_tLastReportTime;
     CCopyOnWrite<std::list<std::string>> m_containerList;
-    bool m_bOnline = true;
-    int m_iMemberStatus = CLUSTER_MEMBER_NORMAL;
 };

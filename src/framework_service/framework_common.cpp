@@ -4,6 +4,7 @@
 #include <string_view>
 #include <unordered_set>
 #include <utility>
+#include <vector>
 
 #include "common_service/global_config.h"
 #include "common_service/net_factory.h"
@@ -119,12 +120,6 @@ int LoadContainerInfo(const std::string& strNodeId, const std::string& strType,
     pContainer->SetContainerType(strType);
     pContainer->SetSupportFaultShift(bSupportFaultShift);
     return ORVA_SUCCEED;
-}
-
-/// Is the node known, and a normal member?
-bool IsNormalMember(const CSnapshotTable<std::string, CNode>& nodes, const std::string& strNodeId) {
-    const CNode* const pNode = nodes.Find(strNodeId);
-    return pNode != nullptr && pNode->GetMemberStatus() == CLUSTER_MEMBER_NORMAL;
 }
 
 }  // namespace
@@ -343,14 +338,27 @@ void CFrameworkCommon::GetAvailableContainer(const std::string& strContainerType
         containerMap.clear();
         return;
     }
-    for (const auto& [containerAddr, container] : *containers) {
-        if (container.GetContainerType() != strContainerType || !container.IsOnline() ||
-            !IsNormalMember(*nodes, container.GetNodeId()) || !container.IsProcessRunning()) {
+    // One question after the other, each to all that are left, finds its data in the caches.
+    std::vector<const std::pair<CContainerAddr, CContainer>*> candidates;
+    for (const auto& entry : *containers) {
+        if (entry.second.GetContainerType() == strContainerType && entry.second.IsOnline()) {
+            candidates.push_back(&entry);
+        }
+    }
+    CNodeMgr::CNodeTable::CAscendingSearch nodeSearch(*nodes);
+    const auto isNotNormalMember = [&nodeSearch](const auto* pEntry) {
+        const CNode* const pNode = nodeSearch.Find(pEntry->second.GetNodeId());
+        return pNode == nullptr || pNode->GetMemberStatus() != CLUSTER_MEMBER_NORMAL;
+    };
+    candidates.erase(std::remove_if(candidates.begin(), candidates.end(), isNotNormalMember),
+                     candidates.end());
+    for (const auto* pEntry : candidates) {
+        if (!pEntry->second.IsProcessRunning()) {
             continue;
         }
         LogTrace(HERE, "orva plugin, available orva container, node id[%s].",
-                 container.GetNodeId().c_str());
-        available.emplace_hint(available.end(), containerAddr, container);
+                 pEntry->second.GetNodeId().c_str());
+        available.emplace_hint(available.end(), *pEntry);
     }
     containerMap.swap(available);
 }

@@ -1,6 +1,8 @@
 #include <gmock/gmock.h>
 
+#include <algorithm>
 #include <atomic>
+#include <numeric>
 #include <random>
 #include <string>
 #include <thread>
@@ -57,6 +59,21 @@ TEST_P(SnapshotTableOfSize, HoldsWhatTheMapHeldAndNothingElse) {
         EXPECT_EQ(table.Edit(iKey) != nullptr, it != map.end()) << iKey;
         if (pFound != nullptr && it != map.end()) {
             EXPECT_EQ(*pFound, it->second);
+        }
+    }
+}
+
+TEST_P(SnapshotTableOfSize, IsSearchedAlikeWhateverTheOrderOfTheKeys) {
+    const CTable table = MakeTable(MakeMap(GetParam()));
+    std::vector<int> keys(static_cast<std::size_t>(2 * GetParam() + 3));
+    std::iota(keys.begin(), keys.end(), -1);
+    std::vector<int> shuffled = keys;
+    std::shuffle(shuffled.begin(), shuffled.end(), std::mt19937(1));
+    for (const std::vector<int>& order :
+         {keys, std::vector<int>(keys.rbegin(), keys.rend()), shuffled}) {
+        CTable::CAscendingSearch search(table);
+        for (const int iKey : order) {
+            EXPECT_EQ(search.Find(iKey), table.Find(iKey)) << iKey;
         }
     }
 }
