@@ -270,7 +270,11 @@ private:
         CCopyOnWrite<std::list<ORVA_CLOUD_STORAGE_ALLOC_INFO>> allocInfoList;
     };
 
+    /// The newest sample's place in the ring, and its disk figure; there must be one.
     std::size_t NewestSample() const;
+    int32_t NewestDisk() const;
+    void SetNewestDisk(int32_t iDisk);
+
     void ReadCloudStorageFigures(const CResourceTask& task);
 
     // What a search asks of many containers comes first.

@@ -62,7 +62,7 @@ CContainer::CContainer() : m_tLastReportTime(time(nullptr)) {}
 void CContainer::SetTotalResource(const CSystemResource& systemResource) {
     m_totalResource = systemResource;
     if (!m_statusVector->empty()) {
-        CalcDiskRatio(GetTotalDisk(), (*m_statusVector)[NewestSample()].GetDisk());
+        CalcDiskRatio(GetTotalDisk(), NewestDisk());
     }
 }
 
@@ -74,6 +74,15 @@ void CContainer::SetCurResource(const CSystemResource& systemResource) {
 
 std::size_t CContainer::NewestSample() const {
     return static_cast<std::size_t>((m_iCurStatusPos + NUMERIC_SAMPLES - 1) % NUMERIC_SAMPLES);
+}
+
+int32_t CContainer::NewestDisk() const {
+    return (*m_statusVector)[NewestSample()].GetDisk();
+}
+
+void CContainer::SetNewestDisk(int32_t iDisk) {
+    m_statusVector.Edit()[NewestSample()].SetDisk(iDisk);
+    CalcDiskRatio(GetTotalDisk(), iDisk);
 }
 
 int32_t CContainer::GetCurResourceByType(RESOURCE_TYPE eType) const {
@@ -286,27 +295,21 @@ void CContainer::CalcTaskTotalNet() {
 }
 
 void CContainer::AddDiskToLastestResource(int32_t iDisk) {
-    if (m_statusVector->empty()) {
-        return;
+    if (!m_statusVector->empty()) {
+        SetNewestDisk(WrapAdd(NewestDisk(), iDisk));
     }
-    CSystemResource& newest = m_statusVector.Edit()[NewestSample()];
-    newest.SetDisk(WrapAdd(newest.GetDisk(), iDisk));
-    CalcDiskRatio(GetTotalDisk(), newest.GetDisk());
 }
 
 void CContainer::DelDiskToLastestResource(int32_t iDisk) {
     if (m_statusVector->empty()) {
         return;
     }
-    CSystemResource& newest = m_statusVector.Edit()[NewestSample()];
-    if (iDisk > newest.GetDisk()) {
+    const int32_t iNewest = NewestDisk();
+    if (iDisk > iNewest) {
         LogFailure(HERE, "container del disk", ORVA_FAIL,
-                   "disk param[%d] larger than container disk[%d].", iDisk, newest.GetDisk());
-        newest.SetDisk(0);
-    } else {
-        newest.SetDisk(WrapSub(newest.GetDisk(), iDisk));
+                   "disk param[%d] larger than container disk[%d].", iDisk, iNewest);
     }
-    CalcDiskRatio(GetTotalDisk(), newest.GetDisk());
+    SetNewestDisk(iDisk > iNewest ? 0 : WrapSub(iNewest, iDisk));
 }
 
 void CContainer::SortTaskTableByDisk() {
@@ -396,6 +399,7 @@ void CContainer::ReadCloudStorageFigures(const CResourceTask& task) {
     const auto readNumber = [&readText](const char* pszKey) {
         return HALD::CToolHelp::StrToInt(readText(pszKey), false);
     };
+    // Unshared for each figure anew: a missing key is logged, and a logger may copy the container.
     m_cloudStorage.Edit().strProductType = readText(PSZ_TASK_PRODUCT_TYPE);
     m_cloudStorage.Edit().strServiceType = readText(PSZ_TASK_SERVICE_TYPE);
     m_cloudStorage.Edit().iReqStorage = readNumber(PSZ_TASK_REQ_STORAGE);

@@ -143,6 +143,64 @@ TEST(SnapshotTable, CopiesOnlyTheRunThatChangesHoweverItWasFilled) {
     }
 }
 
+/// Copies a container whenever something is logged.
+class CCopyingLogger : public Logger {
+public:
+    explicit CCopyingLogger(const CContainer& container) : m_container(container) {}
+
+    void writeOperLog(ORVA_LOG_LEVEL, const char*, const char*, int, const char*, const char*,
+                      ...) override {
+        m_copies.push_back(m_container);
+    }
+    void writeTraceLog(const char*, int, const char*, const char*, ...) override {
+        m_copies.push_back(m_container);
+    }
+
+    const std::vector<CContainer>& GetCopies() const { return m_copies; }
+
+private:
+    const CContainer& m_container;
+    std::vector<CContainer> m_copies;
+};
+
+class CopyByTheLogger : public CHostTest {
+protected:
+    CopyByTheLogger() { OMAdapter::getInstance().setLogger(&m_copyingLogger); }
+    ~CopyByTheLogger() override { OMAdapter::getInstance().setLogger(nullptr); }
+
+    CContainer m_container;
+    CCopyingLogger m_copyingLogger{m_container};
+};
+
+TEST_F(CopyByTheLogger, KeepsTheNewestSampleOfItsMoment) {
+    CSystemResource total;
+    total.SetDisk(100);
+    CSystemResource sample;
+    sample.SetDisk(10);
+    m_container.SetCurResource(sample);
+    m_container.DelDiskToLastestResource(11);
+    m_container.SetTotalResource(total);
+    EXPECT_EQ(m_container.GetDiskRatio(), 0.0F);
+    ASSERT_EQ(m_copyingLogger.GetCopies().size(), 1U);
+    CContainer copy = m_copyingLogger.GetCopies().front();
+    copy.SetTotalResource(total);
+    EXPECT_EQ(copy.GetDiskRatio(), 0.1F);
+}
+
+TEST_F(CopyByTheLogger, KeepsTheCloudStorageFiguresOfItsMoment) {
+    CResourceTask task;
+    task.InsertSingleKeyValue(PSZ_TASK_SERVICE_TYPE, "MPU-R");
+    m_container.SetContainerType(CONTAINER_TYPE_CLOUD_STORAGE);
+    m_container.SetResourceTask({task}, 0);
+    EXPECT_EQ(m_container.GetServiceType(), "MPU-R");
+    EXPECT_TRUE(m_container.GetUptadeFlag());
+    // The first line tells of the missing product type.
+    ASSERT_FALSE(m_copyingLogger.GetCopies().empty());
+    const CContainer& copy = m_copyingLogger.GetCopies().front();
+    EXPECT_EQ(copy.GetServiceType(), "");
+    EXPECT_FALSE(copy.GetUptadeFlag());
+}
+
 class Snapshots : public CHostTest {
 protected:
     Snapshots() { OMAdapter::getInstance().setLogger(nullptr); }
