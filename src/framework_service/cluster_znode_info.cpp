@@ -1,5 +1,8 @@
 #include "framework_service/cluster_znode_info.h"
 
+#include <algorithm>
+#include <optional>
+#include <string_view>
 #include <utility>
 
 #include "internal/json_text.h"
@@ -11,18 +14,43 @@ namespace {
 
 constexpr char OPERATION[] = "cluster znode info";
 
-/// The container types of a node. False when an entry has none.
-bool ReadContainerTypes(const Json::Value& nodeJson, std::list<std::string>& containerList) {
+/// The container type that an entry names, if it names one.
+std::optional<std::string_view> ContainerTypeOf(const Json::Value& containerJson) {
+    const Json::Value* pType = FindMember(containerJson, PSZ_NODE_CONTAINER_TYPE);
+    const char* pszBegin = nullptr;
+    const char* pszEnd = nullptr;
+    if (pType == nullptr || !pType->getString(&pszBegin, &pszEnd)) {
+        return std::nullopt;
+    }
+    return std::string_view(pszBegin, static_cast<std::size_t>(pszEnd - pszBegin));
+}
+
+/// Reads the container types of a node. A list that holds them already stays as it is: most nodes
+/// run what the node before them runs, and share its list. False, with the list unchanged, when an
+/// entry names no type.
+bool ReadContainerTypes(const Json::Value& nodeJson,
+                        CCopyOnWrite<std::list<std::string>>& containerList) {
     const Json::Value* pContainers = FindArray(nodeJson, PSZ_NODE_CONTAINER);
     if (pContainers == nullptr) {
+        containerList = {};
         return true;
     }
+    const auto isOfType = [](const Json::Value& containerJson, const std::string& strType) {
+        return ContainerTypeOf(containerJson) == strType;
+    };
+    if (std::equal(pContainers->begin(), pContainers->end(), containerList->begin(),
+                   containerList->end(), isOfType)) {
+        return true;
+    }
+    std::list<std::string> types;
     for (const Json::Value& containerJson : *pContainers) {
-        std::string& strType = containerList.emplace_back();
-        if (!ReadMembers(containerJson, {{PSZ_NODE_CONTAINER_TYPE, strType}})) {
+        const std::optional<std::string_view> type = ContainerTypeOf(containerJson);
+        if (!type) {
             return false;
         }
+        types.emplace_back(*type);
     }
+    containerList = std::move(types);
     return true;
 }
 
@@ -56,14 +84,13 @@ int ParseNodeJson(const Json::Value& nodeJson, CNode& node) {
     int iNodeRole = 0;
     int iDomainRole = 0;
     std::string strStatus;
-    std::list<std::string> containerList;
     if (!ReadMembers(nodeJson, {{PSZ_NODE_ID, strNodeId},
                                 {PSZ_NODE_IP, strNodeIp},
                                 {PSZ_NODE_IP_TYPE, iNodeIpType},
                                 {PSZ_NODE_ROLE, iNodeRole},
                                 {PSZ_NODE_STATUS, strStatus},
                                 {PSZ_NODE_DOMAIN_ROLE, iDomainRole}}) ||
-        !ReadContainerTypes(nodeJson, containerList)) {
+        !ReadContainerTypes(nodeJson, node.m_containerList)) {
         return LogFailure(HERE, OPERATION, ORVA_DATA_INVALID,
                           "node id or node name is null or illegal.");
     }
@@ -72,10 +99,6 @@ int ParseNodeJson(const Json::Value& nodeJson, CNode& node) {
     node.SetNodeIpType(iNodeIpType);
     node.SetNodeRole(iNodeRole);
     node.SetDomainRole(iDomainRole);
-    // Most nodes run what the node before them runs, and share its list.
-    if (containerList != *node.m_containerList) {
-        node.m_containerList = std::move(containerList);
-    }
     if (strStatus == PSZ_NODE_STATUS_REMOVED) {
         node.SetMemberStatus(CLUSTER_MEMBER_REMOVED);
     }

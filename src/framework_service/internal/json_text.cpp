@@ -21,7 +21,7 @@ bool ReadValue(const Json::Value& value, std::string& strTarget) {
     if (!value.getString(&pszBegin, &pszEnd)) {
         return false;
     }
-    strTarget = std::string(pszBegin, pszEnd);
+    strTarget.assign(pszBegin, pszEnd);
     return true;
 }
 
