@@ -68,26 +68,26 @@ public:
     CIterator end() const { return CIterator(m_runs->end(), m_runs->end()); }
 
     /// The key's value, or null. Lives until this object is changed.
-    const Value* Find(const Key& key) const { return ValueAt(PlaceOf(key)); }
+    const Value* Find(const Key& key) const { return ValueAt(*m_runs, PlaceOf(key)); }
 
     /// Finds keys as Find does, at the least cost when each is above the one before. Lives until
     /// the table is changed.
     class CAscendingSearch {
     public:
-        explicit CAscendingSearch(const CSnapshotTable& table) : m_table(table) {}
+        explicit CAscendingSearch(const CSnapshotTable& table) : m_runs(*table.m_runs) {}
 
         const Value* Find(const Key& key) {
-            if (m_table.IsRunAbove(m_uiRun, key)) {
-                m_uiRun = m_table.RunOf(key);
+            if (IsRunAbove(m_runs, m_uiRun, key)) {
+                m_uiRun = RunOf(m_runs, key);
             }
-            while (!m_table.IsRunAbove(m_uiRun + 1, key)) {
+            while (!IsRunAbove(m_runs, m_uiRun + 1, key)) {
                 ++m_uiRun;
             }
-            return m_table.ValueAt(m_table.PlaceIn(m_uiRun, key));
+            return ValueAt(m_runs, PlaceIn(m_runs, m_uiRun, key));
         }
 
     private:
-        const CSnapshotTable& m_table;
+        const CRuns& m_runs;
         std::size_t m_uiRun = 0;
     };
 
@@ -146,25 +146,24 @@ private:
         bool bTaken;
     };
 
-    /// The last run that begins at or below the key, else the first.
-    std::size_t RunOf(const Key& key) const {
-        const auto itNext = std::upper_bound(
-            m_runs->begin(), m_runs->end(), key,
-            [](const Key& wanted, const CSharedRun& run) { return wanted < run->front().first; });
-        return itNext == m_runs->begin() ? 0
-                                         : static_cast<std::size_t>(itNext - m_runs->begin()) - 1;
-    }
-
     /// Is there no such run, or does it begin above the key?
-    bool IsRunAbove(std::size_t uiRun, const Key& key) const {
-        return uiRun >= m_runs->size() || key < (*m_runs)[uiRun]->front().first;
+    static bool IsRunAbove(const CRuns& runs, std::size_t uiRun, const Key& key) {
+        return uiRun >= runs.size() || key < runs[uiRun]->front().first;
     }
 
-    CPlace PlaceIn(std::size_t uiRun, const Key& key) const {
-        if (m_runs->empty()) {
+    /// The last run that begins at or below the key, else the first.
+    static std::size_t RunOf(const CRuns& runs, const Key& key) {
+        const auto itNext = std::upper_bound(
+            runs.begin(), runs.end(), key,
+            [](const Key& wanted, const CSharedRun& run) { return wanted < run->front().first; });
+        return itNext == runs.begin() ? 0 : static_cast<std::size_t>(itNext - runs.begin()) - 1;
+    }
+
+    static CPlace PlaceIn(const CRuns& runs, std::size_t uiRun, const Key& key) {
+        if (runs.empty()) {
             return {0, 0, false};
         }
-        const CRun& run = *(*m_runs)[uiRun];
+        const CRun& run = *runs[uiRun];
         const auto it = std::lower_bound(
             run.begin(), run.end(), key,
             [](const CEntry& entry, const Key& wanted) { return entry.first < wanted; });
@@ -172,10 +171,13 @@ private:
                 it != run.end() && !(key < it->first)};
     }
 
-    CPlace PlaceOf(const Key& key) const { return PlaceIn(RunOf(key), key); }
+    CPlace PlaceOf(const Key& key) const {
+        const CRuns& runs = *m_runs;
+        return PlaceIn(runs, RunOf(runs, key), key);
+    }
 
-    const Value* ValueAt(const CPlace& place) const {
-        return place.bTaken ? &(*(*m_runs)[place.uiRun])[place.uiEntry].second : nullptr;
+    static const Value* ValueAt(const CRuns& runs, const CPlace& place) {
+        return place.bTaken ? &(*runs[place.uiRun])[place.uiEntry].second : nullptr;
     }
 
     CPlace PlaceOfNew(const Key& key) const {
