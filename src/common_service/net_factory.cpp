@@ -23,7 +23,8 @@ int CNetFactory::DelValidatedLink(const std::string& strIp, int iType) {
 
 bool CNetFactory::IsValidatedLink(const std::string& strIp, int iType) {
     const std::lock_guard<std::mutex> guard(m_mutex);
-    return m_mapAddress[iType].count(strIp) != 0;
+    const auto it = m_mapAddress.find(iType);
+    return it != m_mapAddress.end() && it->second.count(strIp) != 0;
 }
 
 void CNetFactory::Clear() {

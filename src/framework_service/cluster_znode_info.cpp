@@ -17,12 +17,7 @@ constexpr char OPERATION[] = "cluster znode info";
 /// The container type that an entry names, if it names one.
 std::optional<std::string_view> ContainerTypeOf(const Json::Value& containerJson) {
     const Json::Value* pType = FindMember(containerJson, PSZ_NODE_CONTAINER_TYPE);
-    const char* pszBegin = nullptr;
-    const char* pszEnd = nullptr;
-    if (pType == nullptr || !pType->getString(&pszBegin, &pszEnd)) {
-        return std::nullopt;
-    }
-    return std::string_view(pszBegin, static_cast<std::size_t>(pszEnd - pszBegin));
+    return pType != nullptr ? TextOf(*pType) : std::nullopt;
 }
 
 /// Reads the container types of a node. A list that holds them already stays as it is: most nodes

@@ -294,6 +294,19 @@ TEST_F(ClusterDocument, NodesOfTheSameTypesEachHaveTheirOwn) {
     EXPECT_THAT(ContainersOf(nodes.at(2)), ElementsAre("Dev"));
 }
 
+TEST_F(ClusterDocument, NodeWithSomeOfTheTypesBeforeItHasThoseAlone) {
+    const std::string strNodes =
+        ClusterText({NodeText("N1", "Normal"), NodeText("N2", "Normal"), NodeText("N3", "Normal")});
+    Parse(WithMember(
+        WithMember(WithMember(strNodes, {".ClusterNode[0].Container",
+                                         R"([{"ContainerType":"Cam"},{"ContainerType":"Dev"}])"}),
+                   {".ClusterNode[1].Container", R"([{"ContainerType":"Cam"}])"}),
+        {".ClusterNode[2].Container", "[]"}));
+    EXPECT_THAT(ContainersOf(NodesOf(m_cluster).at(0)), ElementsAre("Cam", "Dev"));
+    EXPECT_THAT(ContainersOf(NodesOf(m_cluster).at(1)), ElementsAre("Cam"));
+    EXPECT_THAT(ContainersOf(NodesOf(m_cluster).at(2)), IsEmpty());
+}
+
 TEST_F(ClusterDocument, RemovedCarriesOverToLaterNodes) {
     Parse(ClusterText({NodeText("N1", "Normal"), NodeText("N2", "Removed"),
                        NodeText("N3", "Normal"), NodeText("N4", "other")}));
@@ -375,6 +388,14 @@ TEST_F(ClusterDocument, OneBadNodeOfTenRefusesTheDocument) {
 
 TEST_F(ClusterDocument, ContainerEntryNullRefusesTheDocument) {
     const std::string strText = WithMember(ONE_NODE, {".ClusterNode[0].Container", "[null]"});
+    ExpectRefused(strText, {NodeLine(), DocumentLine("parse node json fail", strText)});
+}
+
+TEST_F(ClusterDocument, ContainerEntryNullBehindTheTypesOfTheNodeBeforeRefusesTheDocument) {
+    const std::string strNodes = ClusterText({NodeText("N1", "Normal"), NodeText("N2", "Normal")});
+    const std::string strText = WithMember(
+        WithMember(strNodes, {".ClusterNode[0].Container", R"([{"ContainerType":"Cam"}])"}),
+        {".ClusterNode[1].Container", R"([{"ContainerType":"Cam"},null])"});
     ExpectRefused(strText, {NodeLine(), DocumentLine("parse node json fail", strText)});
 }
 

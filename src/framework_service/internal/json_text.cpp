@@ -16,13 +16,11 @@ namespace framework_internal {
 namespace {
 
 bool ReadValue(const Json::Value& value, std::string& strTarget) {
-    const char* pszBegin = nullptr;
-    const char* pszEnd = nullptr;
-    if (!value.getString(&pszBegin, &pszEnd)) {
-        return false;
+    const std::optional<std::string_view> text = TextOf(value);
+    if (text) {
+        strTarget = *text;
     }
-    strTarget.assign(pszBegin, pszEnd);
-    return true;
+    return text.has_value();
 }
 
 bool ReadValue(const Json::Value& value, int& iTarget) {
@@ -45,6 +43,15 @@ bool ReadValue(const Json::Value& value, bool& bTarget) {
 
 bool ParseJsonText(const char* pszJson, Json::Value& root) {
     return Json::Reader().parse(pszJson, pszJson + std::strlen(pszJson), root, true);
+}
+
+std::optional<std::string_view> TextOf(const Json::Value& value) {
+    const char* pszBegin = nullptr;
+    const char* pszEnd = nullptr;
+    if (!value.getString(&pszBegin, &pszEnd)) {
+        return std::nullopt;
+    }
+    return std::string_view(pszBegin, static_cast<std::size_t>(pszEnd - pszBegin));
 }
 
 const Json::Value* FindMember(const Json::Value& object, const char* pszKey) {

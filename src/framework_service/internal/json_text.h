@@ -4,6 +4,7 @@
 
 #include <cstdint>
 #include <initializer_list>
+#include <optional>
 #include <string>
 #include <string_view>
 #include <variant>
@@ -29,6 +30,9 @@ struct JsonMember {
 
 /// Parses the text; a failed parse leaves a partial value behind.
 bool ParseJsonText(const char* pszJson, Json::Value& root);
+
+/// The text of a string, nothing for any other value. Lives as long as the value.
+std::optional<std::string_view> TextOf(const Json::Value& value);
 
 /// The member of that key; null when it is absent. Throws on a value that has no members.
 const Json::Value* FindMember(const Json::Value& object, const char* pszKey);
