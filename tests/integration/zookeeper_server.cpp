@@ -29,6 +29,8 @@ using std::chrono::milliseconds;
 using std::chrono::steady_clock;
 
 constexpr char SERVER_JAR[] = "/usr/share/java/zookeeper.jar";
+/// Writes the server's warnings and errors to its standard error.
+constexpr char LOG_JAR[] = "/usr/share/java/slf4j-simple.jar";
 constexpr milliseconds START_LIMIT{30000};
 constexpr milliseconds POLL_PAUSE{20};
 
@@ -146,8 +148,9 @@ void CZooKeeperServer::Start() {
                                        "-XX:TieredStopAtLevel=1",
                                        "-XX:-UsePerfData",
                                        "-Dzookeeper.preAllocSize=1024",
+                                       "-Dorg.slf4j.simpleLogger.defaultLogLevel=warn",
                                        "-cp",
-                                       SERVER_JAR,
+                                       std::string(SERVER_JAR) + ":" + LOG_JAR,
                                        "org.apache.zookeeper.server.quorum.QuorumPeerMain",
                                        m_dir.File("zoo.cfg")};
     std::vector<char*> pointers;
