@@ -2,11 +2,11 @@
 
 #include "common_service/global_config.h"
 #include "common_service/logger.h"
-#include "common_service/reference/store.h"
 #include "common_service/tarn_conf.h"
 #include "framework_service/cluster_cloud_storage_znode_info.h"
 #include "framework_service/cluster_znode_info.h"
 #include "framework_service/container_mgr.h"
+#include "reference_host/store.h"
 
 namespace {
 

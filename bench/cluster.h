@@ -6,10 +6,10 @@
 #include <string>
 #include <vector>
 
-#include "common_service/reference/memory_store.h"
 #include "framework_service/base_data.h"
 #include "framework_service/container.h"
 #include "framework_service/resource_task.h"
+#include "reference_host/memory_store.h"
 
 /// The data that the benchmarks run on.
 

@@ -2,7 +2,7 @@
 # folders install them), and the packages for CMake and pkg-config. A prefix may be moved.
 include(CMakePackageConfigHelpers)
 
-install(TARGETS framework_service common_service EXPORT framework_service_targets
+install(TARGETS framework_service reference_host EXPORT framework_service_targets
     LIBRARY DESTINATION ${CMAKE_INSTALL_LIBDIR})
 install(TARGETS cluster_service RUNTIME DESTINATION ${CMAKE_INSTALL_BINDIR})
 install(DIRECTORY ${PROJECT_SOURCE_DIR}/inc/ DESTINATION ${CMAKE_INSTALL_INCLUDEDIR}
@@ -34,4 +34,4 @@ endfunction()
 
 install_pkg_config(framework_service
     "Cluster model, registries and plug-in framework; a host supplies the rest" "ACE jsoncpp")
-install_pkg_config(common_service "A host for framework_service" "ACE")
+install_pkg_config(reference_host "A host for framework_service" "ACE")

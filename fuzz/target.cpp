@@ -6,7 +6,6 @@
 
 #include "common_service/data/version_znode.h"
 #include "common_service/logger.h"
-#include "common_service/reference/store.h"
 #include "formatting_logger.h"
 #include "framework_service/cluster_cg_info.h"
 #include "framework_service/cluster_cloud_storage_znode_info.h"
@@ -15,6 +14,7 @@
 #include "framework_service/cluster_mgr_znode_info.h"
 #include "framework_service/cluster_znode_info.h"
 #include "json_target.h"
+#include "reference_host/store.h"
 #include "xml_target.h"
 
 namespace {

@@ -3,7 +3,7 @@
 #include <memory>
 #include <string>
 
-#include "common_service/reference/memory_store.h"
+#include "reference_host/memory_store.h"
 
 /// Feeds one input to a reader and whatever it read to the writer of the same format. Aborts when a
 /// promise is broken.

@@ -13,7 +13,6 @@
 
 #include "cluster_text.h"
 #include "common_service/oper_common.h"
-#include "common_service/reference/store.h"
 #include "documents.h"
 #include "exit_code.h"
 #include "framework_service/cluster_cg_info.h"
@@ -24,6 +23,7 @@
 #include "framework_service/cluster_znode_info.h"
 #include "load.h"
 #include "plugin_list.h"
+#include "reference_host/store.h"
 #include "table.h"
 
 namespace {

@@ -11,7 +11,6 @@
 #include "common_service/data/version_znode.h"
 #include "common_service/logger.h"
 #include "common_service/oper_common.h"
-#include "common_service/reference/store.h"
 #include "common_service/tarn_conf.h"
 #include "framework_service/cluster_cg_info.h"
 #include "framework_service/cluster_cloud_storage_znode_info.h"
@@ -19,6 +18,7 @@
 #include "framework_service/cluster_db_znode_info.h"
 #include "framework_service/cluster_mgr_znode_info.h"
 #include "framework_service/cluster_znode_info.h"
+#include "reference_host/store.h"
 
 namespace {
 

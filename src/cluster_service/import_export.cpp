@@ -6,10 +6,10 @@
 #include <utility>
 #include <vector>
 
-#include "common_service/reference/store.h"
 #include "confirm.h"
 #include "documents.h"
 #include "exit_code.h"
+#include "reference_host/store.h"
 #include "whole_file.h"
 
 namespace {

@@ -5,7 +5,6 @@
 
 #include "common_service/data/version_znode.h"
 #include "common_service/directory.h"
-#include "common_service/reference/store.h"
 #include "common_service/tarn_def.h"
 #include "documents.h"
 #include "framework_service/cluster_cg_info.h"
@@ -13,6 +12,7 @@
 #include "framework_service/plugin_mgr.h"
 #include "framework_service/schedule_mgr.h"
 #include "framework_service/standard_task_mgr.h"
+#include "reference_host/store.h"
 
 namespace {
 

@@ -6,9 +6,9 @@
 #include <sstream>
 #include <string_view>
 
-#include "common_service/reference/memory_store.h"
-#include "common_service/reference/sqlite_store.h"
-#include "common_service/reference/zookeeper_store.h"
+#include "reference_host/memory_store.h"
+#include "reference_host/sqlite_store.h"
+#include "reference_host/zookeeper_store.h"
 
 namespace {
 

@@ -3,7 +3,7 @@
 #include <memory>
 #include <string>
 
-#include "common_service/reference/store.h"
+#include "reference_host/store.h"
 
 /// What is wrong with a store's name, "sqlite:FILE", "zookeeper:HOST:PORT,HOST:PORT" or "memory";
 /// empty when it is well-formed.

@@ -7,7 +7,7 @@
 #include <sstream>
 #include <stdexcept>
 
-#include "common_service/reference/sqlite_store.h"
+#include "reference_host/sqlite_store.h"
 
 namespace {
 

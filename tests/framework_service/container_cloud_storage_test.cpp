@@ -2,10 +2,10 @@
 #include <string>
 #include <vector>
 
-#include "common_service/reference/store.h"
 #include "common_service/tarn_conf.h"
 #include "common_service/tarn_def.h"
 #include "framework_service/container.h"
+#include "reference_host/store.h"
 #include "support/host_fixture.h"
 #include "support/model_values.h"
 

@@ -8,7 +8,7 @@
 #include <thread>
 #include <vector>
 
-#include "common_service/reference/store.h"
+#include "reference_host/store.h"
 #include "support/fake_clock.h"
 #include "support/host_fixture.h"
 #include "support/model_values.h"

@@ -4,10 +4,10 @@
 
 #include "common_service/global_config.h"
 #include "common_service/net_factory.h"
-#include "common_service/reference/zookeeper_store.h"
 #include "common_service/tarn_conf.h"
 #include "common_service/tarn_def.h"
 #include "fired_watches.h"
+#include "reference_host/zookeeper_store.h"
 #include "support/registry_fixture.h"
 #include "zookeeper_server.h"
 

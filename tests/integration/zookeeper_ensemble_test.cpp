@@ -7,7 +7,7 @@
 #include <string>
 #include <vector>
 
-#include "common_service/reference/zookeeper_store.h"
+#include "reference_host/zookeeper_store.h"
 #include "zookeeper_server.h"
 
 namespace {

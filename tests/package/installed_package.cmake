@@ -35,7 +35,7 @@ run(${CONSUMER_BUILD}/consumer ${CONSUMER_BUILD})
 
 # With pkg-config.
 set(ENV{PKG_CONFIG_PATH} ${PREFIX}/${LIBDIR}/pkgconfig)
-run(${PKG_CONFIG} --cflags --libs framework_service common_service)
+run(${PKG_CONFIG} --cflags --libs framework_service reference_host)
 separate_arguments(PACKAGE_FLAGS UNIX_COMMAND "${OUTPUT}")
 separate_arguments(COMPILER_FLAGS UNIX_COMMAND "${CXX_FLAGS}")
 run(${CXX_COMPILER} -std=c++17 ${COMPILER_FLAGS} ${CONSUMER_DIR}/consumer.cpp

@@ -6,7 +6,7 @@
 #include <memory>
 #include <string>
 
-#include "common_service/reference/memory_store.h"
+#include "reference_host/memory_store.h"
 #include "support/recording_logger.h"
 
 /// A test on a fresh host: an empty memory store, a recording logger, default settings, the cluster

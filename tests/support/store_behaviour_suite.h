@@ -5,7 +5,7 @@
 #include <ostream>
 #include <string>
 
-#include "common_service/reference/store.h"
+#include "reference_host/store.h"
 #include "support/host_fixture.h"
 
 /// A store to be held to what every store must do:

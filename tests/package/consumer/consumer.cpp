@@ -2,12 +2,12 @@
 #include <memory>
 
 #include "common_service/directory.h"
-#include "common_service/reference/memory_store.h"
 #include "common_service/tarn_conf.h"
 #include "framework_service/container_mgr.h"
 #include "framework_service/framework_common.h"
 #include "framework_service/node_mgr.h"
 #include "framework_service/plugin_mgr.h"
+#include "reference_host/memory_store.h"
 
 namespace {
 

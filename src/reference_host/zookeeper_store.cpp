@@ -1,4 +1,4 @@
-#include "common_service/reference/zookeeper_store.h"
+#include "reference_host/zookeeper_store.h"
 
 #ifndef THREADED
 #define THREADED

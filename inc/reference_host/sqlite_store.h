@@ -3,7 +3,7 @@
 #include <memory>
 #include <string>
 
-#include "common_service/reference/store.h"
+#include "reference_host/store.h"
 
 /// A store in one SQLite file: nothing to start, and a write that was answered with 0 survives a
 /// power failure. Answers SQLite's primary result codes and logs each failure with its reason.

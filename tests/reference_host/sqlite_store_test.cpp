@@ -1,4 +1,4 @@
-#include "common_service/reference/sqlite_store.h"
+#include "reference_host/sqlite_store.h"
 
 #include <sqlite3.h>
 #include <sys/resource.h>

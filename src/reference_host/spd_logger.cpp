@@ -1,4 +1,4 @@
-#include "common_service/reference/spd_logger.h"
+#include "reference_host/spd_logger.h"
 
 #include <spdlog/logger.h>
 #include <spdlog/sinks/rotating_file_sink.h>

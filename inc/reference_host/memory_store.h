@@ -5,7 +5,7 @@
 #include <optional>
 #include <string>
 
-#include "common_service/reference/store.h"
+#include "reference_host/store.h"
 
 /// A store that lives in memory. Watchers run on the writing thread, after the store's own mutex is
 /// released. For tests it fails a chosen call, counts its calls and shows what it holds.

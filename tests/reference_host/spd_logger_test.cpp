@@ -1,4 +1,4 @@
-#include "common_service/reference/spd_logger.h"
+#include "reference_host/spd_logger.h"
 
 #include <gmock/gmock.h>
 

@@ -2,8 +2,8 @@
 
 #include <algorithm>
 
-#include "common_service/reference/store.h"
 #include "common_service/tarn_def.h"
+#include "reference_host/store.h"
 #include "support/host_fixture.h"
 #include "support/text_document.h"
 

@@ -1,4 +1,4 @@
-#include "common_service/reference/memory_store.h"
+#include "reference_host/memory_store.h"
 
 #include <map>
 

@@ -12,9 +12,9 @@
 #include <utility>
 #include <vector>
 
-#include "common_service/reference/store.h"
 #include "common_service/tarn_def.h"
 #include "internal/log.h"
+#include "reference_host/store.h"
 
 namespace {
 

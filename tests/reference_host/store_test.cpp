@@ -1,6 +1,6 @@
-#include "common_service/reference/store.h"
+#include "reference_host/store.h"
 
-#include "common_service/reference/sqlite_store.h"
+#include "reference_host/sqlite_store.h"
 #include "support/store_behaviour_suite.h"
 #include "support/temp_dir.h"
 

@@ -4,7 +4,7 @@
 #include <memory>
 #include <string>
 
-#include "common_service/reference/store.h"
+#include "reference_host/store.h"
 
 struct CZooKeeperOptions {
     /// "host:port,host:port", with "/folder" behind it to stay below a folder that exists.

@@ -6,7 +6,7 @@
 #include <utility>
 #include <vector>
 
-#include "common_service/reference/store.h"
+#include "reference_host/store.h"
 
 /// The paths above a node, the topmost first: "/a" and "/a/b" for "/a/b/c".
 std::vector<std::string> GetParentPaths(const std::string& strPath);
