@@ -3,19 +3,19 @@
 #include <memory>
 #include <string>
 
-#include "change.h"
-#include "check.h"
+#include "command/change.h"
+#include "command/check.h"
+#include "command/exit_code.h"
+#include "command/held_log.h"
+#include "command/import_export.h"
+#include "command/load.h"
+#include "command/show.h"
+#include "command/store_name.h"
 #include "common_service/directory.h"
 #include "common_service/global_config.h"
 #include "common_service/tarn_conf.h"
-#include "exit_code.h"
-#include "held_log.h"
-#include "import_export.h"
-#include "load.h"
 #include "options.h"
 #include "reference_host/spd_logger.h"
-#include "show.h"
-#include "store_name.h"
 
 namespace {
 

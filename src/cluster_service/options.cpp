@@ -6,9 +6,9 @@
 #include <iostream>
 #include <map>
 
-#include "documents.h"
-#include "exit_code.h"
-#include "store_name.h"
+#include "command/documents.h"
+#include "command/exit_code.h"
+#include "command/store_name.h"
 
 namespace {
 

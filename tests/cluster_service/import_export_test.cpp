@@ -1,9 +1,9 @@
 #include <algorithm>
 #include <filesystem>
 
-#include "documents.h"
+#include "command/documents.h"
+#include "command/whole_file.h"
 #include "service_fixture.h"
-#include "whole_file.h"
 
 using ::testing::Eq;
 using ::testing::HasSubstr;

@@ -4,8 +4,8 @@
 #include <fstream>
 #include <sstream>
 
+#include "command/table.h"
 #include "service_fixture.h"
-#include "table.h"
 
 using ::testing::ElementsAre;
 using ::testing::HasSubstr;

@@ -1,4 +1,4 @@
-#include "held_log.h"
+#include "command/held_log.h"
 
 #include <cstdarg>
 #include <cstdio>

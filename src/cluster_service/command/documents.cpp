@@ -1,4 +1,4 @@
-#include "documents.h"
+#include "command/documents.h"
 
 #include <json/reader.h>
 

@@ -1,4 +1,4 @@
-#include "confirm.h"
+#include "command/confirm.h"
 
 #include <unistd.h>
 

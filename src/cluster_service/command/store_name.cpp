@@ -1,4 +1,4 @@
-#include "store_name.h"
+#include "command/store_name.h"
 
 #include <algorithm>
 #include <charconv>

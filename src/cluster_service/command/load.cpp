@@ -1,12 +1,12 @@
-#include "load.h"
+#include "command/load.h"
 
 #include <filesystem>
 #include <string>
 
+#include "command/documents.h"
 #include "common_service/data/version_znode.h"
 #include "common_service/directory.h"
 #include "common_service/tarn_def.h"
-#include "documents.h"
 #include "framework_service/cluster_cg_info.h"
 #include "framework_service/framework_common.h"
 #include "framework_service/plugin_mgr.h"

@@ -1,4 +1,4 @@
-#include "table.h"
+#include "command/table.h"
 
 #include <algorithm>
 #include <cstddef>

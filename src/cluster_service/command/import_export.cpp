@@ -1,4 +1,4 @@
-#include "import_export.h"
+#include "command/import_export.h"
 
 #include <filesystem>
 #include <fstream>
@@ -6,11 +6,11 @@
 #include <utility>
 #include <vector>
 
-#include "confirm.h"
-#include "documents.h"
-#include "exit_code.h"
+#include "command/confirm.h"
+#include "command/documents.h"
+#include "command/exit_code.h"
+#include "command/whole_file.h"
 #include "reference_host/store.h"
-#include "whole_file.h"
 
 namespace {
 

@@ -1,4 +1,4 @@
-#include "check.h"
+#include "command/check.h"
 
 #include <json/value.h>
 
@@ -11,20 +11,20 @@
 #include <string>
 #include <vector>
 
-#include "cluster_text.h"
+#include "command/cluster_text.h"
+#include "command/documents.h"
+#include "command/exit_code.h"
+#include "command/load.h"
+#include "command/plugin_list.h"
+#include "command/table.h"
 #include "common_service/oper_common.h"
-#include "documents.h"
-#include "exit_code.h"
 #include "framework_service/cluster_cg_info.h"
 #include "framework_service/cluster_cloud_storage_znode_info.h"
 #include "framework_service/cluster_config_znode_info.h"
 #include "framework_service/cluster_db_znode_info.h"
 #include "framework_service/cluster_mgr_znode_info.h"
 #include "framework_service/cluster_znode_info.h"
-#include "load.h"
-#include "plugin_list.h"
 #include "reference_host/store.h"
-#include "table.h"
 
 namespace {
 

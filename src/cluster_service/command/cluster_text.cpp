@@ -1,4 +1,4 @@
-#include "cluster_text.h"
+#include "command/cluster_text.h"
 
 #include "framework_service/cluster_znode_info.h"
 

@@ -1,4 +1,4 @@
-#include "plugin_list.h"
+#include "command/plugin_list.h"
 
 #include "framework_service/IPlugin.h"
 #include "framework_service/plugin_mgr.h"

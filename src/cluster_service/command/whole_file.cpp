@@ -1,4 +1,4 @@
-#include "whole_file.h"
+#include "command/whole_file.h"
 
 #include <sys/stat.h>
 #include <unistd.h>

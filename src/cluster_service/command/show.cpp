@@ -1,4 +1,4 @@
-#include "show.h"
+#include "command/show.h"
 
 #include <json/writer.h>
 
@@ -6,17 +6,17 @@
 #include <list>
 #include <utility>
 
+#include "command/exit_code.h"
+#include "command/load.h"
+#include "command/plugin_list.h"
+#include "command/table.h"
 #include "common_service/global_config.h"
 #include "common_service/tarn_conf.h"
-#include "exit_code.h"
 #include "framework_service/container_mgr.h"
 #include "framework_service/framework_common.h"
 #include "framework_service/node_mgr.h"
 #include "framework_service/schedule_mgr.h"
 #include "framework_service/standard_task_mgr.h"
-#include "load.h"
-#include "plugin_list.h"
-#include "table.h"
 
 namespace {
 

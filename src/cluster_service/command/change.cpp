@@ -1,4 +1,4 @@
-#include "change.h"
+#include "command/change.h"
 
 #include <json/value.h>
 
@@ -7,14 +7,14 @@
 #include <map>
 #include <optional>
 
-#include "cluster_text.h"
-#include "confirm.h"
-#include "documents.h"
-#include "exit_code.h"
+#include "command/cluster_text.h"
+#include "command/confirm.h"
+#include "command/documents.h"
+#include "command/exit_code.h"
+#include "command/load.h"
 #include "framework_service/cluster_znode_info.h"
 #include "framework_service/framework_common.h"
 #include "framework_service/node_mgr.h"
-#include "load.h"
 
 namespace {
 
