@@ -11,7 +11,7 @@
 
 #include "framework_service/base_data.h"
 #include "framework_service/container_status.h"
-#include "framework_service/copy_on_write.h"
+#include "framework_service/detail/copy_on_write.h"
 #include "framework_service/resource_task.h"
 #include "orva_plugin_service/tarn_orva_data.h"
 

@@ -11,7 +11,7 @@
 #include "common_service/thread_mutex.h"
 #include "framework_service/base_data.h"
 #include "framework_service/container.h"
-#include "framework_service/snapshot_table.h"
+#include "framework_service/detail/snapshot_table.h"
 
 /// The status of a service that runs.
 inline constexpr int32_t ORVA_STATUS_RUN = 1;

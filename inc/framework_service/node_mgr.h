@@ -9,7 +9,7 @@
 
 #include "common_service/thread_mutex.h"
 #include "framework_service/base_data.h"
-#include "framework_service/snapshot_table.h"
+#include "framework_service/detail/snapshot_table.h"
 #include "framework_service/tarn_node.h"
 
 /// The process-wide table of the cluster's nodes, and beside it the number of failed fault shifts

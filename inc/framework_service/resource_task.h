@@ -6,7 +6,7 @@
 
 #include "common_service/xml.h"
 #include "framework_service/base_data.h"
-#include "framework_service/copy_on_write.h"
+#include "framework_service/detail/copy_on_write.h"
 #include "orva_plugin_service/tarn_orva_data.h"
 
 /// One unit of scheduled work and what it costs. A plain value; no lock.

@@ -9,7 +9,7 @@
 #include <vector>
 
 #include "framework_service/base_data.h"
-#include "framework_service/copy_on_write.h"
+#include "framework_service/detail/copy_on_write.h"
 #include "framework_service/node_status.h"
 
 /// One machine of the cluster: identity, address, roles, resources, and the types of the containers

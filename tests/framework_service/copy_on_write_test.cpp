@@ -1,4 +1,4 @@
-#include "framework_service/copy_on_write.h"
+#include "framework_service/detail/copy_on_write.h"
 
 #include <gtest/gtest.h>
 

@@ -11,7 +11,7 @@
 
 #include "common_service/tarn_def.h"
 #include "framework_service/container_mgr.h"
-#include "framework_service/snapshot_table.h"
+#include "framework_service/detail/snapshot_table.h"
 #include "support/host_fixture.h"
 
 namespace {

@@ -3,7 +3,7 @@
 #include <ace/Guard_T.h>
 
 #include "common_service/thread_mutex.h"
-#include "framework_service/snapshot_table.h"
+#include "framework_service/detail/snapshot_table.h"
 
 namespace [[gnu::visibility("hidden")]] framework_internal {
 

@@ -8,7 +8,7 @@
 #include <utility>
 #include <vector>
 
-#include "framework_service/copy_on_write.h"
+#include "framework_service/detail/copy_on_write.h"
 
 /// An ordered table of unique keys whose copy is a snapshot at the price of a pointer. The entries
 /// stand in short sorted runs: beside a snapshot a change copies the run that it falls into, never
