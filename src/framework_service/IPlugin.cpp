@@ -4,14 +4,14 @@
 
 #include "common_service/tarn_def.h"
 #include "framework_service/container_mgr.h"
-#include "internal/log.h"
+#include "operation_log/operation_log.h"
 
-using namespace framework_internal;
+using namespace operation_log;
 
 namespace {
 
-int Refuse(const SourcePlace& place, const char* pszOperation) {
-    return LogFailure(place, pszOperation, ORVA_SYS_NO_SUPPORT, "do not support this function.");
+int Refuse(const CPlacedText& operation) {
+    return LogFailure(operation, ORVA_SYS_NO_SUPPORT, "do not support this function.");
 }
 
 }  // namespace
@@ -41,62 +41,62 @@ int IPlugin::GetSupportLoadBalanceContainers(std::list<std::string>& containerLi
 }
 
 int IPlugin::GetRedirectNodeByJobType(uint32_t, std::list<CContainerAddr>&) {
-    return Refuse(HERE, "IPlugin get redirect node by job type");
+    return Refuse("IPlugin get redirect node by job type");
 }
 
 int IPlugin::AssembleShiftResult(const std::string&, const CResourceTask&, unsigned long long, bool,
                                  PELU::CXml&) {
-    return Refuse(HERE, "IPlugin assemble shift result");
+    return Refuse("IPlugin assemble shift result");
 }
 
 int IPlugin::AssembleScheduleResult(const CResourceTask&, int, const CContainerAddr&, PELU::CXml&) {
-    return Refuse(HERE, "IPlugin assemble schedule result");
+    return Refuse("IPlugin assemble schedule result");
 }
 
 int IPlugin::GetResTaskListInContainer(const CContainerAddr&, std::list<CResourceTask>&, bool,
                                        bool) {
-    return Refuse(HERE, "IPlugin get res task list in container");
+    return Refuse("IPlugin get res task list in container");
 }
 
 void IPlugin::GetResTaskInfoByTaskId(const CContainerAddr&, const std::string&,
                                      std::list<CResourceTask>&) {
-    Refuse(HERE, "IPlugin get res task info by task id");
+    Refuse("IPlugin get res task info by task id");
 }
 
 int IPlugin::LoadBalanceSchedule(std::list<CResourceTask>&, CTaskContainerMap&, CTaskContainerMap&,
                                  unsigned long long&) {
-    return Refuse(HERE, "IPlugin load balance by disk ratio");
+    return Refuse("IPlugin load balance by disk ratio");
 }
 
 int IPlugin::ManualTaskSchedule(const std::list<CResourceTask>&, const CTaskShiftMap&,
                                 CTaskContainerMap&, std::map<std::string, int>&,
                                 unsigned long long&) {
-    return Refuse(HERE, "IPlugin ManualTaskSchedule");
+    return Refuse("IPlugin ManualTaskSchedule");
 }
 
 int IPlugin::GenCloudStorageReportXml(PELU::CXml&, bool) {
-    return Refuse(HERE, "IPlugin CloudStorageReport");
+    return Refuse("IPlugin CloudStorageReport");
 }
 
 int IPlugin::CloudStorageAlloc(PELU::CXml&, std::list<ORVA_CLOUD_STORAGE_SEND_INFO>&) {
-    return Refuse(HERE, "IPlugin CloudStorageAlloc");
+    return Refuse("IPlugin CloudStorageAlloc");
 }
 
 int IPlugin::CloudStorageReduce(PELU::CXml&, std::string&, int, int,
                                 std::list<ORVA_CLOUD_STORAGE_REDUCE_INFO_LIST>&) {
-    return Refuse(HERE, "IPlugin CloudStorageReduce");
+    return Refuse("IPlugin CloudStorageReduce");
 }
 
 int IPlugin::GetCloudContainerList(std::list<CContainer>&) {
-    return Refuse(HERE, "IPlugin GetCloudContainerList");
+    return Refuse("IPlugin GetCloudContainerList");
 }
 
 int IPlugin::BuildAllocReqXml(const ORVA_CLOUD_STORAGE_SEND_INFO&, PELU::CXml&) {
-    return Refuse(HERE, "IPlugin BuildAllocReqXml");
+    return Refuse("IPlugin BuildAllocReqXml");
 }
 
 int IPlugin::BuildReduceReqXML(const ORVA_CLOUD_STORAGE_REDUCE_INFO_LIST&, PELU::CXml&) {
-    return Refuse(HERE, "IPlugin BuildReduceReqXML");
+    return Refuse("IPlugin BuildReduceReqXML");
 }
 
 void IPlugin::ReportStatusAlarm(CContainer&, const std::string&) {}
@@ -139,10 +139,10 @@ bool IPlugin::IsHighPriorityContainer(const CContainerAddr& containerAddr,
 void IPlugin::Routing() {}
 
 void IPlugin::SetContainerMaxTaskNum(const std::string&, unsigned int) {
-    Refuse(HERE, "IPlugin set container max task num");
+    Refuse("IPlugin set container max task num");
 }
 
 bool IPlugin::CheckSysResourceByContainerType(const std::string&) {
-    Refuse(HERE, "IPlugin CheckSysResourceByContainerType");
+    Refuse("IPlugin CheckSysResourceByContainerType");
     return true;
 }

@@ -5,10 +5,11 @@
 #include <string_view>
 
 #include "common_service/tarn_def.h"
-#include "internal/log.h"
 #include "internal/wrap.h"
+#include "operation_log/operation_log.h"
 
 using namespace framework_internal;
+using namespace operation_log;
 
 int32_t CSystemResource::GetResourceByType(RESOURCE_TYPE eType) const {
     switch (eType) {
@@ -23,7 +24,7 @@ int32_t CSystemResource::GetResourceByType(RESOURCE_TYPE eType) const {
         case RESOURCE_TYPE_DISK:
             return m_iDisk;
     }
-    return LogFailure(HERE, "get resource by type", ORVA_FAIL, "type[%d] not found.",
+    return LogFailure("get resource by type", ORVA_FAIL, "type[%d] not found.",
                       static_cast<int>(eType));
 }
 

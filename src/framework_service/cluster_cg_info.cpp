@@ -6,11 +6,13 @@
 #include "common_service/bounded_string.h"
 #include "common_service/xml_common.h"
 #include "internal/json_text.h"
-#include "internal/log.h"
+#include "internal/null_pointer.h"
 #include "internal/store.h"
 #include "internal/xml_text.h"
+#include "operation_log/operation_log.h"
 
 using namespace framework_internal;
+using namespace operation_log;
 
 namespace {
 
@@ -71,13 +73,13 @@ void CClusterCGInfo::DumpToXml(PELU::CXml& xml) {
 int32_t CClusterCGInfo::ParseXml(PELU::CXml& xml) {
     constexpr char MESSAGE[] = "not found CGInfo element.";
     if (!xml.FindElemValue(PSZ_CG_INFO) || !xml.IntoElem()) {
-        return LogFailure(HERE, OPERATION_XML, ORVA_DATA_INVALID, MESSAGE);
+        return LogFailure(OPERATION_XML, ORVA_DATA_INVALID, MESSAGE);
     }
     CXmlCommon& xmlCommon = CXmlCommon::Instance();
     xmlCommon.GetElemValue(xml, PSZ_CG_NVRCODE, m_strCode, true);
     if (m_strCode.empty()) {
         xml.OutOfElem();
-        return LogFailure(HERE, OPERATION_XML, ORVA_DATA_INVALID, MESSAGE);
+        return LogFailure(OPERATION_XML, ORVA_DATA_INVALID, MESSAGE);
     }
     xmlCommon.GetElemValue(xml, PSZ_CG_FLOAT_CODE, m_strFloatCode, true);
     xmlCommon.GetElemValue(xml, PSZ_CG_FLOAT_IP, m_strFloatIp, true);
@@ -103,7 +105,7 @@ int32_t CClusterCGInfo::ParseJson(const Json::Value& nodeJson) {
                                 {PSZ_CG_FLOAT_CODE, parsed.m_strFloatCode},
                                 {PSZ_CG_FLOAT_IP, parsed.m_strFloatIp},
                                 {PSZ_CG_DECISION_VER_NUM, parsed.m_strDecVerNum}})) {
-        return LogFailure(HERE, OPERATION_JSON, ORVA_DATA_INVALID, "parse json fail.");
+        return LogFailure(OPERATION_JSON, ORVA_DATA_INVALID, "parse json fail.");
     }
     *this = std::move(parsed);
     return ORVA_SUCCEED;
@@ -120,28 +122,28 @@ bool CClusterCGInfoList::operator==(const CClusterCGInfoList& rhs) const {
 
 int32_t CClusterCGInfoList::ParseJson(const char* pszJson) {
     if (pszJson == nullptr) {
-        return LogNullPointer(HERE, OPERATION_NULL_JSON, ORVA_DATA_INVALID);
+        return LogNullPointer(OPERATION_NULL_JSON, ORVA_DATA_INVALID);
     }
     if (*pszJson == '\0') {
         return ORVA_SUCCEED;
     }
     Json::Value root;
     if (!ParseJsonText(pszJson, root)) {
-        return LogFailure(HERE, OPERATION_JSON, ORVA_DATA_INVALID,
-                          "parse json fail, json text[%s].", pszJson);
+        return LogFailure(OPERATION_JSON, ORVA_DATA_INVALID, "parse json fail, json text[%s].",
+                          pszJson);
     }
     if (root.empty()) {
-        LogTrace(HERE, "cluster cg info, no cg info found");
+        LogTrace("cluster cg info, no cg info found");
         return ORVA_SUCCEED;
     }
     if (!root.isArray()) {
-        return LogFailure(HERE, OPERATION_JSON, ORVA_DATA_INVALID,
-                          "not found cg list, json text[%s].", pszJson);
+        return LogFailure(OPERATION_JSON, ORVA_DATA_INVALID, "not found cg list, json text[%s].",
+                          pszJson);
     }
     std::list<CClusterCGInfo> listClusterCG;
     for (const Json::Value& cgJson : root) {
         if (listClusterCG.emplace_back().ParseJson(cgJson) != ORVA_SUCCEED) {
-            return LogFailure(HERE, OPERATION_JSON, ORVA_DATA_INVALID,
+            return LogFailure(OPERATION_JSON, ORVA_DATA_INVALID,
                               "parse cg json fail, json text[%s].", pszJson);
         }
     }
@@ -152,14 +154,14 @@ int32_t CClusterCGInfoList::ParseJson(const char* pszJson) {
 int32_t CClusterCGInfoList::ToJson(char* pszJson, uint32_t iMaxLen) {
     if (m_listClusterCG.empty()) {
         memset_s(pszJson, iMaxLen, 0, iMaxLen);
-        LogTrace(HERE, "cluster cg info, no cg info.");
+        LogTrace("cluster cg info, no cg info.");
         return ORVA_SUCCEED;
     }
     if (pszJson == nullptr) {
-        return LogNullPointer(HERE, OPERATION_NULL_JSON, ORVA_FAIL);
+        return LogNullPointer(OPERATION_NULL_JSON, ORVA_FAIL);
     }
     if (iMaxLen == 0) {
-        return LogFailure(HERE, OPERATION_JSON, ORVA_DATA_INVALID, "to json fail, illegal length.");
+        return LogFailure(OPERATION_JSON, ORVA_DATA_INVALID, "to json fail, illegal length.");
     }
     Json::Value root;
     for (const CClusterCGInfo& info : m_listClusterCG) {
@@ -185,16 +187,16 @@ void CClusterCGInfoList::DumpToXml(PELU::CXml& xml) {
 
 int32_t CClusterCGInfoList::ParseXml(PELU::CXml& xml) {
     if (!xml.FindElem(PSZ_CG_LIST)) {
-        return LogFailure(HERE, OPERATION_LIST_XML, ORVA_DATA_INVALID, "not found CGList element.");
+        return LogFailure(OPERATION_LIST_XML, ORVA_DATA_INVALID, "not found CGList element.");
     }
     if (!xml.IntoElem()) {
-        LogLine(HERE, ORVALOG_WARNING, OPERATION_LIST_XML, "no CGInfo exist.");
+        LogWarning(OPERATION_LIST_XML, "no CGInfo exist.");
         return ORVA_SUCCEED;
     }
     do {
         CClusterCGInfo info;
         if (const int32_t iRet = info.ParseXml(xml); iRet != ORVA_SUCCEED) {
-            LogFailure(HERE, OPERATION_LIST_XML, iRet, "parse single cg info fail.");
+            LogFailure(OPERATION_LIST_XML, iRet, "parse single cg info fail.");
             xml.OutOfElem();
             return iRet;
         }
@@ -208,8 +210,7 @@ int CClusterCGInfoList::ParseFromZK() {
     CClusterCGInfoList stored;
     bool bEmpty = true;
     if (ReadStore(STORE_NODE_CG_LIST, EWatch::YES, stored, bEmpty) != ORVA_SUCCEED) {
-        return LogFailure(HERE, "CGList info, parse form zk", ORVA_FAIL,
-                          "get cg list from zk fail.");
+        return LogFailure("CGList info, parse form zk", ORVA_FAIL, "get cg list from zk fail.");
     }
     if (!bEmpty) {
         m_listClusterCG.swap(stored.m_listClusterCG);

@@ -4,9 +4,11 @@
 #include <utility>
 
 #include "internal/json_text.h"
-#include "internal/log.h"
+#include "internal/null_pointer.h"
+#include "operation_log/operation_log.h"
 
 using namespace framework_internal;
+using namespace operation_log;
 
 namespace {
 
@@ -51,32 +53,30 @@ Json::Value BuildJson(const std::map<std::string, CloudStorageInfo>& infoMap) {
 
 int32_t CClusterCloudStorageZNodeInfo::ParseJson(const char* pszJson) {
     if (pszJson == nullptr) {
-        return LogNullPointer(HERE, OPERATION_NULL_JSON, ORVA_DATA_INVALID);
+        return LogNullPointer(OPERATION_NULL_JSON, ORVA_DATA_INVALID);
     }
     Json::Value root;
     if (!ParseJsonText(pszJson, root)) {
-        return LogFailure(HERE, OPERATION, ORVA_DATA_INVALID, "parse json fail, json text[%s].",
-                          pszJson);
+        return LogFailure(OPERATION, ORVA_DATA_INVALID, "parse json fail, json text[%s].", pszJson);
     }
     const Json::Value* pEntries = FindArray(root, PSZ_CLOUD_STORAGE_SET);
     if (pEntries == nullptr) {
-        return LogFailure(HERE, OPERATION, ORVA_DATA_INVALID,
+        return LogFailure(OPERATION, ORVA_DATA_INVALID,
                           "CloudStorageSet is invalid, json text[%s].", pszJson);
     }
-    LogInfo(HERE, OPERATION, "parse json text[%s], size=%d", pszJson,
-            static_cast<int>(pEntries->size()));
+    LogInfo(OPERATION, "parse json text[%s], size=%d", pszJson, static_cast<int>(pEntries->size()));
     // What ToJson would build from the map is here already, if nothing in the text differs from it.
     bool bAsBuilt = m_cloudStorageInfoMap.empty() && root.size() == 1 && !pEntries->empty();
     m_json = {};
     for (const Json::Value& entryJson : *pEntries) {
         std::string strNodeCode;
         if (!ReadMembers(entryJson, {{PSZ_CLOUD_STORAGE_NVRCODE, strNodeCode}})) {
-            return LogFailure(HERE, OPERATION, ORVA_DATA_INVALID,
-                              "node code is invalid, json text[%s].", pszJson);
+            return LogFailure(OPERATION, ORVA_DATA_INVALID, "node code is invalid, json text[%s].",
+                              pszJson);
         }
         CloudStorageInfo info{};
         if (ParseCloudStorageNodeJson(entryJson, info, bAsBuilt) != ORVA_SUCCEED) {
-            return LogFailure(HERE, OPERATION, ORVA_DATA_INVALID,
+            return LogFailure(OPERATION, ORVA_DATA_INVALID,
                               "parse cloud storage node failed, json text[%s].", pszJson);
         }
         if (const Json::Value* pAllocs = FindArray(entryJson, PSZ_CLOUD_STORAGE_NODE_LIST);
@@ -84,11 +84,11 @@ int32_t CClusterCloudStorageZNodeInfo::ParseJson(const char* pszJson) {
             for (const Json::Value& allocJson : *pAllocs) {
                 ORVA_CLOUD_STORAGE_ALLOC_INFO& allocInfo = info.allocInfo.emplace_back();
                 if (ParseNodeJson(allocJson, allocInfo, bAsBuilt) != ORVA_SUCCEED) {
-                    return LogFailure(HERE, OPERATION, ORVA_DATA_INVALID,
+                    return LogFailure(OPERATION, ORVA_DATA_INVALID,
                                       "parse node json fail, json text[%s].", pszJson);
                 }
                 bAsBuilt = bAsBuilt && allocJson.size() == NUMERIC_ALLOC_MEMBERS;
-                LogInfo(HERE, OPERATION, "nvr code=%s, code=%s, alloc=%d, used=%d, dns=%s, path=%s",
+                LogInfo(OPERATION, "nvr code=%s, code=%s, alloc=%d, used=%d, dns=%s, path=%s",
                         strNodeCode.c_str(), allocInfo.cloudStorageCode.c_str(),
                         allocInfo.allocStorage, allocInfo.usedStorage, allocInfo.dns.c_str(),
                         allocInfo.path.c_str());
@@ -109,7 +109,7 @@ int32_t CClusterCloudStorageZNodeInfo::ParseJson(const char* pszJson) {
 
 int32_t CClusterCloudStorageZNodeInfo::ToJson(char* pszJson, uint32_t iMaxLen) {
     if (pszJson == nullptr) {
-        return LogNullPointer(HERE, OPERATION_NULL_JSON, ORVA_FAIL);
+        return LogNullPointer(OPERATION_NULL_JSON, ORVA_FAIL);
     }
     if (m_json->isNull()) {
         m_json = BuildJson(m_cloudStorageInfoMap);
@@ -139,7 +139,7 @@ int32_t CClusterCloudStorageZNodeInfo::ParseNodeJson(const Json::Value& nodeJson
                       {PSZ_CLOUD_STORAGE_DNS, strDns},
                       {PSZ_CLOUD_STORAGE_PATH, strPath}},
                      &bAsBuilt)) {
-        return LogFailure(HERE, "cluster cloud storage node info", ORVA_DATA_INVALID,
+        return LogFailure("cluster cloud storage node info", ORVA_DATA_INVALID,
                           "node is null or illegal.");
     }
     nodeInfo.cloudStorageCode = std::move(strCode);
@@ -170,7 +170,7 @@ int32_t CClusterCloudStorageZNodeInfo::ParseCloudStorageNodeJson(
                       {PSZ_CLOUD_STORAGE_REQ_PIC, iReqPicStorage},
                       {PSZ_CLOUD_STORAGE_LOWPRI_BIT, iLowPriorityBitRate}},
                      &bAsBuilt)) {
-        return LogFailure(HERE, "cluster cloud storage info", ORVA_DATA_INVALID,
+        return LogFailure("cluster cloud storage info", ORVA_DATA_INVALID,
                           "node is null or illegal.");
     }
     tempCloudStorageInfo.strServiceType = std::move(strServiceType);

@@ -1,9 +1,11 @@
 #include "framework_service/cluster_config_znode_info.h"
 
 #include "internal/json_text.h"
-#include "internal/log.h"
+#include "internal/null_pointer.h"
+#include "operation_log/operation_log.h"
 
 using namespace framework_internal;
+using namespace operation_log;
 
 namespace {
 
@@ -14,11 +16,11 @@ constexpr char MESSAGE_ILLEGAL[] = "null or illegal, json text[%s].";
 
 int32_t CClusterConfigZNodeInfo::ParseJson(const char* pszJson) {
     if (pszJson == nullptr) {
-        return LogNullPointer(HERE, OPERATION_NULL_JSON, ORVA_DATA_INVALID);
+        return LogNullPointer(OPERATION_NULL_JSON, ORVA_DATA_INVALID);
     }
     Json::Value root;
     if (!ParseJsonText(pszJson, root)) {
-        return LogFailure(HERE, "Cluster Config node info, parse json fail", ORVA_DATA_INVALID,
+        return LogFailure("Cluster Config node info, parse json fail", ORVA_DATA_INVALID,
                           "json text[%s].", pszJson);
     }
     bool bLoadBalance = false;
@@ -27,7 +29,7 @@ int32_t CClusterConfigZNodeInfo::ParseJson(const char* pszJson) {
     if (!ReadMembers(root, {{PSZ_CLUSTER_LOAD_BALANCE, bLoadBalance},
                             {PSZ_CLUSTER_FAULT_SHIFT, bFaultShift},
                             {PSZ_CLUSTER_LOAD_BALANCE_ONE_PERIOD, bLoadBalanceOnePeriod}})) {
-        return LogFailure(HERE, OPERATION_PARSE, ORVA_DATA_INVALID, MESSAGE_ILLEGAL, pszJson);
+        return LogFailure(OPERATION_PARSE, ORVA_DATA_INVALID, MESSAGE_ILLEGAL, pszJson);
     }
     m_bLoadBalance = bLoadBalance;
     m_bFaultShift = bFaultShift;
@@ -45,7 +47,7 @@ int32_t CClusterConfigZNodeInfo::ParseJson(const char* pszJson) {
     if (!ReadMembers(*pThresholds, {{PSZ_CLUSTER_DISK_THRESHOLD, iDisk},
                                     {PSZ_CLUSTER_NET_THRESHOLD, iNet},
                                     {PSZ_CLUSTER_CHANNEL_THRESHOLD, iChannel}})) {
-        return LogFailure(HERE, OPERATION_PARSE, ORVA_DATA_INVALID, MESSAGE_ILLEGAL, pszJson);
+        return LogFailure(OPERATION_PARSE, ORVA_DATA_INVALID, MESSAGE_ILLEGAL, pszJson);
     }
     m_iLoadBalanceDiskThreshold = iDisk;
     m_iLoadBalanceNetThreshold = iNet;
@@ -55,7 +57,7 @@ int32_t CClusterConfigZNodeInfo::ParseJson(const char* pszJson) {
 
 int32_t CClusterConfigZNodeInfo::ToJson(char* pszJson, uint32_t iMaxLen) {
     if (pszJson == nullptr) {
-        return LogNullPointer(HERE, OPERATION_NULL_JSON, ORVA_FAIL);
+        return LogNullPointer(OPERATION_NULL_JSON, ORVA_FAIL);
     }
     Json::Value root(Json::objectValue);
     root[PSZ_CLUSTER_LOAD_BALANCE] = m_bLoadBalance;

@@ -7,11 +7,13 @@
 #include "common_service/tool_help.h"
 #include "common_service/xml_common.h"
 #include "internal/json_text.h"
-#include "internal/log.h"
+#include "internal/null_pointer.h"
 #include "internal/store.h"
 #include "internal/xml_text.h"
+#include "operation_log/operation_log.h"
 
 using namespace framework_internal;
+using namespace operation_log;
 
 namespace {
 
@@ -139,19 +141,18 @@ CClusterDBZNodeInfo::CClusterDBZNodeInfo(const CClusterDBInfo& masterDBInfo,
 
 int32_t CClusterDBZNodeInfo::ParseJson(const char* pszJson) {
     if (pszJson == nullptr) {
-        return LogNullPointer(HERE, OPERATION_NULL_JSON, ORVA_DATA_INVALID);
+        return LogNullPointer(OPERATION_NULL_JSON, ORVA_DATA_INVALID);
     }
     Json::Value root;
     if (!ParseJsonText(pszJson, root)) {
-        return LogFailure(HERE, "cluster db znode info", ORVA_DATA_INVALID, MESSAGE_PARSE_FAIL,
-                          pszJson);
+        return LogFailure("cluster db znode info", ORVA_DATA_INVALID, MESSAGE_PARSE_FAIL, pszJson);
     }
     const Json::Value* pMaster = FindMember(root, PSZ_CLUSTER_DB_MASTER);
     const Json::Value* pSlaves = FindMember(root, PSZ_CLUSTER_DB_SLAVE);
     if (pMaster == nullptr || !pMaster->isObject() || pSlaves == nullptr ||
         !(pSlaves->isObject() || pSlaves->isArray()) ||
         !ReadDBInfo(*pMaster, CLUSTER_DB_MASTER, 0, m_masterDBInfo)) {
-        return LogFailure(HERE, OPERATION_ILLEGAL, ORVA_DATA_INVALID, MESSAGE_ILLEGAL, pszJson);
+        return LogFailure(OPERATION_ILLEGAL, ORVA_DATA_INVALID, MESSAGE_ILLEGAL, pszJson);
     }
     int iCDBIndex = HasToken(*pMaster) ? 1 : 0;
     int iRet = ORVA_SUCCEED;
@@ -163,7 +164,7 @@ int32_t CClusterDBZNodeInfo::ParseJson(const char* pszJson) {
         }
     }
     if (iRet != ORVA_SUCCEED) {
-        return LogFailure(HERE, OPERATION_ILLEGAL, ORVA_DATA_INVALID,
+        return LogFailure(OPERATION_ILLEGAL, ORVA_DATA_INVALID,
                           "parse salve db info, json text[%s].", pszJson);
     }
     return ORVA_SUCCEED;
@@ -172,7 +173,7 @@ int32_t CClusterDBZNodeInfo::ParseJson(const char* pszJson) {
 int CClusterDBZNodeInfo::ParseSingleSlaveDB(const Json::Value& salveDBJson, int iCDBIndex) {
     CClusterDBInfo info;
     if (!ReadDBInfo(salveDBJson, CLUSTER_DB_SLAVE, iCDBIndex, info)) {
-        return LogFailure(HERE, OPERATION_ILLEGAL, ORVA_DATA_INVALID, "illegal salve db json.");
+        return LogFailure(OPERATION_ILLEGAL, ORVA_DATA_INVALID, "illegal salve db json.");
     }
     m_listSlaveDBInfo.push_back(std::move(info));
     return ORVA_SUCCEED;
@@ -180,7 +181,7 @@ int CClusterDBZNodeInfo::ParseSingleSlaveDB(const Json::Value& salveDBJson, int 
 
 int32_t CClusterDBZNodeInfo::ToJson(char* pszJson, uint32_t iMaxLen) {
     if (pszJson == nullptr) {
-        return LogNullPointer(HERE, OPERATION_NULL_JSON, ORVA_FAIL);
+        return LogNullPointer(OPERATION_NULL_JSON, ORVA_FAIL);
     }
     Json::Value root;
     root[PSZ_CLUSTER_DB_MASTER] = BuildDBJson(m_masterDBInfo);
@@ -199,13 +200,13 @@ int CClusterDBZNodeInfo::ParseFromXml(PELU::CXml& xml) {
     int iRet = ORVA_FAIL;
     do {
         if (!xml.IntoElem()) {
-            iRet = LogFailure(HERE, OPERATION_XML, ORVA_XML_INVALID, "can not into node");
+            iRet = LogFailure(OPERATION_XML, ORVA_XML_INVALID, "can not into node");
             break;
         }
         const bool bRead = ReadDBXml(xml, info);
         xml.OutOfElem();
         if (!bRead) {
-            LogFailure(HERE, OPERATION_XML, ORVA_XML_INVALID, "can to find elem");
+            LogFailure(OPERATION_XML, ORVA_XML_INVALID, "can to find elem");
             break;
         }
         if (info.GetDBType() == CLUSTER_DB_MASTER) {
@@ -215,14 +216,14 @@ int CClusterDBZNodeInfo::ParseFromXml(PELU::CXml& xml) {
             AddSlaveDBInfo(info);
             bHaveSlave = true;
         } else {
-            LogFailure(HERE, OPERATION_XML, ORVA_XML_INVALID, "wrong dbtype[%d]", info.GetDBType());
+            LogFailure(OPERATION_XML, ORVA_XML_INVALID, "wrong dbtype[%d]", info.GetDBType());
             break;
         }
         iRet = ORVA_SUCCEED;
     } while (xml.NextElem());
     if (!bHaveMaster || !bHaveSlave) {
-        return LogFailure(HERE, OPERATION_XML, ORVA_XML_INVALID,
-                          "master or slave db not found[%d:%d]", bHaveMaster, bHaveSlave);
+        return LogFailure(OPERATION_XML, ORVA_XML_INVALID, "master or slave db not found[%d:%d]",
+                          bHaveMaster, bHaveSlave);
     }
     return iRet;
 }
@@ -244,8 +245,7 @@ int CClusterDBZNodeInfo::ParseFromZK(bool bNeedWatcher) {
     CClusterDBZNodeInfo stored;
     bool bDataEmpty = true;
     if (ReadStore(STORE_NODE_CENTER_DB, EWatch{bNeedWatcher}, stored, bDataEmpty) != ORVA_SUCCEED) {
-        return LogFailure(HERE, "cdb info, parse form zk", ORVA_FAIL,
-                          "get center db info from zk fail.");
+        return LogFailure("cdb info, parse form zk", ORVA_FAIL, "get center db info from zk fail.");
     }
     m_listSlaveDBInfo = std::move(stored.m_listSlaveDBInfo);
     m_masterDBInfo = std::move(stored.m_masterDBInfo);
@@ -296,13 +296,13 @@ bool CClusterDBZNodeInfo::UpdateSlaveDBInfoByToken(const std::string& strToken,
 bool CClusterDBZNodeInfo::UpdateMasterDBInfo(const CClusterDBInfo& clusterDBInfo) {
     CClusterDBInfo oldSlaveDBInfo;
     if (!GetCDBInfo(clusterDBInfo.GetNodeId(), oldSlaveDBInfo)) {
-        LogFailure(HERE, OPERATION_UPDATE_MASTER, ORVA_FAIL, "not found slave cdb, node id[%s].",
+        LogFailure(OPERATION_UPDATE_MASTER, ORVA_FAIL, "not found slave cdb, node id[%s].",
                    clusterDBInfo.GetNodeId().c_str());
         return false;
     }
     if (!UpdateSlaveDBInfoByToken(oldSlaveDBInfo.GetCDBToken(), m_masterDBInfo)) {
-        LogFailure(HERE, OPERATION_UPDATE_MASTER, ORVA_FAIL,
-                   "update salve db info fail, node id[%s].", clusterDBInfo.GetNodeId().c_str());
+        LogFailure(OPERATION_UPDATE_MASTER, ORVA_FAIL, "update salve db info fail, node id[%s].",
+                   clusterDBInfo.GetNodeId().c_str());
         return false;
     }
     m_masterDBInfo.SetNodeId(clusterDBInfo.GetNodeId());
@@ -312,22 +312,22 @@ bool CClusterDBZNodeInfo::UpdateMasterDBInfo(const CClusterDBInfo& clusterDBInfo
 
 int32_t CClusterDBVerZNodeInfo::ParseJson(const char* pszJson) {
     if (pszJson == nullptr) {
-        return LogNullPointer(HERE, OPERATION_NULL_JSON, ORVA_DATA_INVALID);
+        return LogNullPointer(OPERATION_NULL_JSON, ORVA_DATA_INVALID);
     }
     Json::Value root;
     if (!ParseJsonText(pszJson, root)) {
-        return LogFailure(HERE, OPERATION_VERSION, ORVA_DATA_INVALID, MESSAGE_PARSE_FAIL, pszJson);
+        return LogFailure(OPERATION_VERSION, ORVA_DATA_INVALID, MESSAGE_PARSE_FAIL, pszJson);
     }
     const Json::Value* pEntries = FindArray(root, PSZ_CLUSTER_CDB_VER_SET);
     if (pEntries == nullptr) {
-        return LogFailure(HERE, OPERATION_VERSION, ORVA_DATA_INVALID, MESSAGE_ILLEGAL, pszJson);
+        return LogFailure(OPERATION_VERSION, ORVA_DATA_INVALID, MESSAGE_ILLEGAL, pszJson);
     }
     for (const Json::Value& entryJson : *pEntries) {
         std::string strNodeCode;
         CenterDbVerInfo verInfo;
         if (!ReadMembers(entryJson, {{PSZ_CLUSTER_CDB_NODECODE, strNodeCode},
                                      {PSZ_CLUSTER_CDB_VER_VALUE, verInfo.m_cdbVer}})) {
-            return LogFailure(HERE, OPERATION_VERSION, ORVA_DATA_INVALID, MESSAGE_ILLEGAL, pszJson);
+            return LogFailure(OPERATION_VERSION, ORVA_DATA_INVALID, MESSAGE_ILLEGAL, pszJson);
         }
         m_cdbVerInfoMap.insert_or_assign(std::move(strNodeCode), std::move(verInfo));
     }
@@ -336,7 +336,7 @@ int32_t CClusterDBVerZNodeInfo::ParseJson(const char* pszJson) {
 
 int32_t CClusterDBVerZNodeInfo::ToJson(char* pszJson, uint32_t iMaxLen) {
     if (pszJson == nullptr) {
-        return LogNullPointer(HERE, OPERATION_NULL_JSON, ORVA_FAIL);
+        return LogNullPointer(OPERATION_NULL_JSON, ORVA_FAIL);
     }
     Json::Value root;
     Json::Value& entries = root[PSZ_CLUSTER_CDB_VER_SET];

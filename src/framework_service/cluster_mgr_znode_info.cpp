@@ -6,11 +6,13 @@
 
 #include "common_service/bounded_string.h"
 #include "internal/json_text.h"
-#include "internal/log.h"
+#include "internal/null_pointer.h"
 #include "internal/store.h"
 #include "internal/xml_text.h"
+#include "operation_log/operation_log.h"
 
 using namespace framework_internal;
+using namespace operation_log;
 
 namespace {
 
@@ -44,24 +46,22 @@ CClusterMGRZNodeInfo::CClusterMGRZNodeInfo(const CClusterMGRInfo& masterMGRInfo,
 
 int32_t CClusterMGRZNodeInfo::ParseJson(const char* pszJson) {
     if (pszJson == nullptr) {
-        return LogNullPointer(HERE, OPERATION_NULL_JSON, ORVA_DATA_INVALID);
+        return LogNullPointer(OPERATION_NULL_JSON, ORVA_DATA_INVALID);
     }
     Json::Value root;
     if (!ParseJsonText(pszJson, root)) {
-        return LogFailure(HERE, "cluster db znode info", ORVA_DATA_INVALID,
+        return LogFailure("cluster db znode info", ORVA_DATA_INVALID,
                           "parse json fail, json text[%s].", pszJson);
     }
     const Json::Value* pMaster = FindMember(root, PSZ_CLUSTER_MGR_MASTER);
     if (pMaster == nullptr || !pMaster->isObject()) {
-        return LogFailure(HERE, "ccluster db znode info", ORVA_DATA_INVALID, MESSAGE_ILLEGAL,
-                          pszJson);
+        return LogFailure("ccluster db znode info", ORVA_DATA_INVALID, MESSAGE_ILLEGAL, pszJson);
     }
     std::string strNodeId;
     std::string strNodeIp;
     if (!ReadMembers(*pMaster,
                      {{PSZ_CLUSTER_MGR_NODE, strNodeId}, {PSZ_CLUSTER_MGR_IP, strNodeIp}})) {
-        return LogFailure(HERE, "ccluster mgr znode info", ORVA_DATA_INVALID, MESSAGE_ILLEGAL,
-                          pszJson);
+        return LogFailure("ccluster mgr znode info", ORVA_DATA_INVALID, MESSAGE_ILLEGAL, pszJson);
     }
     m_masterMGRInfo.SetNodeId(strNodeId);
     m_masterMGRInfo.SetNodeIp(strNodeIp);
@@ -70,7 +70,7 @@ int32_t CClusterMGRZNodeInfo::ParseJson(const char* pszJson) {
 
 int32_t CClusterMGRZNodeInfo::ToJson(char* pszJson, uint32_t iMaxLen) {
     if (pszJson == nullptr) {
-        return LogNullPointer(HERE, OPERATION_NULL_JSON, ORVA_FAIL);
+        return LogNullPointer(OPERATION_NULL_JSON, ORVA_FAIL);
     }
     Json::Value root;
     Json::Value& master = root[PSZ_CLUSTER_MGR_MASTER];
@@ -86,17 +86,17 @@ int CClusterMGRZNodeInfo::ParseFromXml(PELU::CXml& xml) {
     unsigned int uiLen = 0;
     const char* pszXml = xml.GetXMLStream(uiLen);
     if (pszXml == nullptr) {
-        return LogNullPointer(HERE, "Point pszXml is null.", ORVA_DATA_INVALID);
+        return LogNullPointer("Point pszXml is null.", ORVA_DATA_INVALID);
     }
-    LogTrace(HERE, "init cluster message, parse xml message[%s].", pszXml);
+    LogTrace("init cluster message, parse xml message[%s].", pszXml);
     const char* pszNodeId = xml.GetElemValueEx(PSZ_XML_PATH_DOMAIN_MAIN);
     if (pszNodeId == nullptr) {
-        return LogNullPointer(HERE, "Point strNodeId is null.", ORVA_XML_INVALID);
+        return LogNullPointer("Point strNodeId is null.", ORVA_XML_INVALID);
     }
     const std::string strNodeId(pszNodeId);
     const char* pszNodeIp = xml.GetElemValueEx(PSZ_XML_PATH_FLOAT_IP);
     SetMasterMGRInfo(MakeMaster(strNodeId, pszNodeIp != nullptr ? pszNodeIp : ""));
-    LogTrace(HERE, "CClusterMGRZNodeInfo:NvrCode[%s], NodeIp[%s], MGRType[%d].",
+    LogTrace("CClusterMGRZNodeInfo:NvrCode[%s], NodeIp[%s], MGRType[%d].",
              m_masterMGRInfo.GetNodeId().c_str(),
              ORVA_DesensitizeIPAddress(m_masterMGRInfo.GetNodeIp()).c_str(),
              m_masterMGRInfo.GetMGRType());
@@ -114,9 +114,9 @@ int CClusterMGRZNodeInfo::DumpToXml(PELU::CXml& xml) {
     unsigned int uiLen = 0;
     const char* pszXml = xml.GetXMLStream(uiLen);
     if (pszXml == nullptr) {
-        return LogFailure(HERE, "Fail to get pcIpModifyXml", ORVA_FAIL, "");
+        return LogFailure("Fail to get pcIpModifyXml", ORVA_FAIL, "");
     }
-    LogTrace(HERE, "tarn. pcNodeInfoXml[%s]", pszXml);
+    LogTrace("tarn. pcNodeInfoXml[%s]", pszXml);
     return ORVA_SUCCEED;
 }
 
@@ -124,7 +124,7 @@ int CClusterMGRZNodeInfo::ParseFromZK(bool bNeedWatcher) {
     CClusterMGRZNodeInfo stored;
     bool bDataEmpty = true;
     if (ReadStore(STORE_NODE_MGR, EWatch{bNeedWatcher}, stored, bDataEmpty) != ORVA_SUCCEED) {
-        return LogFailure(HERE, "cmgr info, parse form zk", ORVA_FAIL,
+        return LogFailure("cmgr info, parse form zk", ORVA_FAIL,
                           "get center mgr info from zk fail.");
     }
     m_masterMGRInfo = std::move(stored.m_masterMGRInfo);
@@ -136,13 +136,13 @@ int CClusterMGRZNodeInfo::ParseFromZK(bool bNeedWatcher) {
 bool CClusterMGRZNodeInfo::GetStringFromJson(Json::Value jsonVal, const char* pcKeyStr, char* acVal,
                                              int iLen) {
     if (pcKeyStr == nullptr || acVal == nullptr) {
-        LogFailure(HERE, "pcKeyStr or acVal is NULL", ORVA_FAIL, "");
+        LogFailure("pcKeyStr or acVal is NULL", ORVA_FAIL, "");
         return false;
     }
     std::string strValue;
     if (!ReadMembers(jsonVal, {{pcKeyStr, strValue}})) {
-        LogLine(HERE, ORVALOG_WARNING, "Get stromg frome json",
-                "Get [%s] return other value, not string.\r\n", pcKeyStr);
+        LogWarning("Get stromg frome json", "Get [%s] return other value, not string.\r\n",
+                   pcKeyStr);
         return false;
     }
     if (iLen > 0) {
@@ -154,12 +154,11 @@ bool CClusterMGRZNodeInfo::GetStringFromJson(Json::Value jsonVal, const char* pc
 
 bool CClusterMGRZNodeInfo::GetIntFromJson(Json::Value jsonVal, const char* pcKeyStr, int* piVal) {
     if (pcKeyStr == nullptr || piVal == nullptr) {
-        LogFailure(HERE, "pcKeyStr or piVal is NULL", ORVA_FAIL, "");
+        LogFailure("pcKeyStr or piVal is NULL", ORVA_FAIL, "");
         return false;
     }
     if (!ReadMembers(jsonVal, {{pcKeyStr, *piVal}})) {
-        LogLine(HERE, ORVALOG_WARNING, "Get int frome json",
-                "Get [%s] return other value, not string.", pcKeyStr);
+        LogWarning("Get int frome json", "Get [%s] return other value, not string.", pcKeyStr);
         return false;
     }
     return true;

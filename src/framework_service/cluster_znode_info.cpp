@@ -6,9 +6,11 @@
 #include <utility>
 
 #include "internal/json_text.h"
-#include "internal/log.h"
+#include "internal/null_pointer.h"
+#include "operation_log/operation_log.h"
 
 using namespace framework_internal;
+using namespace operation_log;
 
 namespace {
 
@@ -86,8 +88,7 @@ int ParseNodeJson(const Json::Value& nodeJson, CNode& node) {
                                 {PSZ_NODE_STATUS, strStatus},
                                 {PSZ_NODE_DOMAIN_ROLE, iDomainRole}}) ||
         !ReadContainerTypes(nodeJson, node.m_containerList)) {
-        return LogFailure(HERE, OPERATION, ORVA_DATA_INVALID,
-                          "node id or node name is null or illegal.");
+        return LogFailure(OPERATION, ORVA_DATA_INVALID, "node id or node name is null or illegal.");
     }
     node.SetNodeId(strNodeId);
     node.SetNodeIp(strNodeIp);
@@ -110,18 +111,17 @@ CClusterZNodeInfo::CClusterZNodeInfo(const std::string& strClusterName,
 
 int32_t CClusterZNodeInfo::ParseJson(const char* pszJson) {
     if (pszJson == nullptr) {
-        return LogNullPointer(HERE, OPERATION_NULL_JSON, ORVA_DATA_INVALID);
+        return LogNullPointer(OPERATION_NULL_JSON, ORVA_DATA_INVALID);
     }
     Json::Value root;
     if (!ParseJsonText(pszJson, root)) {
-        return LogFailure(HERE, OPERATION, ORVA_DATA_INVALID, "parse json fail, json text[%s].",
-                          pszJson);
+        return LogFailure(OPERATION, ORVA_DATA_INVALID, "parse json fail, json text[%s].", pszJson);
     }
     CClusterZNodeInfo parsed;
     if (!ReadMembers(root, {{PSZ_CLUSTER_REMARK, parsed.m_strClusterRemark},
                             {PSZ_CLUSTER_NAME, parsed.m_strClusterName},
                             {PSZ_CLUSTER_CODE, parsed.m_strClusterCode}})) {
-        return LogFailure(HERE, OPERATION, ORVA_DATA_INVALID,
+        return LogFailure(OPERATION, ORVA_DATA_INVALID,
                           "cluster id or name is null or illegal, json text[%s].", pszJson);
     }
     ReadMembers(root, {{PSZ_CLUSTER_FORWARD_TYPE, parsed.m_iClusterForwardType}});
@@ -130,7 +130,7 @@ int32_t CClusterZNodeInfo::ParseJson(const char* pszJson) {
         CNode node;
         for (const Json::Value& nodeJson : *pNodes) {
             if (ParseNodeJson(nodeJson, node) != ORVA_SUCCEED) {
-                return LogFailure(HERE, OPERATION, ORVA_DATA_INVALID,
+                return LogFailure(OPERATION, ORVA_DATA_INVALID,
                                   "parse node json fail, json text[%s].", pszJson);
             }
             parsed.m_nodeList.push_back(node);
@@ -142,10 +142,10 @@ int32_t CClusterZNodeInfo::ParseJson(const char* pszJson) {
 
 int32_t CClusterZNodeInfo::ToJson(char* pszJson, uint32_t iMaxLen) {
     if (pszJson == nullptr) {
-        return LogNullPointer(HERE, OPERATION_NULL_JSON, ORVA_FAIL);
+        return LogNullPointer(OPERATION_NULL_JSON, ORVA_FAIL);
     }
     if (iMaxLen == 0) {
-        return LogFailure(HERE, OPERATION, ORVA_DATA_INVALID, "to json fail, illegal length.");
+        return LogFailure(OPERATION, ORVA_DATA_INVALID, "to json fail, illegal length.");
     }
     Json::Value root;
     root[PSZ_CLUSTER_NAME] = m_strClusterName;

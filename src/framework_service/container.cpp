@@ -11,12 +11,13 @@
 #include "common_service/tool_help.h"
 #include "framework_service/cluster_cloud_storage_znode_info.h"
 #include "internal/key_values.h"
-#include "internal/log.h"
 #include "internal/sample_buffer.h"
 #include "internal/store.h"
 #include "internal/wrap.h"
+#include "operation_log/operation_log.h"
 
 using namespace framework_internal;
+using namespace operation_log;
 
 bool CompareTaskByDisk(const CResourceTask& t1, const CResourceTask& t2) {
     return t1.GetDisk() < t2.GetDisk();
@@ -108,7 +109,7 @@ bool CContainer::IsReportStatusOutTime(int iTimeOut) {
     if (tDifference <= iTimeOut) {
         return false;
     }
-    LogInfo(HERE, "", "containerType=%s nodeId=%s report timeout,diff time=%ld",
+    LogInfo("", "containerType=%s nodeId=%s report timeout,diff time=%ld",
             m_strContainerType.c_str(), m_strNodeId.c_str(), tDifference);
     return true;
 }
@@ -131,7 +132,7 @@ void CContainer::GetProcessState(std::map<std::string, int>& processTable) const
 bool CContainer::IsProcessRunning() const {
     for (const auto& [strProcess, iState] : *m_processTable) {
         if (iState != PROCESS_STATE_RUNNING) {
-            LogInfo(HERE, "", "containerType=%s nodeId=%s process=%s stopped.",
+            LogInfo("", "containerType=%s nodeId=%s process=%s stopped.",
                     m_strContainerType.c_str(), m_strNodeId.c_str(), strProcess.c_str());
             return false;
         }
@@ -162,7 +163,7 @@ int CContainer::SetIntValueByKey(const std::string& strKey, int iValue) {
 }
 
 int CContainer::GetValueByKey(const std::string& strKey, std::string& strValue) const {
-    return ReadKey(HERE, "Container, get value by key", "can not find, key[%s], value[%s]",
+    return ReadKey("Container, get value by key", "can not find, key[%s], value[%s]",
                    *m_privateInfo, strKey, strValue);
 }
 
@@ -176,7 +177,7 @@ int CContainer::GetIntValueByKey(const std::string& strKey, int& iValue) const {
 }
 
 int CContainer::GetFloatValueByKey(const std::string& strKey, float& fValue) const {
-    return ReadKey(HERE, "Container, get float value by key", "can not find, key[%s], value[%f]",
+    return ReadKey("Container, get float value by key", "can not find, key[%s], value[%f]",
                    *m_floatPrivateInfo, strKey, fValue);
 }
 
@@ -260,7 +261,7 @@ int CContainer::AddTask(const CResourceTask& resTask) {
 int CContainer::DelTask(const CResourceTask& resTask) {
     const auto isWanted = HasId(resTask.GetTaskId());
     if (FindTask(*m_taskTable, isWanted) == m_taskTable->end()) {
-        return LogFailure(HERE, "container remove task by id", ORVA_FAIL, "connot find task[%s].",
+        return LogFailure("container remove task by id", ORVA_FAIL, "connot find task[%s].",
                           resTask.GetTaskId().c_str());
     }
     std::list<CResourceTask>& taskTable = m_taskTable.Edit();
@@ -306,7 +307,7 @@ void CContainer::DelDiskToLastestResource(int32_t iDisk) {
     }
     const int32_t iNewest = NewestDisk();
     if (iDisk > iNewest) {
-        LogFailure(HERE, "container del disk", ORVA_FAIL,
+        LogFailure("container del disk", ORVA_FAIL,
                    "disk param[%d] larger than container disk[%d].", iDisk, iNewest);
     }
     SetNewestDisk(iDisk > iNewest ? 0 : WrapSub(iNewest, iDisk));
@@ -326,7 +327,7 @@ void CContainer::SortTaskTableByPrivateFunc(TaskCompareFunc pFunc) {
 
 int CContainer::GetFirstTask(CResourceTask& resTask) const {
     if (m_taskTable->empty()) {
-        return LogFailure(HERE, "container get first task", ORVA_FAIL, "container have no task.");
+        return LogFailure("container get first task", ORVA_FAIL, "container have no task.");
     }
     resTask = m_taskTable->front();
     return ORVA_SUCCEED;
@@ -335,7 +336,7 @@ int CContainer::GetFirstTask(CResourceTask& resTask) const {
 int CContainer::GetSingleTaskById(const std::string& taskId, CResourceTask& resTask) const {
     const auto it = FindTask(*m_taskTable, HasId(taskId));
     if (it == m_taskTable->end()) {
-        return LogFailure(HERE, "container get single task by id", ORVA_FAIL,
+        return LogFailure("container get single task by id", ORVA_FAIL,
                           "container don't have this task.");
     }
     resTask = *it;
@@ -364,7 +365,7 @@ int CContainer::GetFirstScheduleableTask(CResourceTask& resTask, bool bCnt, bool
     };
     const auto it = FindTask(*m_taskTable, isScheduleable);
     if (it == m_taskTable->end()) {
-        return LogFailure(HERE, "container get first scheduleable task", ORVA_FAIL,
+        return LogFailure("container get first scheduleable task", ORVA_FAIL,
                           "container have no scheduleable task.");
     }
     resTask = *it;
@@ -375,15 +376,15 @@ void CContainer::CalcCloudStorageInfo(int iMsgType) {
     for (const CResourceTask& task : *m_taskTable) {
         if (iMsgType != ALLOC_CLOUD_STORAGE_NOTIFY_RSP) {
             ReadCloudStorageFigures(task);
-            LogTrace(HERE,
-                     "CContainer:m_iReqStorage:%d,m_iBitRate:%d,m_iReqPicStorage:%d,"
-                     "m_bUpdateFlag:%d.",
-                     m_cloudStorage->iReqStorage, m_cloudStorage->iBitRate,
-                     m_cloudStorage->iReqPicStorage, m_cloudStorage->bUpdateFlag);
+            LogTrace(
+                "CContainer:m_iReqStorage:%d,m_iBitRate:%d,m_iReqPicStorage:%d,"
+                "m_bUpdateFlag:%d.",
+                m_cloudStorage->iReqStorage, m_cloudStorage->iBitRate,
+                m_cloudStorage->iReqPicStorage, m_cloudStorage->bUpdateFlag);
         }
         m_cloudStorage.Edit().allocInfoList = task.m_allocInfoList;
         for (const ORVA_CLOUD_STORAGE_ALLOC_INFO& allocInfo : *task.m_allocInfoList) {
-            LogTrace(HERE, "CContainer:CloudStorageCode:%s,AllocStorage:%d.",
+            LogTrace("CContainer:CloudStorageCode:%s,AllocStorage:%d.",
                      allocInfo.cloudStorageCode.c_str(), allocInfo.allocStorage);
         }
     }
@@ -422,7 +423,7 @@ void CContainer::SaveCloudStorageReportInfoToZK() {
     bool bDataEmpty = true;
     const int iRead = ReadStore(STORE_NODE_CLOUD_STORAGE, EWatch::NO, document, bDataEmpty);
     if (iRead != ORVA_SUCCEED && !bDataEmpty) {
-        LogFailure(HERE, "GetDataFromZK", iRead,
+        LogFailure("GetDataFromZK", iRead,
                    "get cloud storage info from zk fail. nodeId: %s  cType: %s",
                    m_strNodeId.c_str(), m_strContainerType.c_str());
     }
@@ -433,12 +434,12 @@ void CContainer::SaveCloudStorageReportInfoToZK() {
     info.iReqPicStorage = m_cloudStorage->iReqPicStorage;
     info.iLowPriorityBitRate = m_cloudStorage->iBitRate;
     info.allocInfo = *m_cloudStorage->allocInfoList;
-    LogInfo(HERE, "save cloud storage report info to zk", "alloc info list=%d",
+    LogInfo("save cloud storage report info to zk", "alloc info list=%d",
             static_cast<int>(info.allocInfo.size()));
     document.SetCloudStorageInfo(m_strNodeId, info);
     const int iWritten = WriteStore(STORE_NODE_CLOUD_STORAGE, document);
     if (iWritten != ORVA_SUCCEED) {
-        LogFailure(HERE, "init cluster session, on successful response", iWritten,
+        LogFailure("init cluster session, on successful response", iWritten,
                    "set cloud storage info to zk fail.");
     }
 }

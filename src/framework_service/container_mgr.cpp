@@ -4,11 +4,12 @@
 #include <utility>
 
 #include "common_service/tarn_def.h"
-#include "internal/log.h"
 #include "internal/registry.h"
 #include "internal/wrap.h"
+#include "operation_log/operation_log.h"
 
 using namespace framework_internal;
+using namespace operation_log;
 
 CContainerMgr CContainerMgr::m_Instance;
 
@@ -18,10 +19,10 @@ constexpr char MESSAGE_CODE[] = "find container failed, code[%s:%s]";
 constexpr char MESSAGE_CONTAINER_ID[] = "find container failed, node id=%s container id=%s";
 constexpr char MESSAGE_CONTAINER_TYPE[] = "find container failed, node id=%s container type=%s";
 
-void ReportUnknown(const SourcePlace& place, ELookup eLookup, const char* pszOperation, int iCode,
-                   const char* pszMessage, const CContainerAddr& containerAddr) {
+void ReportUnknown(ELookup eLookup, const CPlacedText& operation, int iCode, const char* pszMessage,
+                   const CContainerAddr& containerAddr) {
     if (eLookup == ELookup::UNKNOWN) {
-        LogFailure(place, pszOperation, iCode, pszMessage, containerAddr.GetNodeId().c_str(),
+        LogFailure(operation, iCode, pszMessage, containerAddr.GetNodeId().c_str(),
                    containerAddr.GetContainerType().c_str());
     }
 }
@@ -55,12 +56,11 @@ constexpr Selection PIC_HIGH_SPEED{"get pic high speed nvr code", "m_PicHighSpee
 
 /// Drops the entries that are out of date, and in silence those without any or with impossible
 /// bandwidth.
-void CleanHighSpeedList(const SourcePlace& place, const char* pszOperation,
-                        std::list<HighSpeedDownLoadInfo>& infoList) {
+void CleanHighSpeedList(const CPlacedText& operation, std::list<HighSpeedDownLoadInfo>& infoList) {
     const time_t tNow = time(nullptr);
     infoList.remove_if([&](const HighSpeedDownLoadInfo& info) {
         if (tNow - info.tUpdateTime > NUMERIC_HIGH_SPEED_EXPIRY) {
-            LogFailure(place, pszOperation, ORVA_FAIL,
+            LogFailure(operation, ORVA_FAIL,
                        "nvrCode:%s expire,expire time:%d,currentTime:%ld,updateTime:%ld",
                        info.strNvrCode.c_str(), static_cast<int>(NUMERIC_HIGH_SPEED_EXPIRY), tNow,
                        info.tUpdateTime);
@@ -71,32 +71,31 @@ void CleanHighSpeedList(const SourcePlace& place, const char* pszOperation,
 }
 
 /// A selection from one list; bFilled follows the list and is asked before the lock is taken.
-int SelectHighSpeedNvr(const SourcePlace& place, const Selection& selection,
-                       HALD_Recursive_Thread_Mutex& mutex, std::atomic<bool>& bFilled,
-                       std::list<HighSpeedDownLoadInfo>& infoList, std::string& strNvrCode,
-                       int32_t iBitRate) {
+int SelectHighSpeedNvr(const Selection& selection, HALD_Recursive_Thread_Mutex& mutex,
+                       std::atomic<bool>& bFilled, std::list<HighSpeedDownLoadInfo>& infoList,
+                       std::string& strNvrCode, int32_t iBitRate, CPlace place = CPlace::Here()) {
+    const CPlacedText operation(selection.pszOperation, place);
     if (!bFilled) {
-        return LogFailure(place, selection.pszOperation, ORVA_FAIL, selection.pszEmptyOnEntry);
+        return LogFailure(operation, ORVA_FAIL, selection.pszEmptyOnEntry);
     }
     const MutexGuard guard(mutex);
     if (!guard.locked()) {
         return ORVA_FAIL;
     }
-    CleanHighSpeedList(place, selection.pszOperation, infoList);
+    CleanHighSpeedList(operation, infoList);
     bFilled = !infoList.empty();
     if (infoList.empty()) {
-        return LogFailure(place, selection.pszOperation, ORVA_FAIL,
-                          selection.pszEmptyAfterCleaning);
+        return LogFailure(operation, ORVA_FAIL, selection.pszEmptyAfterCleaning);
     }
     infoList.sort(SortHighSpeedInfo);
     HighSpeedDownLoadInfo& head = infoList.front();
     const auto iNeed = static_cast<int32_t>(static_cast<uint32_t>(iBitRate) << 4);
     if (iNeed >= head.uiFreeBrandwidth) {
-        return LogFailure(place, selection.pszOperation, ORVA_FAIL, "fail");
+        return LogFailure(operation, ORVA_FAIL, "fail");
     }
     head.uiFreeBrandwidth = WrapSub(head.uiFreeBrandwidth, iNeed);
     strNvrCode = head.strNvrCode;
-    LogInfo(place, selection.pszFound,
+    LogInfo({selection.pszFound, place},
             "strNvrCode:%s,TotalBrandwidth:%u,UsedBrandwidth:%u,FreeBrandwidth:%u",
             strNvrCode.c_str(), head.uiTotalBrandwidth, head.uiUsedBrandwidth,
             head.uiFreeBrandwidth);
@@ -178,18 +177,18 @@ int32_t CContainerMgr::RemoveContainer(const CContainerAddr& containerAddr) {
 }
 
 void CContainerMgr::SetContainerOnline(const CContainerAddr& containerAddr, bool bOnline) {
-    const SourcePlace place = HERE;
+    const CPlace place = CPlace::Here();
     const ELookup eLookup =
         ChangeEntry(m_mutex, m_containerTable, containerAddr, [&](CContainer& container) {
             container.SetOnline(bOnline);
             if (bOnline) {
                 container.SetFaultShift(false);
             } else {
-                LogInfo(place, "", "containerType=%s nodeId=%s set container offline",
+                LogInfo({"", place}, "containerType=%s nodeId=%s set container offline",
                         container.GetContainerType().c_str(), container.GetNodeId().c_str());
             }
         });
-    ReportUnknown(place, eLookup, "set container online", ORVA_FAIL, MESSAGE_CODE, containerAddr);
+    ReportUnknown(eLookup, "set container online", ORVA_FAIL, MESSAGE_CODE, containerAddr);
 }
 
 bool CContainerMgr::IsContainerOnline(const CContainerAddr& containerAddr) {
@@ -205,7 +204,7 @@ void CContainerMgr::SetSystemResource(const CContainerAddr& containerAddr,
             container.SetTotalResource(totalSysRes);
             container.SetCurResource(curSysRes);
         });
-    ReportUnknown(HERE, eLookup, "Container mgr set system resource", ORVA_PARA_INVALID,
+    ReportUnknown(eLookup, "Container mgr set system resource", ORVA_PARA_INVALID,
                   MESSAGE_CONTAINER_ID, containerAddr);
 }
 
@@ -220,7 +219,7 @@ void CContainerMgr::SetProcessState(const CContainerAddr& containerAddr,
     const ELookup eLookup =
         ChangeEntry(m_mutex, m_containerTable, containerAddr,
                     [&](CContainer& container) { std::swap(container.m_processTable, table); });
-    ReportUnknown(HERE, eLookup, "Container mgr set process list", ORVA_PARA_INVALID,
+    ReportUnknown(eLookup, "Container mgr set process list", ORVA_PARA_INVALID,
                   MESSAGE_CONTAINER_ID, containerAddr);
 }
 
@@ -244,7 +243,7 @@ void CContainerMgr::SetResourceTask(const CContainerAddr& containerAddr, int iMs
             }
             container.TakeReport(report, iMsgType);
         });
-    ReportUnknown(HERE, eLookup, "Container mgr set resource task", ORVA_PARA_INVALID,
+    ReportUnknown(eLookup, "Container mgr set resource task", ORVA_PARA_INVALID,
                   MESSAGE_CONTAINER_TYPE, containerAddr);
 }
 
@@ -253,7 +252,7 @@ void CContainerMgr::GetResTaskList(const CContainerAddr& containerAddr,
     const ELookup eLookup =
         ReadEntry(m_mutex, m_containerTable, containerAddr,
                   [&](const CContainer& container) { container.GetResoureTask(resTaskList); });
-    ReportUnknown(HERE, eLookup, "Container mgr get resource task", ORVA_PARA_INVALID,
+    ReportUnknown(eLookup, "Container mgr get resource task", ORVA_PARA_INVALID,
                   MESSAGE_CONTAINER_ID, containerAddr);
 }
 
@@ -263,7 +262,7 @@ void CContainerMgr::RemoveResourceTask(const CContainerAddr& containerAddr,
     const ELookup eLookup =
         ChangeEntry(m_mutex, m_containerTable, containerAddr,
                     [&](CContainer& container) { container.TakeOutTasks(taskIdList, removed); });
-    ReportUnknown(HERE, eLookup, "Container mgr remove resource task", ORVA_PARA_INVALID,
+    ReportUnknown(eLookup, "Container mgr remove resource task", ORVA_PARA_INVALID,
                   MESSAGE_CONTAINER_ID, containerAddr);
 }
 
@@ -275,7 +274,7 @@ void CContainerMgr::AddResourceTask(const CContainerAddr& containerAddr,
             container.TakeTasks(tasks);
             container.SetOnline(true);
         });
-    ReportUnknown(HERE, eLookup, "Container mgr add resource task", ORVA_PARA_INVALID,
+    ReportUnknown(eLookup, "Container mgr add resource task", ORVA_PARA_INVALID,
                   MESSAGE_CONTAINER_ID, containerAddr);
 }
 
@@ -289,7 +288,7 @@ void CContainerMgr::SaveDataToZK(const CContainerAddr& containerAddr) {
     // A copy is saved: what the store calls back on this thread may change the table.
     const ELookup eLookup = ReadEntry(m_mutex, m_containerTable, containerAddr,
                                       [](CContainer container) { container.SaveDataToZK(); });
-    ReportUnknown(HERE, eLookup, "Container mgr set data to zk", ORVA_PARA_INVALID,
+    ReportUnknown(eLookup, "Container mgr set data to zk", ORVA_PARA_INVALID,
                   MESSAGE_CONTAINER_TYPE, containerAddr);
 }
 
@@ -297,7 +296,7 @@ void CContainerMgr::SetContainerFaultShift(const CContainerAddr& containerAddr, 
     const ELookup eLookup =
         ChangeEntry(m_mutex, m_containerTable, containerAddr,
                     [&](CContainer& container) { container.SetFaultShift(bFaultShift); });
-    ReportUnknown(HERE, eLookup, "Container mgr set container fault shift", ORVA_PARA_INVALID,
+    ReportUnknown(eLookup, "Container mgr set container fault shift", ORVA_PARA_INVALID,
                   MESSAGE_CONTAINER_ID, containerAddr);
 }
 
@@ -307,16 +306,16 @@ bool CContainerMgr::IsContainerSupportFaultShift(const CContainerAddr& container
 
 void CContainerMgr::SetContainerDoingFaultShift(const CContainerAddr& containerAddr,
                                                 bool isDoingFaultShift) {
-    const SourcePlace place = HERE;
+    const CPlace place = CPlace::Here();
     constexpr char OPERATION[] = "set container Doing Fault Shift";
     const ELookup eLookup =
         ChangeEntry(m_mutex, m_containerTable, containerAddr, [&](CContainer& container) {
             container.SetFaultStatus(isDoingFaultShift);
-            LogInfo(place, OPERATION, "container code[%s:%s], Doing Fault Shit[%d].",
+            LogInfo({OPERATION, place}, "container code[%s:%s], Doing Fault Shit[%d].",
                     container.GetNodeId().c_str(), container.GetContainerType().c_str(),
                     isDoingFaultShift);
         });
-    ReportUnknown(place, eLookup, OPERATION, ORVA_FAIL, MESSAGE_CODE, containerAddr);
+    ReportUnknown(eLookup, OPERATION, ORVA_FAIL, MESSAGE_CODE, containerAddr);
 }
 
 bool CContainerMgr::IsContainerDoingFaultShift(const CContainerAddr& containerAddr) {
@@ -352,7 +351,7 @@ void CContainerMgr::UpdateHighSpeedNvrInfo(const std::string& strNvrCode, int32_
                                            int32_t uiUsedBrandwidth, int32_t MUStatus,
                                            int32_t IMGUStatus, int32_t SCUStatus) {
     if (strNvrCode.empty() || uiUsedBrandwidth > uiTotalBrandwidth) {
-        LogFailure(HERE, OPERATION_UPDATE_HIGH_SPEED, ORVA_PARA_INVALID,
+        LogFailure(OPERATION_UPDATE_HIGH_SPEED, ORVA_PARA_INVALID,
                    "nvrCode:%s,TotalBrandwidth:%u,UsedBrandwidth:%u", strNvrCode.c_str(),
                    uiTotalBrandwidth, uiUsedBrandwidth);
         return;
@@ -366,7 +365,7 @@ void CContainerMgr::UpdateHighSpeedNvrInfo(const std::string& strNvrCode, int32_
     }
     UpdateHighSpeedInfoList(strNvrCode, uiTotalBrandwidth, uiUsedBrandwidth, m_HighSpeedInfoList);
     m_bHighSpeed = true;
-    LogInfo(HERE, OPERATION_UPDATE_HIGH_SPEED,
+    LogInfo(OPERATION_UPDATE_HIGH_SPEED,
             "update MU nvrcode:%s,TotalBrandwidth:%u,UsedBrandwidth:%u", strNvrCode.c_str(),
             uiTotalBrandwidth, uiUsedBrandwidth);
     if (IMGUStatus != ORVA_STATUS_RUN) {
@@ -379,7 +378,7 @@ void CContainerMgr::UpdateHighSpeedNvrInfo(const std::string& strNvrCode, int32_
     UpdateHighSpeedInfoList(strNvrCode, uiTotalBrandwidth, uiUsedBrandwidth,
                             m_PicHighSpeedInfoList);
     m_bPicHighSpeed = true;
-    LogInfo(HERE, OPERATION_UPDATE_HIGH_SPEED,
+    LogInfo(OPERATION_UPDATE_HIGH_SPEED,
             "update IMGU nvrcode:%s,TotalBrandwidth:%u,UsedBrandwidth:%u", strNvrCode.c_str(),
             uiTotalBrandwidth, uiUsedBrandwidth);
 }
@@ -391,7 +390,7 @@ void CContainerMgr::UpdateHighSpeedInfoList(const std::string& strNvrCode,
         HighSpeedInfoList.begin(), HighSpeedInfoList.end(),
         [&](const HighSpeedDownLoadInfo& info) { return info.strNvrCode == strNvrCode; });
     if (it == HighSpeedInfoList.end()) {
-        LogInfo(HERE, "UpdateHighSpeedInfoList", "first update nvrcode:%s", strNvrCode.c_str());
+        LogInfo("UpdateHighSpeedInfoList", "first update nvrcode:%s", strNvrCode.c_str());
         it = HighSpeedInfoList.emplace(HighSpeedInfoList.begin());
         it->strNvrCode = strNvrCode;
     }
@@ -402,12 +401,12 @@ void CContainerMgr::UpdateHighSpeedInfoList(const std::string& strNvrCode,
 }
 
 int CContainerMgr::GetHighSpeedNvrCode(std::string& strNvrCode, int32_t BitRate) {
-    return SelectHighSpeedNvr(HERE, HIGH_SPEED, m_HighSpeedMutex, m_bHighSpeed, m_HighSpeedInfoList,
+    return SelectHighSpeedNvr(HIGH_SPEED, m_HighSpeedMutex, m_bHighSpeed, m_HighSpeedInfoList,
                               strNvrCode, BitRate);
 }
 
 int CContainerMgr::GetPicHighSpeedNvrCode(std::string& strNvrCode, int32_t BitRate) {
-    return SelectHighSpeedNvr(HERE, PIC_HIGH_SPEED, m_PicHighSpeedMutex, m_bPicHighSpeed,
+    return SelectHighSpeedNvr(PIC_HIGH_SPEED, m_PicHighSpeedMutex, m_bPicHighSpeed,
                               m_PicHighSpeedInfoList, strNvrCode, BitRate);
 }
 

@@ -15,13 +15,14 @@
 #include "framework_service/container_mgr.h"
 #include "framework_service/node_mgr.h"
 #include "framework_service/plugin_mgr.h"
-#include "internal/log.h"
 #include "internal/node_containers.h"
 #include "internal/registry.h"
 #include "internal/store.h"
 #include "internal/wrap.h"
+#include "operation_log/operation_log.h"
 
 using namespace framework_internal;
+using namespace operation_log;
 
 CFrameworkCommon CFrameworkCommon::m_instance;
 CFrameworkCGCommon CFrameworkCGCommon::m_instance;
@@ -31,18 +32,20 @@ namespace {
 constexpr char OPERATION_INIT[] = "init framework";
 constexpr char OPERATION_INIT_CONTAINER_MGR[] = "framework common, init container mgr";
 constexpr char OPERATION_REMOVE_FROM_CACHE[] = "framework common, Remove node container from cache";
+constexpr char GEN_CONTAINER_TABLE[] = "GenContainerTable";
+constexpr char LOAD_CONTAINER_INFO[] = "LoadContainerInfo";
 constexpr char OPERATION_ADD_CG[] = "add cluster cg info";
 constexpr char MESSAGE_NODE_HAS_BEEN_CG[] = "node has been cg, node[%s].";
 constexpr char MESSAGE_FLOAT_IP_EXIST[] = "float ip is exist, float ip[%s].";
 
 /// What a failed read of a document at start means: nothing to read is a success.
-int JudgeFailedRead(const SourcePlace& place, int iCode, bool bDataEmpty,
-                    const char* pszEmptyMessage, const char* pszFailMessage) {
+int JudgeFailedRead(int iCode, bool bDataEmpty, const char* pszEmptyMessage,
+                    const char* pszFailMessage, CPlace place = CPlace::Here()) {
     if (bDataEmpty) {
-        LogInfo(place, OPERATION_INIT, pszEmptyMessage);
+        LogInfo({OPERATION_INIT, place}, pszEmptyMessage);
         return ORVA_SUCCEED;
     }
-    return LogFailure(place, OPERATION_INIT, iCode, pszFailMessage);
+    return LogFailure({OPERATION_INIT, place}, iCode, pszFailMessage);
 }
 
 /// The node list without what the registries have dropped: the first entry of the node when it has
@@ -65,10 +68,10 @@ void DropFromNodeList(std::list<CNode>& nodeList, const std::string& strNodeId,
 }
 
 /// Writes a CG list to the store. Returns 0 or, logged, the store's code.
-int WriteCGList(const SourcePlace& place, const char* pszOperation, CClusterCGInfoList& list) {
+int WriteCGList(const CPlacedText& operation, CClusterCGInfoList& list) {
     const int iRet = WriteStore(STORE_NODE_CG_LIST, list);
     if (iRet != ORVA_SUCCEED) {
-        LogFailure(place, pszOperation, iRet, "set cg data into zk fail.");
+        LogFailure(operation, iRet, "set cg data into zk fail.");
     }
     return iRet;
 }
@@ -110,11 +113,12 @@ template <typename Table>
 int LoadContainerInfo(const std::string& strNodeId, const std::string& strType,
                       Table& containerTable) {
     const bool bSupportFaultShift = CPluginMgr::Instance().IsContainerSupportFaultShift(strType);
-    LogInfo(HERE, "load Container info", "node=%s container type=%s ", strNodeId.c_str(),
-            strType.c_str());
+    LogInfo({"load Container info", CPlace::Of(LOAD_CONTAINER_INFO)}, "node=%s container type=%s ",
+            strNodeId.c_str(), strType.c_str());
     CContainer* const pContainer = InsertNew(containerTable, CContainerAddr(strNodeId, strType));
     if (pContainer == nullptr) {
-        return LogFailure(HERE, "load container info", ORVA_FAIL, "insert map failed");
+        return LogFailure({"load container info", CPlace::Of(LOAD_CONTAINER_INFO)}, ORVA_FAIL,
+                          "insert map failed");
     }
     pContainer->SetNodeId(strNodeId);
     pContainer->SetContainerType(strType);
@@ -125,12 +129,12 @@ int LoadContainerInfo(const std::string& strNodeId, const std::string& strType,
 }  // namespace
 
 int CFrameworkCommon::InitClusterConfigFromZK() {
-    LogInfo(HERE, "init cluster config from zk", "");
+    LogInfo("init cluster config from zk", "");
     CClusterConfigZNodeInfo document;
     bool bDataEmpty = false;
     const int iRet = ReadStore(STORE_NODE_CLUSTER_CONFIG, EWatch::NO, document, bDataEmpty);
     if (iRet != ORVA_SUCCEED) {
-        return JudgeFailedRead(HERE, iRet, bDataEmpty,
+        return JudgeFailedRead(iRet, bDataEmpty,
                                "cluster config info is empty, not need to init framework.",
                                "get cloud storage info from cluster node fail.");
     }
@@ -145,12 +149,12 @@ int CFrameworkCommon::InitClusterConfigFromZK() {
 }
 
 int CFrameworkCommon::InitNodeAndContainerFromZK() {
-    LogInfo(HERE, "init node and container from zk", "");
+    LogInfo("init node and container from zk", "");
     CClusterZNodeInfo cluster;
     bool bDataEmpty = false;
     int iRet = ReadStore(STORE_NODE_CLUSTER, EWatch::NO, cluster, bDataEmpty);
     if (iRet != ORVA_SUCCEED) {
-        return JudgeFailedRead(HERE, iRet, bDataEmpty,
+        return JudgeFailedRead(iRet, bDataEmpty,
                                "cluster node is empty, not need to init framework.",
                                "get data from cluster node fail.");
     }
@@ -159,13 +163,13 @@ int CFrameworkCommon::InitNodeAndContainerFromZK() {
                          CNodeMgr::Instance().Snapshot().value_or(CNodeMgr::CNodeTable()));
     iRet = InitNodeAndContainer(cluster.m_nodeList);
     if (iRet != ORVA_SUCCEED) {
-        return LogFailure(HERE, "framework common, InitNodeAndContainerFromZK", iRet,
+        return LogFailure("framework common, InitNodeAndContainerFromZK", iRet,
                           "init node Container fail.");
     }
     CClusterCloudStorageZNodeInfo cloudStorage;
     iRet = ReadStore(STORE_NODE_CLOUD_STORAGE, EWatch::NO, cloudStorage, bDataEmpty);
     if (iRet != ORVA_SUCCEED) {
-        return JudgeFailedRead(HERE, iRet, bDataEmpty,
+        return JudgeFailedRead(iRet, bDataEmpty,
                                "cloud storage info is empty, not need to init framework.",
                                "get cloud storage info from cluster node fail.");
     }
@@ -175,10 +179,10 @@ int CFrameworkCommon::InitNodeAndContainerFromZK() {
 int CFrameworkCommon::InitNodeAndContainer(const std::list<CNode>& nodeList) {
     constexpr char OPERATION[] = "framework common, init node and contiaer";
     if (const int iRet = InitNodeMgr(nodeList); iRet != ORVA_SUCCEED) {
-        return LogFailure(HERE, OPERATION, iRet, "init node manager fail.");
+        return LogFailure(OPERATION, iRet, "init node manager fail.");
     }
     if (const int iRet = InitContainerMgr(nodeList); iRet != ORVA_SUCCEED) {
-        return LogFailure(HERE, OPERATION, iRet, "init contianer manager fail.");
+        return LogFailure(OPERATION, iRet, "init contianer manager fail.");
     }
     return ORVA_SUCCEED;
 }
@@ -191,7 +195,7 @@ int CFrameworkCommon::InitNodeMgr(const std::list<CNode>& nodeList) {
 int CFrameworkCommon::InitContainerMgr(const std::list<CNode>& nodeList) {
     CContainerMgr::CContainerTable containerTable;
     if (const int iRet = GenContainerTable(nodeList, containerTable); iRet != ORVA_SUCCEED) {
-        return LogFailure(HERE, OPERATION_INIT_CONTAINER_MGR, iRet, "gen container table fail.");
+        return LogFailure(OPERATION_INIT_CONTAINER_MGR, iRet, "gen container table fail.");
     }
     CContainerMgr::Instance().ReplaceTable(std::move(containerTable));
     return ORVA_SUCCEED;
@@ -206,15 +210,16 @@ template <typename Table>
 int CFrameworkCommon::GenContainerTable(const std::list<CNode>& nodeList, Table& containerTable) {
     for (const CNode& node : nodeList) {
         for (const std::string& strType : *node.m_containerList) {
-            LogInfo(HERE, "Gen Container Table", "node=%s container type=%s ",
-                    node.GetNodeId().c_str(), strType.c_str());
+            LogInfo({"Gen Container Table", CPlace::Of(GEN_CONTAINER_TABLE)},
+                    "node=%s container type=%s ", node.GetNodeId().c_str(), strType.c_str());
         }
     }
     for (const CNode& node : nodeList) {
         for (const std::string& strType : *node.m_containerList) {
             if (const int iRet = ::LoadContainerInfo(node.GetNodeId(), strType, containerTable);
                 iRet != ORVA_SUCCEED) {
-                return LogFailure(HERE, "init container mgr", iRet, "load container info fail.");
+                return LogFailure({"init container mgr", CPlace::Of(GEN_CONTAINER_TABLE)}, iRet,
+                                  "load container info fail.");
             }
         }
     }
@@ -257,7 +262,7 @@ void CFrameworkCommon::CloudStorageInfoToResTask(CloudStorageInfo&& CloudStorage
     privateInfo.emplace(PSZ_TASK_REQ_PIC_STORAGE, toText(CloudStorage.iReqPicStorage));
     privateInfo.emplace(PSZ_TASK_LOW_PRI_BIT_RATE, toText(CloudStorage.iLowPriorityBitRate));
     task.m_allocInfoList = std::move(CloudStorage.allocInfo);
-    LogInfo(HERE, "ORVA Cloud storage info to resTask",
+    LogInfo("ORVA Cloud storage info to resTask",
             "product[%s] service[%s] reqStorage[%d] reqPicStorage[%d] lowPri[%d]",
             CloudStorage.strProductType.c_str(), CloudStorage.strServiceType.c_str(),
             CloudStorage.iReqStorage, CloudStorage.iReqPicStorage,
@@ -275,7 +280,7 @@ int CFrameworkCommon::AddNodeAndContainer(const std::map<std::string, CNode>& no
     }
     ContainerMap containerMap;
     if (const int iRet = GenContainerTable(nodeList, containerMap); iRet != ORVA_SUCCEED) {
-        return LogFailure(HERE, OPERATION_INIT_CONTAINER_MGR, iRet, "gen container table fail.");
+        return LogFailure(OPERATION_INIT_CONTAINER_MGR, iRet, "gen container table fail.");
     }
     CContainerMgr::Instance().AddContainer(containerMap);
     return ORVA_SUCCEED;
@@ -286,9 +291,8 @@ int CFrameworkCommon::RemoveNodeContainer(const std::string& strNodeId,
                                           uint32_t& uiContainerNumLeft) {
     CContainerMgr::Instance().RemoveContainer(CContainerAddr(strNodeId, strContainerType));
     CNodeMgr::Instance().RemoveNodeContainer(strNodeId, strContainerType, uiContainerNumLeft);
-    LogInfo(HERE, OPERATION_REMOVE_FROM_CACHE,
-            "node id[%s], container id[%s], left container num[%d].", strNodeId.c_str(),
-            strContainerType.c_str(), uiContainerNumLeft);
+    LogInfo(OPERATION_REMOVE_FROM_CACHE, "node id[%s], container id[%s], left container num[%d].",
+            strNodeId.c_str(), strContainerType.c_str(), uiContainerNumLeft);
     return ORVA_SUCCEED;
 }
 
@@ -298,7 +302,7 @@ int CFrameworkCommon::RemoveNodeContainerAndFlush(const std::string& strNodeId,
     RemoveNodeContainer(strNodeId, strContainerType, uiContainerNumLeft);
     if (uiContainerNumLeft == 0) {
         CNodeMgr::Instance().RemoveNode(strNodeId);
-        LogInfo(HERE, OPERATION_REMOVE_FROM_CACHE, "node id[%s].", strNodeId.c_str());
+        LogInfo(OPERATION_REMOVE_FROM_CACHE, "node id[%s].", strNodeId.c_str());
     }
     CClusterZNodeInfo document;
     bool bDataEmpty = false;
@@ -311,10 +315,10 @@ int CFrameworkCommon::RemoveNodeContainerAndFlush(const std::string& strNodeId,
     DropFromNodeList(nodeList, strNodeId, strContainerType, uiContainerNumLeft);
     document.SetNodeList(nodeList);
     if (const int iRet = WriteStore(STORE_NODE_CLUSTER, document); iRet != ORVA_SUCCEED) {
-        LogFailure(HERE, "framework common, remove container and flush", iRet,
+        LogFailure("framework common, remove container and flush", iRet,
                    "set cluster info into ZK fail.");
     } else {
-        LogInfo(HERE, "framework common, remove container and flush from zk",
+        LogInfo("framework common, remove container and flush from zk",
                 "node id[%s], container id[%s], container num[%d] left.", strNodeId.c_str(),
                 strContainerType.c_str(), uiContainerNumLeft);
     }
@@ -356,7 +360,7 @@ void CFrameworkCommon::GetAvailableContainer(const std::string& strContainerType
         if (!pEntry->second.IsProcessRunning()) {
             continue;
         }
-        LogTrace(HERE, "orva plugin, available orva container, node id[%s].",
+        LogTrace("orva plugin, available orva container, node id[%s].",
                  pEntry->second.GetNodeId().c_str());
         available.emplace_hint(available.end(), *pEntry);
     }
@@ -375,7 +379,7 @@ int CFrameworkCommon::UpdateClusterCDB(const CClusterDBInfo& clusterDBInfo, bool
         return ORVA_SUCCEED;
     }
     if (const int iRet = WriteStore(STORE_NODE_CENTER_DB, m_clusterDBInfo); iRet != ORVA_SUCCEED) {
-        return LogFailure(HERE, "update cluster cdb", iRet, "set data to zookeeper fail.");
+        return LogFailure("update cluster cdb", iRet, "set data to zookeeper fail.");
     }
     return ORVA_SUCCEED;
 }
@@ -400,7 +404,7 @@ int CFrameworkCGCommon::SetClusterCGInfoList(CClusterCGInfoList& clusterCGInfoLi
     if (!guard.locked()) {
         return ORVA_FAIL;
     }
-    return WriteCGList(HERE, "set cluster cg list", clusterCGInfoList);
+    return WriteCGList("set cluster cg list", clusterCGInfoList);
 }
 
 int CFrameworkCGCommon::AddClusterCGInfo(const CClusterCGInfoList& clusterCGInfo) {
@@ -415,21 +419,20 @@ int CFrameworkCGCommon::AddClusterCGInfo(const CClusterCGInfoList& clusterCGInfo
     }
     for (const CClusterCGInfo& info : listNew) {
         if (m_clusterCGList.IsCGExist(info.GetFloatCode())) {
-            LogTrace(HERE, "cg already exists, no need to add, code[%s].",
-                     info.GetFloatCode().c_str());
+            LogTrace("cg already exists, no need to add, code[%s].", info.GetFloatCode().c_str());
             continue;
         }
         if (m_clusterCGList.IsNodeExist(info.GetNodeCode())) {
-            return LogFailure(HERE, OPERATION_ADD_CG, ORVA_TARN_NODE_HAS_BEEN_CG,
+            return LogFailure(OPERATION_ADD_CG, ORVA_TARN_NODE_HAS_BEEN_CG,
                               MESSAGE_NODE_HAS_BEEN_CG, info.GetNodeCode().c_str());
         }
         if (m_clusterCGList.IsFloatIPExist(info.GetFloatIp())) {
-            return LogFailure(HERE, OPERATION_ADD_CG, ORVA_TARN_FCG_IP_EXIST,
-                              MESSAGE_FLOAT_IP_EXIST, info.GetFloatIp().c_str());
+            return LogFailure(OPERATION_ADD_CG, ORVA_TARN_FCG_IP_EXIST, MESSAGE_FLOAT_IP_EXIST,
+                              info.GetFloatIp().c_str());
         }
         m_clusterCGList.AddClusterCGInfo(info);
     }
-    return WriteCGList(HERE, OPERATION_ADD_CG, m_clusterCGList);
+    return WriteCGList(OPERATION_ADD_CG, m_clusterCGList);
 }
 
 int CFrameworkCGCommon::AddSingleClusterCGInfo(const CClusterCGInfo& singleClusterCGInfo) {
@@ -442,28 +445,28 @@ int CFrameworkCGCommon::AddSingleClusterCGInfo(const CClusterCGInfo& singleClust
     const unsigned int uiNodeSize = CNodeMgr::Instance().GetSize();
     const unsigned int uiClusterCGSize = m_clusterCGList.GetSize();
     if (uiClusterCGSize + 1 > uiNodeSize >> 1) {
-        return LogFailure(HERE, OPERATION, ORVA_TARN_FCG_EXCEED_MAX,
+        return LogFailure(OPERATION, ORVA_TARN_FCG_EXCEED_MAX,
                           "exceed max cg num, current cg size[%d], node size[%d].", uiClusterCGSize,
                           uiNodeSize);
     }
     if (m_clusterCGList.IsNodeExist(info.GetNodeCode())) {
-        return LogFailure(HERE, OPERATION, ORVA_TARN_NODE_HAS_BEEN_CG, MESSAGE_NODE_HAS_BEEN_CG,
+        return LogFailure(OPERATION, ORVA_TARN_NODE_HAS_BEEN_CG, MESSAGE_NODE_HAS_BEEN_CG,
                           info.GetNodeCode().c_str());
     }
     if (!CNodeMgr::Instance().IsNodeExist(info.GetNodeCode())) {
-        return LogFailure(HERE, OPERATION, ORVA_TARN_CG_NODE_NOT_EXIST, "node not exist, node[%s].",
+        return LogFailure(OPERATION, ORVA_TARN_CG_NODE_NOT_EXIST, "node not exist, node[%s].",
                           info.GetNodeCode().c_str());
     }
     if (m_clusterCGList.IsCGExist(info.GetFloatCode())) {
-        return LogFailure(HERE, OPERATION, ORVA_TARN_FCG_CODE_EXIST, "cg is exist, cg[%s].",
+        return LogFailure(OPERATION, ORVA_TARN_FCG_CODE_EXIST, "cg is exist, cg[%s].",
                           info.GetFloatCode().c_str());
     }
     if (m_clusterCGList.IsFloatIPExist(info.GetFloatIp())) {
-        return LogFailure(HERE, OPERATION, ORVA_TARN_FCG_IP_EXIST, MESSAGE_FLOAT_IP_EXIST,
+        return LogFailure(OPERATION, ORVA_TARN_FCG_IP_EXIST, MESSAGE_FLOAT_IP_EXIST,
                           info.GetFloatIp().c_str());
     }
     m_clusterCGList.AddClusterCGInfo(info);
-    const int iRet = WriteCGList(HERE, OPERATION_ADD_CG, m_clusterCGList);
+    const int iRet = WriteCGList(OPERATION_ADD_CG, m_clusterCGList);
     if (iRet != ORVA_SUCCEED) {
         m_clusterCGList.RemoveClusterCG(info.GetFloatCode());
     }
@@ -477,16 +480,15 @@ int CFrameworkCGCommon::RemoveClusterCGInfo(const std::string& strFloatCGCode) {
         return ORVA_FAIL;
     }
     if (!m_clusterCGList.IsCGExist(strFloatCGCode)) {
-        LogInfo(HERE, OPERATION, "cluster cg code[%s] not exist.", strFloatCGCode.c_str());
+        LogInfo(OPERATION, "cluster cg code[%s] not exist.", strFloatCGCode.c_str());
         return ORVA_SUCCEED;
     }
     CClusterCGInfoList changed(m_clusterCGList);
     changed.RemoveClusterCG(strFloatCGCode);
-    if (const int iRet = WriteCGList(HERE, "remove cluster cg info", changed);
-        iRet != ORVA_SUCCEED) {
+    if (const int iRet = WriteCGList("remove cluster cg info", changed); iRet != ORVA_SUCCEED) {
         return iRet;
     }
-    LogInfo(HERE, OPERATION, "update cluster cg into zk and cache, cluster cg code[%s].",
+    LogInfo(OPERATION, "update cluster cg into zk and cache, cluster cg code[%s].",
             strFloatCGCode.c_str());
     m_clusterCGList = changed;
     return ORVA_SUCCEED;
@@ -498,7 +500,7 @@ int CFrameworkCGCommon::ReloadClusterCGInfoList() {
         return ORVA_FAIL;
     }
     if (const int iRet = m_clusterCGList.ParseFromZK(); iRet != ORVA_SUCCEED) {
-        return LogFailure(HERE, "reload cluster cg list", iRet, "load cg list from zk fail.");
+        return LogFailure("reload cluster cg list", iRet, "load cg list from zk fail.");
     }
     return ORVA_SUCCEED;
 }
@@ -518,8 +520,7 @@ int CFrameworkCGCommon::UpdateClusterCGInfoByFloatCode(const CClusterCGInfo& clu
     CClusterCGInfoList changed(m_clusterCGList);
     changed.RemoveClusterCG(clusterCGInfo.GetFloatCode());
     changed.AddClusterCGInfo(clusterCGInfo);
-    if (const int iRet = WriteCGList(HERE, "update cluster cg info", changed);
-        iRet != ORVA_SUCCEED) {
+    if (const int iRet = WriteCGList("update cluster cg info", changed); iRet != ORVA_SUCCEED) {
         return iRet;
     }
     m_clusterCGList = changed;

@@ -4,11 +4,12 @@
 #include <utility>
 
 #include "common_service/tarn_def.h"
-#include "internal/log.h"
 #include "internal/node_containers.h"
 #include "internal/registry.h"
+#include "operation_log/operation_log.h"
 
 using namespace framework_internal;
+using namespace operation_log;
 
 CNodeMgr CNodeMgr::m_Instance;
 
@@ -92,8 +93,8 @@ void CNodeMgr::SetSystemResource(const std::string& strNodeID, const CSystemReso
         node.SetCurResource(curSysRes);
     });
     if (eLookup == ELookup::UNKNOWN) {
-        LogFailure(HERE, "Node mgr set system resource", ORVA_FAIL,
-                   "can not find the node, node id=%s", strNodeID.c_str());
+        LogFailure("Node mgr set system resource", ORVA_FAIL, "can not find the node, node id=%s",
+                   strNodeID.c_str());
     }
 }
 

@@ -9,11 +9,12 @@
 #include "common_service/file_common.h"
 #include "common_service/memstat.h"
 #include "common_service/tarn_def.h"
-#include "internal/log.h"
 #include "internal/plugin_folder.h"
 #include "internal/process_life.h"
+#include "operation_log/operation_log.h"
 
 using namespace framework_internal;
+using namespace operation_log;
 
 CPluginMgr CPluginMgr::m_Instance;
 
@@ -69,13 +70,12 @@ constexpr Step STEPS[] = {
 
 /// The plug-in of the key; null, logged, when the table has none.
 template <typename Table, typename LogKey>
-IPlugin* FindPlugin(const SourcePlace& place, const char* pszOperation, const Table& table,
+IPlugin* FindPlugin(const CPlacedText& operation, const Table& table,
                     const typename Table::key_type& key, const char* pszMiss,
                     const char* pszNullRecord, LogKey logKey) {
     const auto it = table.find(key);
     if (it == table.end() || it->second == nullptr) {
-        LogFailure(place, pszOperation, ORVA_FAIL, it == table.end() ? pszMiss : pszNullRecord,
-                   logKey);
+        LogFailure(operation, ORVA_FAIL, it == table.end() ? pszMiss : pszNullRecord, logKey);
         return nullptr;
     }
     return it->second->GetPlugin();
@@ -99,11 +99,10 @@ int CPluginMgr::FindAllPlugin(std::list<std::string>& pluginList) {
     pluginList.clear();
     std::string strDir;
     if (const int iRet = GetPluginFolder(strDir); iRet != ORVA_SUCCEED) {
-        return LogFailure(HERE, OPERATION, iRet, "get lib dir failed.");
+        return LogFailure(OPERATION, iRet, "get lib dir failed.");
     }
     if (const int iRet = CFileCommon::GetDirFileList(strDir, pluginList); iRet != ORVA_SUCCEED) {
-        return LogFailure(HERE, OPERATION, iRet, "get file list from dir[%s] failed.",
-                          strDir.c_str());
+        return LogFailure(OPERATION, iRet, "get file list from dir[%s] failed.", strDir.c_str());
     }
     return ORVA_SUCCEED;
 }
@@ -112,11 +111,11 @@ int CPluginMgr::LoadAllPlugin() {
     constexpr char OPERATION[] = "load all plugin";
     std::list<std::string> pluginList;
     if (const int iRet = FindAllPlugin(pluginList); iRet != ORVA_SUCCEED) {
-        return LogFailure(HERE, OPERATION, iRet, "find plugin failed.");
+        return LogFailure(OPERATION, iRet, "find plugin failed.");
     }
     for (const std::string& strName : pluginList) {
         if (const int iRet = LoadSinglePlugin(strName); iRet != ORVA_SUCCEED) {
-            LogFailure(HERE, OPERATION, ORVA_FAIL, "load single plugin, name[%s]", strName.c_str());
+            LogFailure(OPERATION, ORVA_FAIL, "load single plugin, name[%s]", strName.c_str());
             return iRet;
         }
         std::atexit(UnLoadAtExit);
@@ -127,7 +126,7 @@ int CPluginMgr::LoadAllPlugin() {
 int CPluginMgr::LoadSinglePlugin(const std::string& strName) {
     auto* const pNew = new (std::nothrow) CPluginInfo(strName);
     if (pNew == nullptr) {
-        return LogFailure(HERE, OPERATION_LOAD_SINGLE, ORVA_ALLOC_MEMORY_ERROR,
+        return LogFailure(OPERATION_LOAD_SINGLE, ORVA_ALLOC_MEMORY_ERROR,
                           "fail to new plugininfo, name[%s]", strName.c_str());
     }
     ++g_hald_memstat[HALD_MEMSTAT_PLUGIN_INFO];
@@ -137,7 +136,7 @@ int CPluginMgr::LoadSinglePlugin(const std::string& strName) {
     for (const Step& step : STEPS) {
         if (const int iRet = step.pTake(*pInfo, capabilities); iRet != ORVA_SUCCEED) {
             pInfo.reset();
-            return LogFailure(HERE, OPERATION_LOAD_SINGLE, iRet, step.pszFailure, strName.c_str());
+            return LogFailure(OPERATION_LOAD_SINGLE, iRet, step.pszFailure, strName.c_str());
         }
     }
     for (const unsigned int uiJob : capabilities.jobs) {
@@ -166,7 +165,7 @@ int CPluginMgr::UnLoadAllPlugin() {
         }
         const RecordPtr pInfo(pRecord);
         if (const int iRet = pInfo->UnLoadLibrary(); iRet != ORVA_SUCCEED) {
-            LogFailure(HERE, "unload single plugin.", iRet, "fail to unload plugin, name[%s]",
+            LogFailure("unload single plugin.", iRet, "fail to unload plugin, name[%s]",
                        strName.c_str());
         }
     }
@@ -188,17 +187,17 @@ void CPluginMgr::GetAllPluginName(std::list<std::string>& nameList) const {
 }
 
 IPlugin* CPluginMgr::GetPluginByName(const std::string& strName) {
-    return FindPlugin(HERE, "get plugin by name", m_mapPlugin, strName,
-                      "find plugin failed, name[%s]", "plugin is null, name[%s]", strName.c_str());
+    return FindPlugin("get plugin by name", m_mapPlugin, strName, "find plugin failed, name[%s]",
+                      "plugin is null, name[%s]", strName.c_str());
 }
 
 IPlugin* CPluginMgr::GetPluginByContainerType(const std::string& strType) {
-    return FindPlugin(HERE, "get plugin by container type", m_containerCapabilityMap, strType,
+    return FindPlugin("get plugin by container type", m_containerCapabilityMap, strType,
                       "find plugin failed, name[%s]", "plugin is null, name[%s]", strType.c_str());
 }
 
 IPlugin* CPluginMgr::GetPluginByJobType(uint32_t iType) {
-    return FindPlugin(HERE, "get plugin by job type", m_jobCapabilityMap, iType,
+    return FindPlugin("get plugin by job type", m_jobCapabilityMap, iType,
                       "find plugin failed, type[%d]", "plugin is null, type[%d]", iType);
 }
 
@@ -207,8 +206,8 @@ int CPluginMgr::GetLogicContainerTypeByRealType(const std::string& strContainerT
     logicTypeList.clear();
     const auto it = m_containerTypeBindMap.find(strContainerType);
     if (it == m_containerTypeBindMap.end()) {
-        return LogFailure(HERE, "get logic container by real type", ORVA_FAIL,
-                          "can not find, type[%s]", strContainerType.c_str());
+        return LogFailure("get logic container by real type", ORVA_FAIL, "can not find, type[%s]",
+                          strContainerType.c_str());
     }
     logicTypeList = it->second;
     return ORVA_SUCCEED;
@@ -219,7 +218,7 @@ bool CPluginMgr::IsContainerSupportFaultShift(const std::string& strContainerTyp
         std::find(m_supportFaultShiftContainerList.begin(), m_supportFaultShiftContainerList.end(),
                   strContainerType) != m_supportFaultShiftContainerList.end();
     if (!bSupported) {
-        LogFailure(HERE, "is container support fault shift", ORVA_FAIL, "do not support, type[%s]",
+        LogFailure("is container support fault shift", ORVA_FAIL, "do not support, type[%s]",
                    strContainerType.c_str());
     }
     return bSupported;

@@ -6,9 +6,10 @@
 #include "common_service/tool_help.h"
 #include "common_service/xml_common.h"
 #include "internal/key_values.h"
-#include "internal/log.h"
+#include "operation_log/operation_log.h"
 
 using namespace framework_internal;
+using namespace operation_log;
 
 bool CResourceTask::SetCpu(const std::string&) {
     return true;
@@ -36,7 +37,7 @@ int CResourceTask::InsertSingleKeyValue(const std::string& strKey, const std::st
 }
 
 int CResourceTask::GetValueByKey(const std::string& strKey, std::string& strValue) const {
-    return ReadKey(HERE, "resource task, get value by key", "can not find, key[%s], value[%s]",
+    return ReadKey("resource task, get value by key", "can not find, key[%s], value[%s]",
                    *m_privateInfo, strKey, strValue);
 }
 

@@ -4,19 +4,20 @@
 
 #include "common_service/data/version_znode.h"
 #include "common_service/tarn_def.h"
-#include "internal/log.h"
 #include "internal/registry.h"
 #include "internal/store.h"
+#include "operation_log/operation_log.h"
 
 using namespace framework_internal;
+using namespace operation_log;
 
 CScheduleMgr CScheduleMgr::m_instance;
 
 namespace {
 
 /// A failed write of the numbers; both of them log it as the decision number's.
-int LogWriteFailure(const SourcePlace& place, int iCode) {
-    return LogFailure(place, "schedule manager, increase decision verion num", iCode,
+int LogWriteFailure(int iCode, CPlace place = CPlace::Here()) {
+    return LogFailure({"schedule manager, increase decision verion num", place}, iCode,
                       "set data to zk fail.");
 }
 
@@ -31,7 +32,7 @@ int CScheduleMgr::Reload() {
     CVersionZNode document;
     const int iRet = ReadStore(STORE_NODE_VERSION, EWatch::NO, document, bEmptyData);
     if (iRet != ORVA_SUCCEED) {
-        return LogFailure(HERE, "schedule manager", iRet, "get version data from zk fail.");
+        return LogFailure("schedule manager", iRet, "get version data from zk fail.");
     }
     m_ullDecisionVerNum = bEmptyData ? 0 : document.GetDecisionVerNum();
     m_ullMasterVerNum = bEmptyData ? 0 : document.GetMasterVerNum();
@@ -52,7 +53,7 @@ int CScheduleMgr::IncreaseDecisionVerNum(unsigned long long& ullDecisionVerNum) 
     }
     ++m_ullDecisionVerNum;
     if (const int iRet = UpdateZKVersionNode(); iRet != ORVA_SUCCEED) {
-        return LogWriteFailure(HERE, iRet);
+        return LogWriteFailure(iRet);
     }
     ullDecisionVerNum = m_ullDecisionVerNum;
     return ORVA_SUCCEED;
@@ -65,7 +66,7 @@ int CScheduleMgr::IncreaseMasterVerNum() {
     }
     ++m_ullMasterVerNum;
     if (const int iRet = UpdateZKVersionNode(); iRet != ORVA_SUCCEED) {
-        return LogWriteFailure(HERE, iRet);
+        return LogWriteFailure(iRet);
     }
     return ORVA_SUCCEED;
 }
@@ -77,7 +78,7 @@ int CScheduleMgr::SetDecisionVerNum(unsigned long long ullDecisionVerNum) {
     }
     m_ullDecisionVerNum = ullDecisionVerNum;
     if (UpdateZKVersionNode() != ORVA_SUCCEED) {
-        return LogWriteFailure(HERE, ORVA_FAIL);
+        return LogWriteFailure(ORVA_FAIL);
     }
     return ORVA_SUCCEED;
 }

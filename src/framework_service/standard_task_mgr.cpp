@@ -6,9 +6,9 @@
 #include "common_service/file_common.h"
 #include "common_service/tarn_def.h"
 #include "common_service/xml_common.h"
-#include "internal/log.h"
+#include "operation_log/operation_log.h"
 
-using namespace framework_internal;
+using namespace operation_log;
 
 CStdTaskMgr CStdTaskMgr::m_Instance;
 
@@ -52,17 +52,16 @@ void ReadCosts(PELU::CXml& xml, CResourceTask& task) {
 }  // namespace
 
 int CStdTaskMgr::Load() {
-    LogInfo(HERE, OPERATION_LOAD, "start");
+    LogInfo(OPERATION_LOAD, "start");
     m_standardTaskTable.clear();
     std::list<std::string> taskFileTable;
     GetAllStandardTaskFile(taskFileTable);
     for (const std::string& strFileName : taskFileTable) {
         if (const int iRet = LoadTaskBySingleFile(strFileName); iRet != ORVA_SUCCEED) {
-            LogFailure(HERE, OPERATION_LOAD, iRet, "load task from xml[%s] failed.",
-                       strFileName.c_str());
+            LogFailure(OPERATION_LOAD, iRet, "load task from xml[%s] failed.", strFileName.c_str());
         }
     }
-    LogInfo(HERE, OPERATION_LOAD, "succeed");
+    LogInfo(OPERATION_LOAD, "succeed");
     return ORVA_SUCCEED;
 }
 
@@ -71,11 +70,10 @@ int CStdTaskMgr::GetAllStandardTaskFile(std::list<std::string>& taskFileTable) {
     taskFileTable.clear();
     std::string strDir;
     if (const int iRet = GetTaskFolder(strDir); iRet != ORVA_SUCCEED) {
-        return LogFailure(HERE, OPERATION, iRet, "get conf dir failed.");
+        return LogFailure(OPERATION, iRet, "get conf dir failed.");
     }
     if (const int iRet = CFileCommon::GetDirFileList(strDir, taskFileTable); iRet != ORVA_SUCCEED) {
-        return LogFailure(HERE, OPERATION, iRet, "get file list from dir[%s] failed.",
-                          strDir.c_str());
+        return LogFailure(OPERATION, iRet, "get file list from dir[%s] failed.", strDir.c_str());
     }
     taskFileTable.remove_if([](const std::string& strName) { return !IsTaskFile(strName); });
     return ORVA_SUCCEED;
@@ -83,30 +81,29 @@ int CStdTaskMgr::GetAllStandardTaskFile(std::list<std::string>& taskFileTable) {
 
 int CStdTaskMgr::LoadTaskBySingleFile(const std::string& strFileName) {
     constexpr char OPERATION_FAILED[] = "standard xml load failed";
-    LogInfo(HERE, "load single standard task table", "start, name[%s]", strFileName.c_str());
+    LogInfo("load single standard task table", "start, name[%s]", strFileName.c_str());
     std::string strDir;
     if (const int iRet = GetTaskFolder(strDir); iRet != ORVA_SUCCEED) {
-        return LogFailure(HERE, OPERATION_FAILED, iRet, "get conf dir failed.");
+        return LogFailure(OPERATION_FAILED, iRet, "get conf dir failed.");
     }
     PELU::CXml xml(nullptr);
     if (!xml.Load((strDir + "/" + strFileName).c_str())) {
-        return LogFailure(HERE, OPERATION_FAILED, ORVA_FAIL, "config file[%s]",
-                          strFileName.c_str());
+        return LogFailure(OPERATION_FAILED, ORVA_FAIL, "config file[%s]", strFileName.c_str());
     }
     if (const int iRet = ParseStandardTaskTable(xml); iRet != ORVA_SUCCEED) {
-        return LogFailure(HERE, OPERATION_FAILED, iRet, "parse xml failed");
+        return LogFailure(OPERATION_FAILED, iRet, "parse xml failed");
     }
-    LogInfo(HERE, OPERATION_LOAD, "succeed, name[%s]", strFileName.c_str());
+    LogInfo(OPERATION_LOAD, "succeed, name[%s]", strFileName.c_str());
     return ORVA_SUCCEED;
 }
 
 int CStdTaskMgr::ParseStandardTaskTable(PELU::CXml& xml) {
     constexpr char OPERATION[] = "parse standard task table";
     if (!xml.FindElemEx(PSZ_TASK_LIST)) {
-        return LogFailure(HERE, OPERATION, ORVA_XML_INVALID, "cannot find tasklist node");
+        return LogFailure(OPERATION, ORVA_XML_INVALID, "cannot find tasklist node");
     }
     if (!xml.FindElem(PSZ_TASK)) {
-        return LogFailure(HERE, OPERATION, ORVA_XML_INVALID, "cannot find task node");
+        return LogFailure(OPERATION, ORVA_XML_INVALID, "cannot find task node");
     }
     do {
         CResourceTask task;
@@ -115,7 +112,7 @@ int CStdTaskMgr::ParseStandardTaskTable(PELU::CXml& xml) {
         task.SetTaskName(strName);
         ReadCosts(xml, task);
         if (!bNamed) {
-            return LogFailure(HERE, OPERATION, ORVA_XML_INVALID, "parse xml failed");
+            return LogFailure(OPERATION, ORVA_XML_INVALID, "parse xml failed");
         }
         m_standardTaskTable.emplace(task.GetTaskName(), task);
     } while (xml.NextElem());
@@ -128,7 +125,7 @@ int CStdTaskMgr::GetStandardTask(const std::string& strTaskName, CResourceTask& 
         it = m_standardTaskTable.find(DEFAULT_TASK);
     }
     if (it == m_standardTaskTable.end()) {
-        return LogFailure(HERE, "Std task mgr", ORVA_FAIL,
+        return LogFailure("Std task mgr", ORVA_FAIL,
                           "get default standard task failed, task name=%s", strTaskName.c_str());
     }
     resourceTask = it->second;

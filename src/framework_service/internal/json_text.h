@@ -9,7 +9,7 @@
 #include <string_view>
 #include <variant>
 
-#include "internal/log.h"
+#include "operation_log/operation_log.h"
 
 /// Reading and writing the JSON text of the store documents.
 namespace [[gnu::visibility("hidden")]] framework_internal {
