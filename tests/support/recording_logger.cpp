@@ -15,7 +15,7 @@ auto Tie(const CLogLine& line) {
                     line.strMessage, line.bTrace);
 }
 
-/// Takes the code that ORVA_LogFormatErrCode wrote off the message.
+/// Takes the code that ORVA_LogFormatErrCode wrote off the message and its format.
 void SplitCode(CLogLine& line) {
     int iCode = 0;
     int iLength = 0;
@@ -23,6 +23,7 @@ void SplitCode(CLogLine& line) {
         iLength != 0) {
         line.code = iCode;
         line.strMessage.erase(0, static_cast<std::size_t>(iLength) + 1);
+        line.strFormat.erase(0, static_cast<std::size_t>(iLength) + 1);
     }
 }
 
@@ -54,22 +55,23 @@ std::ostream& operator<<(std::ostream& stream, const CLogLine& line) {
 
 CLogLine Err(const std::string& strOperation, int iCode, const std::string& strFile,
              const std::string& strFunction, const std::string& strMessage) {
-    return {ORVALOG_ERR, strOperation, strFile, strFunction, iCode, strMessage, false};
+    return {ORVALOG_ERR, strOperation, strFile, strFunction, iCode, strMessage, false, ""};
 }
 
 CLogLine Warn(const std::string& strOperation, const std::string& strFile,
               const std::string& strFunction, const std::string& strMessage) {
-    return {ORVALOG_WARNING, strOperation, strFile, strFunction, std::nullopt, strMessage, false};
+    return {ORVALOG_WARNING, strOperation, strFile, strFunction,
+            std::nullopt,    strMessage,   false,   ""};
 }
 
 CLogLine Info(const std::string& strOperation, const std::string& strFile,
               const std::string& strFunction, const std::string& strMessage) {
-    return {ORVALOG_INFO, strOperation, strFile, strFunction, std::nullopt, strMessage, false};
+    return {ORVALOG_INFO, strOperation, strFile, strFunction, std::nullopt, strMessage, false, ""};
 }
 
 CLogLine Trace(const std::string& strFile, const std::string& strFunction,
                const std::string& strMessage) {
-    return {ORVALOG_DEBUG, "", strFile, strFunction, std::nullopt, strMessage, true};
+    return {ORVALOG_DEBUG, "", strFile, strFunction, std::nullopt, strMessage, true, ""};
 }
 
 void CRecordingLogger::writeOperLog(ORVA_LOG_LEVEL eLevel, const char* pszOperation,
@@ -79,7 +81,7 @@ void CRecordingLogger::writeOperLog(ORVA_LOG_LEVEL eLevel, const char* pszOperat
     va_start(arguments, pszFormat);
     const std::string strMessage = FormatText(pszFormat, arguments);
     va_end(arguments);
-    Add({eLevel, pszOperation, pszFile, pszFunction, std::nullopt, strMessage, false});
+    Add({eLevel, pszOperation, pszFile, pszFunction, std::nullopt, strMessage, false, pszFormat});
 }
 
 void CRecordingLogger::writeTraceLog(const char* pszFile, int, const char* pszFunction,
@@ -88,7 +90,9 @@ void CRecordingLogger::writeTraceLog(const char* pszFile, int, const char* pszFu
     va_start(arguments, pszFormat);
     const std::string strMessage = FormatText(pszFormat, arguments);
     va_end(arguments);
-    Add(Trace(pszFile, pszFunction, strMessage));
+    CLogLine line = Trace(pszFile, pszFunction, strMessage);
+    line.strFormat = pszFormat;
+    Add(std::move(line));
 }
 
 std::vector<CLogLine> CRecordingLogger::GetLines() const {

@@ -17,6 +17,7 @@ struct CLogLine {
     std::optional<int> code;  ///< what ORVA_LogFormatErrCode put before the message
     std::string strMessage;
     bool bTrace = false;
+    std::string strFormat;  ///< the message before it was filled; not compared
 };
 
 bool operator==(const CLogLine& lhs, const CLogLine& rhs);
