@@ -3,12 +3,14 @@
 #include <cstdint>
 #include <list>
 #include <map>
+#include <mutex>
 #include <string>
 
 #include "common_service/thread_mutex.h"
 #include "framework_service/base_data.h"
 #include "framework_service/cluster_cg_info.h"
 #include "framework_service/cluster_cloud_storage_znode_info.h"
+#include "framework_service/cluster_config_znode_info.h"
 #include "framework_service/cluster_db_znode_info.h"
 #include "framework_service/cluster_mgr_znode_info.h"
 #include "framework_service/container.h"
@@ -30,6 +32,10 @@ public:
     /// Reads the configuration document and hands its six settings to CGlobalConfig. Nothing to
     /// read is a success that sets nothing. Returns 0 or the store's code.
     int InitClusterConfigFromZK();
+
+    /// The settings that were last handed over, all of one load; before the first, the document's
+    /// defaults. Callable from any thread, also beside a load: it is here that a plug-in asks.
+    CClusterConfigZNodeInfo GetClusterConfig() const;
 
     /// Reads the cluster document, brings the validated links in line with it, replaces both
     /// registries, and hands each cloud storage container its stored figures. Nothing to read is a
@@ -112,6 +118,9 @@ private:
     static CFrameworkCommon m_instance;
 
     int m_iCenterDBVersion = 0;
+
+    mutable std::mutex m_clusterConfigMutex;
+    CClusterConfigZNodeInfo m_clusterConfig;  ///< guarded by m_clusterConfigMutex
 };
 
 /// The CG entries of the cluster: who is admitted, and what of it is in the store. Callable from

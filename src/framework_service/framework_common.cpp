@@ -10,7 +10,6 @@
 #include "common_service/net_factory.h"
 #include "common_service/tarn_def.h"
 #include "common_service/tool_help.h"
-#include "framework_service/cluster_config_znode_info.h"
 #include "framework_service/cluster_znode_info.h"
 #include "framework_service/container_mgr.h"
 #include "framework_service/node_mgr.h"
@@ -145,7 +144,14 @@ int CFrameworkCommon::InitClusterConfigFromZK() {
     config.SetLoadBalanceDiskThreshold(document.GetLoadBalanceDiskThreshold());
     config.SetLoadBalanceNetThreshold(document.GetLoadBalanceNetThreshold());
     config.SetLoadBalanceChannelThreshold(document.GetLoadBalanceChannelThreshold());
+    const std::lock_guard<std::mutex> guard(m_clusterConfigMutex);
+    m_clusterConfig = document;
     return ORVA_SUCCEED;
+}
+
+CClusterConfigZNodeInfo CFrameworkCommon::GetClusterConfig() const {
+    const std::lock_guard<std::mutex> guard(m_clusterConfigMutex);
+    return m_clusterConfig;
 }
 
 int CFrameworkCommon::InitNodeAndContainerFromZK() {
