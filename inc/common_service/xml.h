@@ -1,19 +1,18 @@
 #pragma once
 
-#include <list>
 #include <memory>
-#include <string>
-#include <utility>
+
+class CXmlCommon;
 
 namespace PELU {
 
-/// A cursor over one XML document. It stands on a current element of a level or, on a new document
-/// and after FindElemEx, on a level before its first element. A move that fails leaves the cursor
-/// where it stood. One thread at a time.
+/// A cursor over one XML document. It stands on a current element of a level or, on a new document,
+/// before the first element of the top level. A move that fails leaves the cursor where it stood.
+/// One thread at a time.
 class CXml {
 public:
     /// With a file name, as Load; with null, an empty document.
-    explicit CXml(const char* pszFileName);
+    CXml(const char* pszFileName);
     ~CXml();
     CXml(const CXml&) = delete;
     CXml& operator=(const CXml&) = delete;
@@ -22,11 +21,12 @@ public:
     /// it is no well-formed XML; the document is then empty.
     bool Load(const char* pszFile);
 
-    /// What the reference host adds: Load from text.
+    /// As Load, from text.
     bool Parse(const char* pszText);
 
-    /// Goes to the element at a path from the root, names joined by "/", and enters it, so that
-    /// FindElem looks among its children.
+    /// Goes to the element at a path from the root, names joined by "/". It is then the current
+    /// element; but names, those that CXmlCommon reads included, are looked for among its children
+    /// until the cursor moves.
     bool FindElemEx(const char* pszPath);
 
     /// Goes to the first element of that name on the current level.
@@ -67,19 +67,12 @@ public:
     /// element without text gives the empty text. The cursor stays.
     const char* GetElemValueEx(const char* pszPath);
 
-    /// What the reference host adds, for CXmlCommon: name, text and attribute at the cursor, null
-    /// when there is none.
-    const char* GetElemName() const;
-    const char* GetElemValue() const;
-    const char* GetAttribute(const char* pszName) const;
-
-    /// The elements of the current level in order, each as its name and its text.
-    std::list<std::pair<std::string, std::string>> GetLevel() const;
-
 private:
-    struct CState;
+    friend class ::CXmlCommon;
 
-    // Shared, not unique, so that another host may define the operations without completing CState.
+    /// The host's own: the document and the cursor's place in it. Shared, not unique, so that the
+    /// operations can be defined where it is incomplete.
+    struct CState;
     std::shared_ptr<CState> m_pState;
 };
 

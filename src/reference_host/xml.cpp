@@ -1,9 +1,10 @@
 #include "common_service/xml.h"
 
-#include <tinyxml2.h>
-
 #include <cstring>
+#include <string>
 #include <string_view>
+
+#include "internal/xml_state.h"
 
 namespace PELU {
 
@@ -11,11 +12,6 @@ namespace {
 
 using tinyxml2::XMLElement;
 using tinyxml2::XMLNode;
-
-const char* TextOf(const XMLElement& element) {
-    const char* pszText = element.GetText();
-    return pszText == nullptr ? "" : pszText;
-}
 
 /// The parser takes a document of several roots, or with text beside them.
 bool IsWellFormed(const tinyxml2::XMLDocument& document) {
@@ -32,55 +28,38 @@ bool IsWellFormed(const tinyxml2::XMLDocument& document) {
     return true;
 }
 
+/// The first of that name from the element on.
+XMLElement* FindFrom(XMLElement* pFrom, const char* pszName) {
+    if (pFrom == nullptr || pszName == nullptr || std::strcmp(pFrom->Name(), pszName) == 0) {
+        return pszName == nullptr ? nullptr : pFrom;
+    }
+    return pFrom->NextSiblingElement(pszName);
+}
+
 }  // namespace
 
-struct CXml::CState {
-    tinyxml2::XMLDocument document;
-    tinyxml2::XMLPrinter printer{nullptr, true};
-    XMLNode* pLevel = &document;      ///< the document or the element whose children are walked
-    XMLElement* pCurrent = nullptr;   ///< null before the first element of the level
-    XMLElement* pNewChild = nullptr;  ///< what AddChildElem added to the current element
-
-    bool GoTo(XMLNode* pNewLevel, XMLElement* pNewCurrent) {
-        pLevel = pNewLevel;
-        pCurrent = pNewCurrent;
-        pNewChild = nullptr;
+bool CXml::CState::Settle() {
+    GoTo(&document, nullptr);
+    if (IsWellFormed(document)) {
         return true;
     }
+    document.Clear();
+    return false;
+}
 
-    bool GoToIfFound(XMLElement* pFound) { return pFound != nullptr && GoTo(pLevel, pFound); }
-
-    /// Settles a load: the cursor on the top level of what was read, or of an empty document.
-    bool Settle() {
-        GoTo(&document, nullptr);
-        if (IsWellFormed(document)) {
-            return true;
+XMLElement* CXml::CState::ElementAt(const char* pszPath) {
+    XMLNode* pNode = &document;
+    std::string_view path = pszPath == nullptr ? "" : pszPath;
+    while (pNode != nullptr) {
+        const std::size_t length = path.find('/');
+        pNode = pNode->FirstChildElement(std::string(path.substr(0, length)).c_str());
+        if (length == std::string_view::npos) {
+            break;
         }
-        document.Clear();
-        return false;
+        path.remove_prefix(length + 1);
     }
-
-    XMLElement* FindFrom(XMLElement* pFrom, const char* pszName) const {
-        if (pFrom == nullptr || pszName == nullptr || std::strcmp(pFrom->Name(), pszName) == 0) {
-            return pszName == nullptr ? nullptr : pFrom;
-        }
-        return pFrom->NextSiblingElement(pszName);
-    }
-
-    XMLElement* ElementAt(const char* pszPath) {
-        XMLNode* pNode = &document;
-        std::string_view path = pszPath == nullptr ? "" : pszPath;
-        while (pNode != nullptr) {
-            const std::size_t length = path.find('/');
-            pNode = pNode->FirstChildElement(std::string(path.substr(0, length)).c_str());
-            if (length == std::string_view::npos) {
-                break;
-            }
-            path.remove_prefix(length + 1);
-        }
-        return pNode == nullptr ? nullptr : pNode->ToElement();
-    }
-};
+    return pNode == nullptr ? nullptr : pNode->ToElement();
+}
 
 CXml::CXml(const char* pszFileName) : m_pState(std::make_shared<CState>()) {
     if (pszFileName != nullptr) {
@@ -107,20 +86,20 @@ bool CXml::Parse(const char* pszText) {
 }
 
 bool CXml::FindElemEx(const char* pszPath) {
-    XMLElement* pElement = m_pState->ElementAt(pszPath);
-    return pElement != nullptr && m_pState->GoTo(pElement, nullptr);
+    const bool bFound = m_pState->GoToIfFound(m_pState->ElementAt(pszPath));
+    m_pState->bOnPath = m_pState->bOnPath || bFound;
+    return bFound;
 }
 
 bool CXml::FindElem(const char* pszName) {
-    return m_pState->GoToIfFound(
-        m_pState->FindFrom(m_pState->pLevel->FirstChildElement(), pszName));
+    return m_pState->GoToIfFound(FindFrom(m_pState->Searched().FirstChildElement(), pszName));
 }
 
 bool CXml::FindElemValue(const char* pszName) {
-    if (m_pState->pCurrent == nullptr) {
+    if (m_pState->pCurrent == nullptr || m_pState->bOnPath) {
         return FindElem(pszName);
     }
-    return m_pState->GoToIfFound(m_pState->FindFrom(m_pState->pCurrent, pszName));
+    return m_pState->GoToIfFound(FindFrom(m_pState->pCurrent, pszName));
 }
 
 bool CXml::IntoElem() {
@@ -209,30 +188,7 @@ const char* CXml::GetXMLStream(unsigned int& uiLen) {
 
 const char* CXml::GetElemValueEx(const char* pszPath) {
     const XMLElement* pElement = m_pState->ElementAt(pszPath);
-    return pElement == nullptr ? nullptr : TextOf(*pElement);
-}
-
-const char* CXml::GetElemName() const {
-    return m_pState->pCurrent == nullptr ? nullptr : m_pState->pCurrent->Name();
-}
-
-const char* CXml::GetElemValue() const {
-    return m_pState->pCurrent == nullptr ? nullptr : TextOf(*m_pState->pCurrent);
-}
-
-const char* CXml::GetAttribute(const char* pszName) const {
-    return m_pState->pCurrent == nullptr || pszName == nullptr
-               ? nullptr
-               : m_pState->pCurrent->Attribute(pszName);
-}
-
-std::list<std::pair<std::string, std::string>> CXml::GetLevel() const {
-    std::list<std::pair<std::string, std::string>> level;
-    for (const XMLElement* pElement = m_pState->pLevel->FirstChildElement(); pElement != nullptr;
-         pElement = pElement->NextSiblingElement()) {
-        level.emplace_back(pElement->Name(), TextOf(*pElement));
-    }
-    return level;
+    return pElement == nullptr ? nullptr : CState::TextOf(*pElement);
 }
 
 }  // namespace PELU

@@ -1,9 +1,10 @@
 #include "common_service/xml_common.h"
 
-#include <algorithm>
-
 #include "common_service/tarn_def.h"
 #include "internal/decimal.h"
+#include "internal/xml_state.h"
+
+using tinyxml2::XMLElement;
 
 CXmlCommon& CXmlCommon::Instance() {
     static CXmlCommon instance;
@@ -12,22 +13,19 @@ CXmlCommon& CXmlCommon::Instance() {
 
 bool CXmlCommon::GetElemValue(PELU::CXml& xml, const std::string& strName, std::string& strValue,
                               bool bFlag) {
-    if (!bFlag) {
-        const char* pszName = xml.GetElemName();
-        const char* pszValue = xml.GetElemValue();
-        if (pszName == nullptr || strName != pszName || *pszValue == '\0') {
-            return false;
+    const PELU::CXml::CState& state = *xml.m_pState;
+    if (bFlag) {
+        const XMLElement* pElement = state.Searched().FirstChildElement(strName.c_str());
+        if (pElement != nullptr) {
+            strValue = state.TextOf(*pElement);
         }
-        strValue = pszValue;
-        return true;
+        return pElement != nullptr;
     }
-    const auto level = xml.GetLevel();
-    const auto it = std::find_if(level.begin(), level.end(),
-                                 [&](const auto& element) { return element.first == strName; });
-    if (it == level.end()) {
+    if (state.pCurrent == nullptr || strName != state.pCurrent->Name() ||
+        *state.TextOf(*state.pCurrent) == '\0') {
         return false;
     }
-    strValue = it->second;
+    strValue = state.TextOf(*state.pCurrent);
     return true;
 }
 
@@ -46,7 +44,8 @@ bool CXmlCommon::GetElemValueInt(PELU::CXml& xml, const std::string& strName, in
 
 bool CXmlCommon::GetAttributeValue(PELU::CXml& xml, const std::string& strName,
                                    std::string& strValue) {
-    const char* pszValue = xml.GetAttribute(strName.c_str());
+    const XMLElement* pElement = xml.m_pState->pCurrent;
+    const char* pszValue = pElement == nullptr ? nullptr : pElement->Attribute(strName.c_str());
     if (pszValue == nullptr) {
         return false;
     }
@@ -56,10 +55,12 @@ bool CXmlCommon::GetAttributeValue(PELU::CXml& xml, const std::string& strName,
 
 int CXmlCommon::ParseKeyValueInfoFromXml(PELU::CXml& xml,
                                          std::map<std::string, std::string>& keyValues) {
-    const auto level = xml.GetLevel();
-    if (level.empty()) {
+    const XMLElement* pElement = xml.m_pState->Searched().FirstChildElement();
+    if (pElement == nullptr) {
         return ORVA_XML_INVALID;
     }
-    keyValues.insert(level.begin(), level.end());
+    for (; pElement != nullptr; pElement = pElement->NextSiblingElement()) {
+        keyValues.emplace(pElement->Name(), PELU::CXml::CState::TextOf(*pElement));
+    }
     return ORVA_SUCCEED;
 }

@@ -9,6 +9,7 @@
 #include "common_service/tarn_def.h"
 #include "support/host_fixture.h"
 #include "support/json_document.h"
+#include "support/xml_place.h"
 
 using testing::ElementsAre;
 using testing::IsEmpty;
@@ -155,7 +156,7 @@ TEST_F(CGEntry, IsWrittenAsAnElementWithTheCursorOnIt) {
     m_xml.AddChildElem("Before");
     m_xml.IntoElem();
     MakeCG("a&", "\xE5\x8C\x97", "", "1").DumpToXml(m_xml);
-    EXPECT_STREQ(m_xml.GetElemName(), "CGInfo");
+    EXPECT_EQ(CurrentElement(m_xml), "CGInfo");
     MakeCG("", "", "", "", "x").DumpToXml(m_xml);
     EXPECT_EQ(XmlOf(m_xml),
               "<Root><Before/>"
@@ -214,7 +215,7 @@ TEST_F(CGEntry, NextElementFromTheCursorOnIsRead) {
     m_xml.FindElem("Other");
     EXPECT_EQ(m_entry.ParseXml(m_xml), ORVA_SUCCEED);
     EXPECT_EQ(m_entry.GetNodeCode(), "2");
-    EXPECT_STREQ(m_xml.GetElemName(), "CGInfo");
+    EXPECT_EQ(CurrentElement(m_xml), "CGInfo");
     EXPECT_FALSE(m_xml.NextElem());
 }
 
@@ -235,7 +236,7 @@ INSTANTIATE_TEST_SUITE_P(CG, CGElementThatIsNone,
 
 TEST_F(CGEntry, ElementWithoutANodeIsLeftAgain) {
     ParseElement("<CGInfo><NVRCode/></CGInfo>");
-    EXPECT_STREQ(m_xml.GetElemName(), "CGInfo");
+    EXPECT_EQ(CurrentElement(m_xml), "CGInfo");
 }
 
 class CGDocument : public CHostTest {
@@ -537,7 +538,7 @@ TEST_F(CGListXml, HoldsTheEntriesInTheirOrder) {
               "<DecisionVerNum>1</DecisionVerNum></CGInfo><CGInfo><NVRCode>d</NVRCode>"
               "<FloatCGCode>e</FloatCGCode><FloatIP>f</FloatIP><DecisionVerNum>2</DecisionVerNum>"
               "</CGInfo></CGList>");
-    EXPECT_STREQ(m_xml.GetElemName(), "CGList");
+    EXPECT_EQ(CurrentElement(m_xml), "CGList");
     EXPECT_THAT(m_logger.GetLines(), IsEmpty());
 }
 
@@ -567,7 +568,7 @@ TEST_F(CGListXml, EntriesAreAppended) {
     EXPECT_EQ(ParseList("<CGList>" + Element("x") + Element("y") + Element("x") + "</CGList>"),
               ORVA_SUCCEED);
     EXPECT_THAT(Tell(m_document), ElementsAre("a b c 1", "d e f 2", "x   0", "y   0", "x   0"));
-    EXPECT_STREQ(m_xml.GetElemName(), "CGList");
+    EXPECT_EQ(CurrentElement(m_xml), "CGList");
 }
 
 TEST_F(CGListXml, FirstListOfTheCursorsLevelIsRead) {
@@ -599,7 +600,7 @@ TEST_P(BadCGListXml, EndsTheReadingWithTheEntriesBeforeItAppended) {
     EXPECT_THAT(Tell(m_document), ElementsAre("a b c 1", "d e f 2", "x   0"));
     EXPECT_THAT(m_logger.GetLines(),
                 ElementsAre(NO_ELEMENT, ListXmlLine("parse single cg info fail.")));
-    EXPECT_STREQ(m_xml.GetElemName(), "CGList");
+    EXPECT_EQ(CurrentElement(m_xml), "CGList");
 }
 
 INSTANTIATE_TEST_SUITE_P(CG, BadCGListXml,

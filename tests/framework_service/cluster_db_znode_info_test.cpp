@@ -11,6 +11,7 @@
 #include "common_service/tarn_def.h"
 #include "support/host_fixture.h"
 #include "support/json_document.h"
+#include "support/xml_place.h"
 
 using testing::ElementsAre;
 using testing::IsEmpty;
@@ -532,7 +533,7 @@ TEST_F(DatabaseXml, LeavesTheCursorOnTheListSoThatAnElementCanFollow) {
     m_xml.AddChildElem("Before");
     m_xml.IntoElem();
     m_document.DumpToXml(m_xml);
-    EXPECT_STREQ(m_xml.GetElemName(), "DBList");
+    EXPECT_EQ(CurrentElement(m_xml), "DBList");
     m_xml.AddElem("After");
     unsigned int uiLen = 0;
     EXPECT_STREQ(m_xml.GetXMLStream(uiLen),
@@ -661,7 +662,7 @@ TEST_P(BadDatabaseXml, BehindAGoodPairIsLoggedAndNoFailure) {
 TEST_P(BadDatabaseXml, LeavesTheCursorOnIt) {
     ParseList(Info("M", "1") + GetParam().strText + "<After/>");
     ASSERT_TRUE(m_xml.NextElem());
-    EXPECT_STREQ(m_xml.GetElemName(), "After");
+    EXPECT_EQ(CurrentElement(m_xml), "After");
 }
 
 INSTANTIATE_TEST_SUITE_P(

@@ -10,6 +10,7 @@
 #include "common_service/tarn_def.h"
 #include "support/host_fixture.h"
 #include "support/json_document.h"
+#include "support/xml_place.h"
 
 using testing::ElementsAre;
 using testing::IsEmpty;
@@ -247,7 +248,7 @@ TEST_F(ManagerXml, IsReadFromTheRootWhereverTheCursorStands) {
     m_xml.FindElem("DomainMain");
     EXPECT_EQ(m_document.ParseFromXml(m_xml), ORVA_SUCCEED);
     EXPECT_EQ(Master(), "N1 1 ");
-    EXPECT_STREQ(m_xml.GetElemName(), "DomainMain");
+    EXPECT_EQ(CurrentElement(m_xml), "DomainMain");
 }
 
 TEST_F(ManagerXml, EmptyDocumentIsInvalidDataButLoggedAsAFailure) {
@@ -296,7 +297,7 @@ TEST_F(ManagerXml, IsWrittenWithoutTheBodyThatTheReaderLooksFor) {
 
 TEST_F(ManagerXml, LeavesTheCursorOnTheAddress) {
     m_document.DumpToXml(m_xml);
-    EXPECT_STREQ(m_xml.GetElemName(), "FloatIP");
+    EXPECT_EQ(CurrentElement(m_xml), "FloatIP");
     m_xml.AddElem("After");
     unsigned int uiLen = 0;
     EXPECT_STREQ(m_xml.GetXMLStream(uiLen),

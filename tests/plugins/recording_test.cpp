@@ -5,6 +5,7 @@
 #include "framework_service/container_mgr.h"
 #include "framework_service/plugin_mgr.h"
 #include "plugins/schedule_fixture.h"
+#include "support/xml_place.h"
 
 using testing::ElementsAre;
 using testing::IsEmpty;
@@ -352,7 +353,7 @@ TEST_F(RecordingPlugin, ReadsTasksAtTheCursor) {
     EXPECT_EQ(strStream, "main");
     EXPECT_EQ(taskList.back().GetDisk(), 0);
     EXPECT_TRUE(taskList.back().IsSupportShift());
-    EXPECT_STREQ(xml.GetElemName(), "TaskList");
+    EXPECT_EQ(CurrentElement(xml), "TaskList");
 }
 
 TEST_F(RecordingPlugin, AnEmptyTaskListHasNoTasks) {

@@ -3,6 +3,7 @@
 #include <gmock/gmock.h>
 
 #include "common_service/tarn_def.h"
+#include "support/xml_place.h"
 
 using testing::ElementsAre;
 using testing::IsEmpty;
@@ -31,13 +32,26 @@ TEST_F(XmlValues, ValueOnTheLevelIsThatOfTheFirstOfItsName) {
     EXPECT_EQ(m_strValue, "n");
 }
 
+TEST_F(XmlValues, ElementThatFindElemExFoundIsTheCurrentOneAndItsChildrenAreTheLevel) {
+    m_xml.Parse("<r><a x=\"1\">text<b>2</b></a><b>3</b></r>");
+    m_xml.FindElemEx("r/a");
+    EXPECT_TRUE(m_common.GetElemValue(m_xml, "a", m_strValue, false));
+    EXPECT_EQ(m_strValue, "text");
+    EXPECT_TRUE(m_common.GetAttributeValue(m_xml, "x", m_strValue));
+    EXPECT_TRUE(m_common.GetElemValueInt(m_xml, "b", m_iValue));
+    EXPECT_EQ(m_iValue, 2);
+    std::map<std::string, std::string> keyValues;
+    EXPECT_EQ(m_common.ParseKeyValueInfoFromXml(m_xml, keyValues), 0);
+    EXPECT_THAT(keyValues, ElementsAre(Pair("b", "2")));
+}
+
 TEST_F(XmlValues, ReadingLeavesTheCursor) {
     m_xml.FindElem("port");
     m_common.GetElemValue(m_xml, "name", m_strValue, true);
     m_common.GetElemValueInt(m_xml, "neg", m_iValue);
     std::map<std::string, std::string> keyValues;
     m_common.ParseKeyValueInfoFromXml(m_xml, keyValues);
-    EXPECT_STREQ(m_xml.GetElemName(), "port");
+    EXPECT_EQ(CurrentElement(m_xml), "port");
 }
 
 TEST_F(XmlValues, EmptyElementCountsOnTheLevelButNotAtTheCursor) {

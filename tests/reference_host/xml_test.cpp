@@ -1,12 +1,12 @@
 #include "common_service/xml.h"
 
-#include <gmock/gmock.h>
+#include <gtest/gtest.h>
 
+#include "common_service/xml_common.h"
 #include "support/temp_dir.h"
+#include "support/xml_place.h"
 
 using PELU::CXml;
-using testing::ElementsAre;
-using testing::Pair;
 
 namespace {
 
@@ -20,9 +20,11 @@ constexpr char PSZ_TEXT[] =
 class XmlCursor : public testing::Test {
 protected:
     /// The element where the cursor stands, as its name and its text.
-    std::string Here() const {
-        const char* pszName = m_xml.GetElemName();
-        return pszName == nullptr ? "nowhere" : std::string(pszName) + "=" + m_xml.GetElemValue();
+    std::string Here() {
+        const std::string strName = CurrentElement(m_xml);
+        std::string strValue;
+        CXmlCommon::Instance().GetElemValue(m_xml, strName, strValue, false);
+        return strName == "nowhere" ? strName : strName + "=" + strValue;
     }
 
     std::string Stream() {
@@ -50,14 +52,49 @@ TEST_F(XmlWalk, NewDocumentStandsBeforeItsRoot) {
     EXPECT_EQ(Here(), "root=");
 }
 
-TEST_F(XmlWalk, FindElemExEntersTheElement) {
+TEST_F(XmlWalk, FindElemExGoesToTheElement) {
+    EXPECT_TRUE(m_xml.FindElemEx("root/b"));
+    EXPECT_EQ(Here(), "b=2");
+    EXPECT_TRUE(m_xml.FindElemEx("root/group"));
+    EXPECT_TRUE(m_xml.IntoElem());
+    EXPECT_EQ(Here(), "inner=4 < 5");
+    EXPECT_TRUE(m_xml.FindElemEx("root/a"));
+    EXPECT_TRUE(m_xml.NextElem());
+    EXPECT_EQ(Here(), "b=2");
+}
+
+TEST_F(XmlWalk, FindElemRightAfterFindElemExLooksAmongTheChildren) {
     EXPECT_TRUE(m_xml.FindElemEx("root"));
-    EXPECT_EQ(Here(), "nowhere");
+    EXPECT_FALSE(m_xml.FindElem("root"));
     EXPECT_TRUE(m_xml.FindElem("b"));
     EXPECT_EQ(Here(), "b=2");
     EXPECT_TRUE(m_xml.FindElemEx("root/group"));
+    EXPECT_FALSE(m_xml.FindElemEx("root/absent"));
+    EXPECT_TRUE(m_xml.FindElem("empty"));
+    EXPECT_EQ(Here(), "empty=");
+}
+
+TEST_F(XmlWalk, FindElemAfterAMoveFromThereLooksOnTheLevel) {
+    EXPECT_TRUE(m_xml.FindElemEx("root/a"));
     EXPECT_TRUE(m_xml.NextElem());
-    EXPECT_EQ(Here(), "inner=4 < 5");
+    EXPECT_TRUE(m_xml.FindElem("group"));
+    EXPECT_EQ(Here(), "group=");
+}
+
+TEST_F(XmlWalk, ElementThatFindElemExFoundCanBeChanged) {
+    m_xml.Parse("<r><a/><b/></r>");
+    EXPECT_TRUE(m_xml.FindElemEx("r/a"));
+    EXPECT_TRUE(m_xml.SetElemValue("1"));
+    EXPECT_TRUE(m_xml.AddElem("between"));
+    EXPECT_EQ(Stream(), "<r><a>1</a><between/><b/></r>");
+    EXPECT_TRUE(m_xml.FindElemEx("r/b"));
+    EXPECT_TRUE(m_xml.AddChildElem("c"));
+    EXPECT_TRUE(m_xml.IntoElem());
+    EXPECT_TRUE(m_xml.SetElemValue("2"));
+    EXPECT_TRUE(m_xml.FindElemEx("r/a"));
+    EXPECT_TRUE(m_xml.RemoveElem());
+    EXPECT_EQ(Stream(), "<r><between/><b><c>2</c></b></r>");
+    EXPECT_EQ(Here(), "nowhere") << "before the first";
 }
 
 TEST_F(XmlWalk, FindElemLooksFromTheFirstOn) {
@@ -103,8 +140,8 @@ TEST_F(XmlWalk, IntoElemGoesToTheFirstChildAndOutBack) {
     EXPECT_EQ(Here(), "root=") << "nothing is above the top level";
 }
 
-TEST_F(XmlWalk, OutOfElemLeavesWhatFindElemExEntered) {
-    m_xml.FindElemEx("root/group");
+TEST_F(XmlWalk, OutOfElemGoesUpFromWhereFindElemExWent) {
+    m_xml.FindElemEx("root/group/inner");
     m_xml.OutOfElem();
     EXPECT_EQ(Here(), "group=");
     m_xml.OutOfElem();
@@ -137,26 +174,9 @@ TEST_F(XmlWalk, TextAtAPathIsReadWithoutMoving) {
     EXPECT_EQ(Here(), "root=");
 }
 
-TEST_F(XmlWalk, AttributesAreThoseOfTheCurrentElement) {
-    EXPECT_EQ(m_xml.GetAttribute("kind"), nullptr);
-    m_xml.FindElem("root");
-    EXPECT_STREQ(m_xml.GetAttribute("kind"), "r");
-    EXPECT_EQ(m_xml.GetAttribute("x"), nullptr);
-    EXPECT_EQ(m_xml.GetAttribute(nullptr), nullptr);
-}
-
-TEST_F(XmlWalk, LevelIsListedInOrder) {
-    m_xml.FindElemEx("root");
-    EXPECT_THAT(m_xml.GetLevel(),
-                ElementsAre(Pair("a", "1"), Pair("b", "2"), Pair("a", "3"), Pair("group", "")));
-    m_xml.FindElemEx("root/group/empty");
-    EXPECT_TRUE(m_xml.GetLevel().empty());
-}
-
 TEST_F(XmlWalk, RemovedElementLeavesTheCursorBeforeIt) {
-    m_xml.FindElemEx("root");
     EXPECT_FALSE(m_xml.RemoveElem()) << "nothing stands before the first";
-    m_xml.FindElem("b");
+    m_xml.FindElemEx("root/b");
     EXPECT_TRUE(m_xml.RemoveElem());
     EXPECT_EQ(Here(), "a=1");
     EXPECT_TRUE(m_xml.RemoveElem());
@@ -208,8 +228,9 @@ TEST_F(XmlCursor, PlaceholderCanBeTakenAwayAgain) {
 }
 
 TEST_F(XmlCursor, ElementIsAddedBehindTheCurrentOrBeforeTheFirst) {
-    m_xml.Parse("<r><a/><b/></r>");
-    m_xml.FindElemEx("r");
+    m_xml.Parse("<r><first/><a/><b/></r>");
+    m_xml.FindElemEx("r/first");
+    m_xml.RemoveElem();
     m_xml.AddElem("zero");
     m_xml.FindElem("a");
     m_xml.AddElem("between");
