@@ -1,6 +1,6 @@
 #include "common/schedule_plugin.h"
-#include "common_service/global_config.h"
 #include "common_service/tarn_def.h"
+#include "framework_service/framework_common.h"
 
 namespace {
 
@@ -38,7 +38,8 @@ public:
         taskUnbindTable.clear();
         taskBindTable.clear();
         CScheduleBoard board(CONTAINER_TYPE_RECORD, &DiskRatio);
-        const int iThreshold = CGlobalConfig::Instance().GetLoadBalanceDiskThreshold();
+        const int iThreshold =
+            CFrameworkCommon::Instance().GetClusterConfig().GetLoadBalanceDiskThreshold();
         for (const CTaskMove& move : board.Balance(iThreshold / 100.0)) {
             resTaskList.push_back(move.task);
             taskUnbindTable.emplace(move.task.GetTaskId(), move.from);
