@@ -2,11 +2,13 @@
 
 #include <algorithm>
 
-#include "common/log.h"
 #include "common/task_xml.h"
 #include "common_service/tarn_def.h"
 #include "framework_service/container_mgr.h"
 #include "framework_service/schedule_mgr.h"
+#include "operation_log/operation_log.h"
+
+using namespace operation_log;
 
 namespace {
 
@@ -55,7 +57,7 @@ int CSchedulePlugin::PrivateTaskToResourceTask(const std::string& strNodeId, uin
                                                std::list<CResourceTask>& resTaskList) {
     const auto& jobList = m_profile.jobList;
     if (std::find(jobList.begin(), jobList.end(), uiJobType) == jobList.end()) {
-        return LogFailure("private task to resource task", ORVA_PARA_INVALID, CSourcePlace::Here(),
+        return LogFailure("private task to resource task", ORVA_PARA_INVALID,
                           "unknown job type[%u], node[%s].", uiJobType, strNodeId.c_str());
     }
     return ReadTaskList(xml, resTaskList);
@@ -75,9 +77,8 @@ int CSchedulePlugin::TaskSchedule(const std::string& strNodeId,
         if (const CContainerLoad* pLoad = board.Place(task, bReschedule); pLoad != nullptr) {
             taskBindTable.emplace(task.GetTaskId(), pLoad->GetAddr());
         } else {
-            iResult = LogFailure("task schedule", ORVA_FAIL, CSourcePlace::Here(),
-                                 "no room for task[%s] of node[%s].", task.GetTaskId().c_str(),
-                                 strNodeId.c_str());
+            iResult = LogFailure("task schedule", ORVA_FAIL, "no room for task[%s] of node[%s].",
+                                 task.GetTaskId().c_str(), strNodeId.c_str());
         }
     }
     const int iDecided = Decide(taskBindTable, ullDecisionVerNum);
@@ -144,9 +145,8 @@ int CSchedulePlugin::ManualTaskSchedule(const std::list<CResourceTask>& resTaskL
             taskBindTable.emplace(strTaskId, shift.GetInContainer());
         } else {
             iResult = ORVA_FAIL;
-            LogFailure("manual task schedule", iRet, CSourcePlace::Here(),
-                       "cannot shift task[%s] to node[%s].", strTaskId.c_str(),
-                       shift.GetInContainer().GetNodeId().c_str());
+            LogFailure("manual task schedule", iRet, "cannot shift task[%s] to node[%s].",
+                       strTaskId.c_str(), shift.GetInContainer().GetNodeId().c_str());
         }
     }
     const int iDecided = Decide(taskBindTable, ullDecisionVerNum);

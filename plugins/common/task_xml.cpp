@@ -2,9 +2,11 @@
 
 #include <set>
 
-#include "common/log.h"
 #include "common_service/tarn_def.h"
 #include "common_service/xml_common.h"
+#include "operation_log/operation_log.h"
+
+using namespace operation_log;
 
 namespace {
 
@@ -39,8 +41,7 @@ bool ReadNumber(PELU::CXml& xml, const char* pszName, int iMax, int& iValue) {
     if (reader.GetElemValueInt(xml, pszName, iValue) && iValue >= 0 && iValue <= iMax) {
         return true;
     }
-    LogFailure(OPERATION_READ, ORVA_XML_INVALID, CSourcePlace::Here(), "bad number, %s[%s].",
-               pszName, strText.c_str());
+    LogFailure(OPERATION_READ, ORVA_XML_INVALID, "bad number, %s[%s].", pszName, strText.c_str());
     return false;
 }
 
@@ -75,7 +76,7 @@ bool ReadTask(PELU::CXml& xml, CResourceTask& task) {
     std::string strTaskId;
     if (!level.IsEntered() ||
         !CXmlCommon::Instance().GetElemValue(xml, "TaskID", strTaskId, true) || strTaskId.empty()) {
-        LogFailure(OPERATION_READ, ORVA_XML_INVALID, CSourcePlace::Here(), "a task has no TaskID.");
+        LogFailure(OPERATION_READ, ORVA_XML_INVALID, "a task has no TaskID.");
         return false;
     }
     task.SetTaskId(strTaskId);
@@ -103,8 +104,8 @@ bool ReadTasks(PELU::CXml& xml, std::list<CResourceTask>& taskList) {
             return false;
         }
         if (!ids.insert(task.GetTaskId()).second) {
-            LogFailure(OPERATION_READ, ORVA_XML_INVALID, CSourcePlace::Here(),
-                       "task stands twice, id[%s].", task.GetTaskId().c_str());
+            LogFailure(OPERATION_READ, ORVA_XML_INVALID, "task stands twice, id[%s].",
+                       task.GetTaskId().c_str());
             return false;
         }
         taskList.push_back(task);
@@ -136,7 +137,7 @@ bool WriteTexts(PELU::CXml& xml, const char* pszName, const std::list<CXmlText>&
 
 int ReadTaskList(PELU::CXml& xml, std::list<CResourceTask>& taskList) {
     if (!xml.FindElem("TaskList")) {
-        return LogFailure(OPERATION_READ, ORVA_XML_INVALID, CSourcePlace::Here(), "no TaskList.");
+        return LogFailure(OPERATION_READ, ORVA_XML_INVALID, "no TaskList.");
     }
     std::list<CResourceTask> readList;
     if (!ReadTasks(xml, readList)) {
@@ -148,8 +149,7 @@ int ReadTaskList(PELU::CXml& xml, std::list<CResourceTask>& taskList) {
 
 int WriteElement(PELU::CXml& xml, const char* pszName, const std::list<CXmlText>& children) {
     if (!WriteTexts(xml, pszName, children)) {
-        return LogFailure("write element", ORVA_XML_INVALID, CSourcePlace::Here(),
-                          "cannot write, name[%s].", pszName);
+        return LogFailure("write element", ORVA_XML_INVALID, "cannot write, name[%s].", pszName);
     }
     return ORVA_SUCCEED;
 }
