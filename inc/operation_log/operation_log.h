@@ -13,16 +13,16 @@
 ///
 ///     return LogFailure("load cluster", ORVA_FAIL, "no node[%s].", strNodeId.c_str());
 ///
-/// A helper that works on behalf of its callers takes their place as its last parameter, so that the
-/// line names the operation that failed:
+/// A helper that works on behalf of its callers takes their place as its last parameter, so that
+/// the line names the operation that failed:
 ///
 ///     int ReadNode(const char* pszPath, CPlace place = CPlace::Here()) {
 ///         return LogFailure({"read node", place}, ORVA_FAIL, "path[%s].", pszPath);
 ///     }
 ///
-/// Arguments are numbers and C strings, as for printf. Without a logger nothing is written. Callable
-/// from any thread, as the logger is. Everything here is hidden and inline: each shared object has a
-/// copy of its own, and links nothing for it.
+/// Arguments are numbers and C strings, as for printf. Without a logger nothing is written.
+/// Callable from any thread, as the logger is. Everything here is hidden and inline: each shared
+/// object has a copy of its own, and links nothing for it.
 namespace [[gnu::visibility("hidden")]] operation_log {
 
 /// Where a line comes from.

@@ -16,9 +16,10 @@ struct CSpdLoggerSettings {
 };
 
 /// The log sink over spdlog, for the console and a rotating file. One line each: time, level,
-/// source file and line, function, operation text, message; a line feed in a message is written as
-/// "\n". A line that was logged is flushed on return. A sink that fails later, as on a full disk,
-/// says so on the standard error stream and loses the line; nothing is thrown.
+/// source file and line, function, operation text, message; what
+/// would break the line or paint a terminal is written as ShownText has it. A line that was logged
+/// is flushed on return. A sink that fails later, as on a full disk, says so on the standard error
+/// stream and loses the line; nothing is thrown.
 class CSpdLogger : public Logger {
 public:
     /// Null on failure, with the reason in strError.

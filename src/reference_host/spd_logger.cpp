@@ -11,6 +11,7 @@
 #include <vector>
 
 #include "internal/format.h"
+#include "reference_host/shown_text.h"
 
 namespace {
 
@@ -36,14 +37,6 @@ std::string HeadText(const CLineHead& head) {
     return strText;
 }
 
-/// A message may quote a document, which ends in a line feed.
-std::string OnOneLine(std::string strText) {
-    for (auto pos = strText.find('\n'); pos != std::string::npos; pos = strText.find('\n', pos)) {
-        strText.replace(pos, 1, "\\n");
-    }
-    return strText;
-}
-
 void TellLoss(const std::string& strReason) {
     std::fprintf(stderr, "a log line was lost: %s\n", strReason.c_str());
 }
@@ -61,7 +54,7 @@ struct CSpdLogger::CState {
 
     void Write(const CLineHead& head, const char* pszFormat, va_list arguments) noexcept {
         try {
-            logger.info(OnOneLine(HeadText(head) + FormatText(pszFormat, arguments)));
+            logger.info(ShownText(HeadText(head) + FormatText(pszFormat, arguments)));
         } catch (...) {
             TellLoss("out of memory");
         }

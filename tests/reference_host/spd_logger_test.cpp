@@ -50,6 +50,12 @@ TEST_F(SpdLogger, LineTellsTimeLevelPlaceOperationAndMessage) {
         << "flushed while the logger lives";
 }
 
+TEST_F(SpdLogger, NothingThatWasLoggedPaintsTheTerminal) {
+    const auto pLogger = Open(ORVALOG_INFO);
+    pLogger->writeOperLog(ORVALOG_INFO, "o\x1b", "f", 1, "F", "%s", "\x1b[2J\rroot\u202e");
+    EXPECT_THAT(Lines(), ElementsAre(testing::EndsWith("[o\\x1b] \\x1b[2J\\rroot\\u202e")));
+}
+
 TEST_F(SpdLogger, TraceLineCountsAsDebug) {
     Open(ORVALOG_INFO)->writeTraceLog("node_mgr", 3, "AddNode", "hidden");
     EXPECT_THAT(Lines(), IsEmpty());
