@@ -4,9 +4,14 @@
 #include <optional>
 #include <string>
 
-/// Called once, with the node's path, when a watched node is created or written. From any thread;
-/// never with a lock of the store held.
-using StoreWatcher = void (*)(const std::string& strPath);
+#include "common_service/oper_common.h"
+
+/// Called once when a watched node is created or written, with the arguments of the ZooKeeper
+/// client: its handle, type and state of the event in its numbers, the node's path, and no context.
+/// In a store without that client the handle is null, and the state is that of a connected one.
+/// From any thread; never with a lock of the store held.
+using StoreWatcher = void (*)(zhandle_t* zh, int type, int state, const char* path,
+                              void* watcherCtx);
 
 /// What a read found.
 struct CStoreAnswer {

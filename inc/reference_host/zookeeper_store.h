@@ -29,8 +29,9 @@ struct CZooKeeperOptions {
 /// Watchers run on a thread of the store's own, one after the other, and may call the store. They
 /// are called for what the contract names, and also when a change may have been missed or the node
 /// was deleted: after a lost session for every watched node, and after a read that failed for want
-/// of an answer as soon as a server answers. A handler that reads its node with the watcher thus
-/// never loses sight of it.
+/// of an answer as soon as a server answers; the event is then that of a change. A handler that
+/// reads its node with the watcher thus never loses sight of it. The handle that a watcher is given
+/// lives until it returns; it is null when its session is over.
 class CZooKeeperStore : public IStore {
 public:
     explicit CZooKeeperStore(const CZooKeeperOptions& options);

@@ -25,7 +25,7 @@ int CMemoryStore::Read(const std::string& strPath, StoreWatcher pWatcher, CStore
 }
 
 int CMemoryStore::Write(const std::string& strPath, const std::string& strText) {
-    CWatchTable::CFired fired;
+    CNodeEvents events;
     {
         const std::lock_guard<std::mutex> guard(m_mutex);
         const int iRet = CountCallLocked();
@@ -34,13 +34,16 @@ int CMemoryStore::Write(const std::string& strPath, const std::string& strText) 
         }
         for (const std::string& strParent : GetParentPaths(strPath)) {
             if (m_pState->mapNode.emplace(strParent, std::nullopt).second) {
-                m_pState->watches.Take(strParent, fired);
+                events.AddCreated(strParent, m_pState->watches);
             }
         }
-        m_pState->mapNode[strPath] = strText;
-        m_pState->watches.Take(strPath, fired);
+        if (m_pState->mapNode.insert_or_assign(strPath, strText).second) {
+            events.AddCreated(strPath, m_pState->watches);
+        } else {
+            events.AddChanged(strPath, m_pState->watches);
+        }
     }
-    CWatchTable::Fire(fired);
+    events.Fire();
     return 0;
 }
 

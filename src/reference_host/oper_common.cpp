@@ -41,13 +41,6 @@ std::shared_ptr<IStore> CurrentStore() {
 
 std::atomic<void (*)(const std::string&)> g_pNodeEventHandler{nullptr};
 
-void OnNodeEvent(const std::string& strPath) {
-    const auto pHandler = g_pNodeEventHandler.load();
-    if (pHandler != nullptr) {
-        pHandler(strPath);
-    }
-}
-
 /// A large text, taken from the calling thread's spare one and given back to it: the texts of
 /// documents follow each other, and none has to be allocated anew. A call within a call finds no
 /// spare text and has one of its own.
@@ -86,21 +79,27 @@ int AskDocument(const char* pszOperation, const std::string& strPath, const Ques
     return ORVA_DATA_INVALID;
 }
 
-/// A text that was cut is never a whole object or array. The writer ends each whole text with its
-/// only line feed, so that the parser has work only on a text that lacks it.
-bool IsWhole(const std::string& strText) {
-    if (strText.empty() || strText.back() == '\n') {
+/// Was the text cut to fit its buffer? Only one that fills it can have been. Of those, a whole one
+/// ends in the writer's only line feed or can be parsed; but the head of a number is a number.
+bool IsCut(const std::string& strText, unsigned int uiBufLen) {
+    if (strText.size() + 1 < uiBufLen) {
+        return false;
+    }
+    if (strText.size() == uiBufLen) {
         return true;
     }
+    if (!strText.empty() && strText.back() == '\n') {
+        return false;
+    }
     Json::CharReaderBuilder builder;
-    builder["strictRoot"] = true;
     builder["failIfExtra"] = true;
     const std::unique_ptr<Json::CharReader> pReader(builder.newCharReader());
     Json::Value root;
     try {
-        return pReader->parse(strText.data(), strText.data() + strText.size(), &root, nullptr);
+        return !pReader->parse(strText.data(), strText.data() + strText.size(), &root, nullptr) ||
+               root.isNumeric();
     } catch (const Json::Exception&) {
-        return false;  // nested too deeply for any reader
+        return true;  // nested too deeply for any reader
     }
 }
 
@@ -123,8 +122,9 @@ void SetNodeEventHandler(void (*pHandler)(const std::string& strPath)) {
 }
 
 void ClusterNodeEventWatcher(zhandle_t*, int, int, const char* path, void*) {
-    if (path != nullptr) {
-        OnNodeEvent(path);
+    const auto pHandler = g_pNodeEventHandler.load();
+    if (pHandler != nullptr && path != nullptr) {
+        pHandler(path);
     }
 }
 
@@ -139,8 +139,9 @@ int COperCommon::GetDataFromZK(const char* path, void* watcher, unsigned int buf
         return STORE_NOT_SET;
     }
     CReusedText text;
+    (*text).clear();
     CStoreAnswer answer{false, std::move(*text)};
-    const int iRet = pStore->Read(path, watcher == nullptr ? nullptr : &OnNodeEvent, answer);
+    const int iRet = pStore->Read(path, reinterpret_cast<StoreWatcher>(watcher), answer);
     if (iRet != ORVA_SUCCEED) {
         return iRet;
     }
@@ -175,7 +176,7 @@ int COperCommon::SetDataToZK(const char* path, unsigned int bufLen, CBaseJsonObj
     const std::string strSize = std::string("text of ") + path + " takes " +
                                 std::to_string(strText.size()) + " of a buffer of " +
                                 std::to_string(bufLen);
-    if (strText.size() == bufLen || !IsWhole(strText)) {
+    if (IsCut(strText, bufLen)) {
         LogError(PSZ_WRITE, ORVA_DATA_INVALID, strSize + " and is not whole");
         return ORVA_DATA_INVALID;
     }

@@ -21,9 +21,7 @@ constexpr char PSZ_PREPARE_FILE[] =
     "CREATE TABLE IF NOT EXISTS node (path TEXT PRIMARY KEY, text TEXT);";
 constexpr char PSZ_SELECT[] = "SELECT text FROM node WHERE path = ?1";
 constexpr char PSZ_CREATE[] = "INSERT OR IGNORE INTO node (path) VALUES (?1)";
-constexpr char PSZ_UPSERT[] =
-    "INSERT INTO node (path, text) VALUES (?1, ?2)"
-    " ON CONFLICT (path) DO UPDATE SET text = excluded.text";
+constexpr char PSZ_UPDATE[] = "UPDATE node SET text = ?2 WHERE path = ?1";
 
 using CDatabase = std::unique_ptr<sqlite3, decltype(&sqlite3_close_v2)>;
 using CStatement = std::unique_ptr<sqlite3_stmt, decltype(&sqlite3_finalize)>;
@@ -121,7 +119,7 @@ struct CSqliteStore::CState {
         sqlite3_busy_timeout(pOpened, static_cast<int>(uiBusyTimeoutMs));
         iRet = sqlite3_exec(pOpened, PSZ_PREPARE_FILE, nullptr, nullptr, nullptr);
         const std::pair<CStatement*, const char*> statements[] = {
-            {&pSelect, PSZ_SELECT}, {&pCreate, PSZ_CREATE}, {&pUpsert, PSZ_UPSERT}};
+            {&pSelect, PSZ_SELECT}, {&pCreate, PSZ_CREATE}, {&pUpdate, PSZ_UPDATE}};
         for (const auto& [pStatement, pszSql] : statements) {
             sqlite3_stmt* pPrepared = nullptr;
             if (iRet == SQLITE_OK) {
@@ -133,24 +131,26 @@ struct CSqliteStore::CState {
         return iRet;
     }
 
-    /// On success, created holds the nodes above that were missing.
+    /// On success, created holds the nodes that were missing, the written one last.
     int Write(const std::string& strPath, const std::string& strText,
               std::vector<std::string>& created) {
         CTransaction transaction(pDatabase.get());
         int iRet = transaction.Begin();
-        for (const std::string& strParent : GetParentPaths(strPath)) {
+        std::vector<std::string> paths = GetParentPaths(strPath);
+        paths.push_back(strPath);
+        for (const std::string& strMissing : paths) {
             if (iRet != SQLITE_OK) {
                 return iRet;
             }
-            iRet = CRun(pCreate, strParent).Execute();
+            iRet = CRun(pCreate, strMissing).Execute();
             if (sqlite3_changes(pDatabase.get()) != 0) {
-                created.push_back(strParent);
+                created.push_back(strMissing);
             }
         }
         if (iRet != SQLITE_OK) {
             return iRet;
         }
-        CRun run(pUpsert, strPath);
+        CRun run(pUpdate, strPath);
         run.Bind(2, strText);
         iRet = run.Execute();
         return iRet == SQLITE_OK ? transaction.Commit() : iRet;
@@ -164,7 +164,7 @@ struct CSqliteStore::CState {
     CDatabase pDatabase{nullptr, &sqlite3_close_v2};
     CStatement pSelect{nullptr, &sqlite3_finalize};
     CStatement pCreate{nullptr, &sqlite3_finalize};
-    CStatement pUpsert{nullptr, &sqlite3_finalize};
+    CStatement pUpdate{nullptr, &sqlite3_finalize};
     CWatchTable watches;
 };
 
@@ -198,20 +198,22 @@ int CSqliteStore::Read(const std::string& strPath, StoreWatcher pWatcher, CStore
 }
 
 int CSqliteStore::Write(const std::string& strPath, const std::string& strText) {
-    CWatchTable::CFired fired;
+    CNodeEvents events;
     {
         const std::lock_guard<std::mutex> guard(m_pState->mutex);
-        std::vector<std::string> written;
-        const int iRet = m_pState->Write(strPath, strText, written);
+        std::vector<std::string> created;
+        const int iRet = m_pState->Write(strPath, strText, created);
         if (iRet != SQLITE_OK) {
             LogError(PSZ_WRITE, PrimaryCode(iRet), m_pState->Reason(iRet));
             return PrimaryCode(iRet);
         }
-        written.push_back(strPath);
-        for (const std::string& strWritten : written) {
-            m_pState->watches.Take(strWritten, fired);
+        for (const std::string& strCreated : created) {
+            events.AddCreated(strCreated, m_pState->watches);
+        }
+        if (created.empty() || created.back() != strPath) {
+            events.AddChanged(strPath, m_pState->watches);
         }
     }
-    CWatchTable::Fire(fired);
+    events.Fire();
     return 0;
 }

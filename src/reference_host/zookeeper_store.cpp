@@ -9,6 +9,8 @@
 #include <condition_variable>
 #include <functional>
 #include <future>
+#include <iterator>
+#include <list>
 #include <mutex>
 #include <set>
 #include <thread>
@@ -94,6 +96,15 @@ private:
         std::promise<CReply> m_reply;
     };
 
+    /// A watcher that is to be called. It holds the session, whose handle it is given.
+    struct CFired {
+        std::shared_ptr<CSession> m_pSession;
+        int m_iType;
+        int m_iState;
+        std::string m_strPath;
+        StoreWatcher m_pWatcher;
+    };
+
     using Send = std::function<int(CSession&, CRequest*)>;
 
     static void OnEvent(zhandle_t* pHandle, int iType, int iState, const char* pszPath,
@@ -107,7 +118,8 @@ private:
     void OnSessionState(CSession& session, int iState);
     void CountAnsweredLocked(CSession& session);
     int SendCounted(const Send& send, CSession& session, CRequest& request);
-    void FireLocked(const std::string& strPath);
+    void FireLocked(std::shared_ptr<CSession> pSession, int iType, int iState,
+                    const std::string& strPath);
     void CountAsMissed(const std::string& strPath, StoreWatcher pWatcher);
 
     void KeepSession();
@@ -143,7 +155,7 @@ private:
     std::shared_ptr<CSession> m_pSession;
     CWatchTable m_watches;
     std::set<std::string> m_setMissed;  ///< those watched whose event may have been missed
-    CWatchTable::CFired m_fired;        ///< to be called
+    std::list<CFired> m_fired;          ///< to be called
 };
 
 CZooKeeperStore::CClient::CSession::CSession(CClient& owner)
@@ -203,7 +215,8 @@ void CZooKeeperStore::CClient::OnEvent(zhandle_t*, int iType, int iState, const 
         return;
     }
     std::lock_guard<std::mutex> lock(client.m_mutex);
-    client.FireLocked(pszPath);
+    client.FireLocked(client.m_pSession.get() == &session ? client.m_pSession : nullptr, iType,
+                      iState, pszPath);
 }
 
 /// Also called once for every watch on each change of the session: only a change counts.
@@ -229,9 +242,12 @@ void CZooKeeperStore::CClient::OnSessionState(CSession& session, int iState) {
     }
 }
 
-void CZooKeeperStore::CClient::FireLocked(const std::string& strPath) {
+void CZooKeeperStore::CClient::FireLocked(std::shared_ptr<CSession> pSession, int iType, int iState,
+                                          const std::string& strPath) {
     m_setMissed.erase(strPath);
-    m_watches.Take(strPath, m_fired);
+    for (const StoreWatcher pWatcher : m_watches.Take(strPath)) {
+        m_fired.push_back({pSession, iType, iState, strPath, pWatcher});
+    }
     m_changed.notify_all();
 }
 
@@ -248,7 +264,8 @@ void CZooKeeperStore::CClient::KeepSession() {
         if (IsOverLocked()) {
             RenewSession(lock);
         } else if (IsConnectedLocked() && !m_setMissed.empty()) {
-            FireLocked(std::string(*m_setMissed.begin()));
+            FireLocked(m_pSession, ZOO_CHANGED_EVENT, ZOO_CONNECTED_STATE,
+                       std::string(*m_setMissed.begin()));
         } else {
             AwaitSessionChange(lock);
         }
@@ -297,13 +314,18 @@ void CZooKeeperStore::CClient::CallWatchers() {
     std::unique_lock<std::mutex> lock(m_mutex);
     for (;;) {
         m_changed.wait(lock, [this] { return m_bStopping || !m_fired.empty(); });
-        if (m_bStopping) {
+        std::list<CFired> called;
+        called.splice(called.end(), m_fired, m_fired.begin(),
+                      m_bStopping ? m_fired.end() : std::next(m_fired.begin()));
+        const bool bStopping = m_bStopping;
+        lock.unlock();
+        if (bStopping) {
             return;
         }
-        const auto [strPath, pWatcher] = m_fired.front();
-        m_fired.erase(m_fired.begin());
-        lock.unlock();
-        pWatcher(strPath);
+        const CFired& fired = called.front();
+        zhandle_t* const pHandle = fired.m_pSession ? fired.m_pSession->m_pHandle : nullptr;
+        fired.m_pWatcher(pHandle, fired.m_iType, fired.m_iState, fired.m_strPath.c_str(), nullptr);
+        called.clear();
         lock.lock();
     }
 }

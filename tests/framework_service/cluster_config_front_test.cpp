@@ -39,8 +39,8 @@ TEST_F(ShownConfiguration, IsTheDefaultsBeforeTheFirstLoad) {
 }
 
 TEST_F(ShownConfiguration, IsWhatWasLastHandedOver) {
-    EXPECT_EQ(
-        Load(R"({"IsLoadBalance":false,"IsFaultShift":true,"IsLoadBalanceOnePeriod":false})"), 0);
+    EXPECT_EQ(Load(R"({"IsLoadBalance":false,"IsFaultShift":true,"IsLoadBalanceOnePeriod":false})"),
+              0);
     EXPECT_EQ(Values(Shown()), std::make_tuple(false, true, false, 10, 10, 10));
     EXPECT_EQ(Load(ALL_OFF), 0);
     EXPECT_EQ(Values(Shown()), std::make_tuple(false, false, false, 10, 10, 10));

@@ -18,6 +18,10 @@ void RecordFired(const std::string& strPath) {
     g_fired.notify_all();
 }
 
+void RecordFired(zhandle_t*, int, int, const char* path, void*) {
+    RecordFired(path);
+}
+
 int CountFired(const std::string& strPath) {
     const std::lock_guard<std::mutex> guard(g_mutex);
     return g_mapCount[strPath];

@@ -1,6 +1,7 @@
 #include "reference_host/zookeeper_store.h"
 
 #include <gtest/gtest.h>
+#include <zookeeper/zookeeper.h>
 
 #include <atomic>
 #include <chrono>
@@ -177,6 +178,19 @@ TEST_F(ZooKeeperStore, WatchOnAnAbsentNodeFiresAtItsCreation) {
     EXPECT_TRUE(AwaitFired(m_strPath));
 }
 
+TEST_F(ZooKeeperStore, WatcherIsGivenTheHandleOfItsSession) {
+    static std::atomic<int> iState;
+    iState = 0;
+    const StoreWatcher askClient = [](zhandle_t* zh, int, int, const char* path, void*) {
+        iState = zh == nullptr ? 0 : zoo_state(zh);
+        RecordFired(path);
+    };
+    ReadExpectingSuccess(m_store, m_strPath, askClient);
+    ASSERT_EQ(m_otherStore.Write(m_strPath, "text"), 0);
+    EXPECT_TRUE(AwaitFired(m_strPath));
+    EXPECT_EQ(iState, ZOO_CONNECTED_STATE);
+}
+
 TEST_F(ZooKeeperStore, ReadWithoutAWatcherSetsNone) {
     ReadExpectingSuccess(m_store, m_strPath);
     ASSERT_EQ(m_otherStore.Write(m_strPath, "text"), 0);
@@ -188,10 +202,12 @@ class ZooKeeperStoreFollower : public ZooKeeperStore {
 protected:
     static void Follow(const std::string& strPath) {
         CStoreAnswer answer;
-        if (m_pFollower->Read(strPath, Follow, answer) == 0 && answer.text == "last") {
+        if (m_pFollower->Read(strPath, OnEvent, answer) == 0 && answer.text == "last") {
             RecordFired(strPath);
         }
     }
+
+    static void OnEvent(zhandle_t*, int, int, const char* path, void*) { Follow(path); }
 
     void SetUp() override { m_pFollower = &m_store; }
 
@@ -220,9 +236,9 @@ TEST_F(ZooKeeperStoreFollower, ReadsRacingTheCreationMissNoEvent) {
 TEST_F(ZooKeeperStore, WatcherMayDropTheLastReferenceToItsStore) {
     static std::shared_ptr<CZooKeeperStore> pDropped;
     pDropped = std::make_shared<CZooKeeperStore>(OptionsFor(SharedServer().Address()));
-    const StoreWatcher dropStore = [](const std::string& strPath) {
+    const StoreWatcher dropStore = [](zhandle_t*, int, int, const char* path, void*) {
         pDropped.reset();
-        RecordFired(strPath);
+        RecordFired(path);
     };
     ReadExpectingSuccess(*pDropped, m_strPath, dropStore);
     ASSERT_EQ(m_otherStore.Write(m_strPath, "text"), 0);
@@ -241,7 +257,7 @@ TEST_F(ZooKeeperStoreFollower, ExpiredSessionIsReplacedAndItsWatchesFire) {
     CZooKeeperStore store(OptionsFor(SharedServer().Address()));
     m_pFollower = &store;
     ReadExpectingSuccess(store, m_strPath, RecordFired);
-    ReadExpectingSuccess(store, m_strPath + "/followed", Follow);
+    ReadExpectingSuccess(store, m_strPath + "/followed", OnEvent);
     ASSERT_TRUE(ExpireNewestSession(SharedServer().Address()));
 
     EXPECT_TRUE(AwaitFired(m_strPath));

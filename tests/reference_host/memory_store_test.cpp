@@ -31,7 +31,7 @@ int g_iFired = 0;
 
 TEST(MemoryStore, FailedCallNeitherSetsNorFiresAWatch) {
     g_iFired = 0;
-    const StoreWatcher pWatcher = [](const std::string&) { ++g_iFired; };
+    const StoreWatcher pWatcher = [](zhandle_t*, int, int, const char*, void*) { ++g_iFired; };
     CMemoryStore store;
     CStoreAnswer answer;
     store.FailCall(1, 1);

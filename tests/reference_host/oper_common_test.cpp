@@ -77,19 +77,61 @@ TEST_F(StoreFront, CutNumberIsNoWholeText) {
     EXPECT_FALSE(m_pStore->GetNode("/a").bExists);
 }
 
-TEST_F(StoreFront, TextWithoutTheLineFeedOfTheWriterIsTakenWhenWhole) {
-    m_doc.m_strText = "{\"a\":[1,2]}";
-    EXPECT_EQ(COperCommon::SetDataToZK("/a", 100, &m_doc), 0);
-    EXPECT_EQ(m_pStore->Get("/a"), "{\"a\":[1,2]}");
-    m_doc.m_strText = "{\"a\":[1,2]";
-    EXPECT_EQ(COperCommon::SetDataToZK("/a", 100, &m_doc), ORVA_DATA_INVALID);
-    EXPECT_EQ(m_pStore->Get("/a"), "{\"a\":[1,2]}");
+TEST_F(StoreFront, TextThatDoesNotFillItsBufferWasNotCut) {
+    for (const char* pszText : {"5", "\"x\"", "true", "{\"a\":[1,2]}", "no JSON"}) {
+        m_doc.m_strText = pszText;
+        const auto uiSize = static_cast<unsigned int>(m_doc.m_strText.size());
+        EXPECT_EQ(COperCommon::SetDataToZK("/a", uiSize + 2, &m_doc), 0) << pszText;
+        EXPECT_EQ(m_pStore->Get("/a"), pszText);
+    }
+}
+
+TEST_F(StoreFront, TextThatFillsItsBufferIsTakenWhenWhole) {
+    for (const char* pszText : {"\"x\"", "true", "{\"a\":[1,2]}"}) {
+        m_doc.m_strText = pszText;
+        const auto uiSize = static_cast<unsigned int>(m_doc.m_strText.size());
+        EXPECT_EQ(COperCommon::SetDataToZK("/a", uiSize + 1, &m_doc), 0) << pszText;
+        EXPECT_EQ(m_pStore->Get("/a"), pszText);
+        EXPECT_EQ(COperCommon::SetDataToZK("/a", uiSize, &m_doc), ORVA_DATA_INVALID) << pszText;
+        EXPECT_EQ(m_pStore->Get("/a"), pszText);
+    }
+    EXPECT_EQ(COperCommon::SetDataToZK("/a", 1, &m_doc), ORVA_DATA_INVALID);
 }
 
 TEST_F(StoreFront, DeeplyNestedCutTextIsRefusedNotThrown) {
     m_doc.m_strText = std::string(5000, '[');
     EXPECT_EQ(COperCommon::SetDataToZK("/a", 5000, &m_doc), ORVA_DATA_INVALID);
     EXPECT_FALSE(m_pStore->GetNode("/a").bExists);
+}
+
+TEST_F(StoreFront, WatcherOfTheCallerIsTheOneThatIsCalled) {
+    static std::string strCalled;
+    strCalled.clear();
+    const StoreWatcher pWatcher = [](zhandle_t* zh, int type, int state, const char* path,
+                                     void* watcherCtx) {
+        strCalled += std::string(path) + " " + std::to_string(type) + " " + std::to_string(state) +
+                     (zh == nullptr && watcherCtx == nullptr ? ";" : " and more;");
+    };
+    COperCommon::GetDataFromZK("/a", reinterpret_cast<void*>(pWatcher), 100, &m_doc, m_bDataEmpty);
+    COperCommon::SetDataToZK("/a", 100, &m_doc);
+    COperCommon::GetDataFromZK("/a", reinterpret_cast<void*>(pWatcher), 100, &m_doc, m_bDataEmpty);
+    COperCommon::SetDataToZK("/a", 100, &m_doc);
+    EXPECT_EQ(strCalled, "/a 1 3;/a 3 3;");
+    EXPECT_EQ(g_strEvent, "") << "the handler is for ClusterNodeEventWatcher alone";
+}
+
+/// A store that answers with success and says nothing.
+class CForgetfulStore : public CMemoryStore {
+public:
+    int Read(const std::string&, StoreWatcher, CStoreAnswer&) override { return 0; }
+};
+
+TEST_F(StoreFront, AnswerOfAnEarlierReadNeverStands) {
+    m_pStore->Put("/a", "[1]\n");
+    EXPECT_EQ(Read("/a", &m_doc), 0);
+    SetStore(std::make_shared<CForgetfulStore>());
+    EXPECT_EQ(Read("/a", &m_doc), STORE_NODE_ABSENT);
+    EXPECT_TRUE(m_bDataEmpty);
 }
 
 TEST_F(StoreFront, WatchedReadEndsInTheHandler) {

@@ -233,7 +233,7 @@ TEST_F(SqliteStore, FailedWriteLeavesTheStoreAndItsWatches) {
     g_iFired = 0;
     CStoreAnswer answer;
     pStore->Read(
-        "/new", [](const std::string&) { ++g_iFired; }, answer);
+        "/new", [](zhandle_t*, int, int, const char*, void*) { ++g_iFired; }, answer);
     const std::string strText = "[\"" + std::string(500000, 'a') + "\"]\n";
     {
         const CFileSizeLimit limit(100000);

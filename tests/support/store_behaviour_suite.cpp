@@ -17,6 +17,7 @@
 
 using testing::ElementsAre;
 using testing::IsEmpty;
+using testing::UnorderedElementsAre;
 
 namespace {
 
@@ -54,8 +55,13 @@ private:
 
 CEvents g_events;
 
-void OnEvent(const std::string& strPath) {
-    g_events.Add(strPath);
+void OnEvent(zhandle_t*, int, int, const char* path, void*) {
+    g_events.Add(path);
+}
+
+void OnEventInFull(zhandle_t*, int type, int state, const char* path, void* watcherCtx) {
+    g_events.Add(std::to_string(type) + " " + std::to_string(state) + " " + path +
+                 (watcherCtx == nullptr ? "" : " with a context"));
 }
 
 void OnEventReadAgain(const std::string& strPath) {
@@ -210,6 +216,29 @@ TEST_P(StoreBehaviour, WatchOnPresentNodeHearsOfAWrite) {
     EXPECT_EQ(answer.text, "[1]\n");
     EXPECT_EQ(m_pStoreUnderTest->Write(Node("node"), "[2]\n"), 0);
     EXPECT_THAT(g_events.Wait(1), ElementsAre(Node("node")));
+}
+
+TEST_P(StoreBehaviour, WatcherIsToldOfTheEventInTheNumbersOfTheClient) {
+    CStoreAnswer answer;
+    EXPECT_EQ(m_pStoreUnderTest->Read(Node("top"), &OnEventInFull, answer), 0);
+    EXPECT_EQ(m_pStoreUnderTest->Write(Node("top/node"), "[1]\n"), 0);
+    EXPECT_THAT(g_events.Wait(1), ElementsAre("1 3 " + Node("top")));
+    g_events.Clear();
+    EXPECT_EQ(m_pStoreUnderTest->Read(Node("other"), &OnEventInFull, answer), 0);
+    EXPECT_EQ(m_pStoreUnderTest->Write(Node("other"), "[1]\n"), 0);
+    EXPECT_THAT(g_events.Wait(1), ElementsAre("1 3 " + Node("other")));
+    g_events.Clear();
+    EXPECT_EQ(m_pStoreUnderTest->Read(Node("other"), &OnEventInFull, answer), 0);
+    EXPECT_EQ(m_pStoreUnderTest->Write(Node("other"), "[2]\n"), 0);
+    EXPECT_THAT(g_events.Wait(1), ElementsAre("3 3 " + Node("other")));
+}
+
+TEST_P(StoreBehaviour, EveryWatcherOfANodeHearsOfIt) {
+    CStoreAnswer answer;
+    m_pStoreUnderTest->Read(Node("node"), &OnEvent, answer);
+    m_pStoreUnderTest->Read(Node("node"), &OnEventInFull, answer);
+    m_pStoreUnderTest->Write(Node("node"), "[1]\n");
+    EXPECT_THAT(g_events.Wait(2), UnorderedElementsAre(Node("node"), "1 3 " + Node("node")));
 }
 
 TEST_P(StoreBehaviour, WatchFiresOnceHoweverOftenItWasSet) {

@@ -1,5 +1,9 @@
 #include "internal/store_tree.h"
 
+#include <zookeeper/zookeeper.h>
+
+#include <utility>
+
 std::vector<std::string> GetParentPaths(const std::string& strPath) {
     std::vector<std::string> paths;
     for (auto pos = strPath.find('/', 1); pos != std::string::npos;
@@ -15,14 +19,9 @@ void CWatchTable::Set(const std::string& strPath, StoreWatcher pWatcher) {
     }
 }
 
-void CWatchTable::Take(const std::string& strPath, CFired& fired) {
-    const auto node = m_mapWatcher.extract(strPath);
-    if (node.empty()) {
-        return;
-    }
-    for (const StoreWatcher pWatcher : node.mapped()) {
-        fired.emplace_back(strPath, pWatcher);
-    }
+std::set<StoreWatcher> CWatchTable::Take(const std::string& strPath) {
+    auto node = m_mapWatcher.extract(strPath);
+    return node.empty() ? std::set<StoreWatcher>() : std::move(node.mapped());
 }
 
 std::set<std::string> CWatchTable::GetPaths() const {
@@ -33,8 +32,18 @@ std::set<std::string> CWatchTable::GetPaths() const {
     return setPath;
 }
 
-void CWatchTable::Fire(const CFired& fired) {
-    for (const auto& [strPath, pWatcher] : fired) {
-        pWatcher(strPath);
+void CNodeEvents::AddCreated(const std::string& strPath, CWatchTable& watches) {
+    m_events.push_back({ZOO_CREATED_EVENT, strPath, watches.Take(strPath)});
+}
+
+void CNodeEvents::AddChanged(const std::string& strPath, CWatchTable& watches) {
+    m_events.push_back({ZOO_CHANGED_EVENT, strPath, watches.Take(strPath)});
+}
+
+void CNodeEvents::Fire() const {
+    for (const auto& [iType, strPath, setWatcher] : m_events) {
+        for (const StoreWatcher pWatcher : setWatcher) {
+            pWatcher(nullptr, iType, ZOO_CONNECTED_STATE, strPath.c_str(), nullptr);
+        }
     }
 }

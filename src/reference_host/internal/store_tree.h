@@ -3,7 +3,6 @@
 #include <map>
 #include <set>
 #include <string>
-#include <utility>
 #include <vector>
 
 #include "reference_host/store.h"
@@ -11,23 +10,37 @@
 /// The paths above a node, the topmost first: "/a" and "/a/b" for "/a/b/c".
 std::vector<std::string> GetParentPaths(const std::string& strPath);
 
-/// The one-shot watches of a store that keeps them itself. Guarded by the store's own mutex.
+/// The one-shot watches of a store. Guarded by the store's own mutex.
 class CWatchTable {
 public:
-    using CFired = std::vector<std::pair<std::string, StoreWatcher>>;
-
     /// The same watcher set twice on a node fires once. Null sets nothing.
     void Set(const std::string& strPath, StoreWatcher pWatcher);
 
-    /// Moves the watches of a node that was created or written to fired.
-    void Take(const std::string& strPath, CFired& fired);
+    /// The watchers of a node, which it then has no more.
+    std::set<StoreWatcher> Take(const std::string& strPath);
 
     /// The nodes with a watch.
     std::set<std::string> GetPaths() const;
 
-    /// Calls the watchers. Not with the store's mutex held.
-    static void Fire(const CFired& fired);
-
 private:
     std::map<std::string, std::set<StoreWatcher>> m_mapWatcher;
+};
+
+/// What a write did to nodes of a store without a server, for those who watch them.
+class CNodeEvents {
+public:
+    void AddCreated(const std::string& strPath, CWatchTable& watches);
+    void AddChanged(const std::string& strPath, CWatchTable& watches);
+
+    /// Calls the watchers. Not with the store's mutex held.
+    void Fire() const;
+
+private:
+    struct CEvent {
+        int iType;
+        std::string strPath;
+        std::set<StoreWatcher> setWatcher;
+    };
+
+    std::vector<CEvent> m_events;
 };
