@@ -3,11 +3,11 @@
 #include <algorithm>
 #include <cmath>
 #include <limits>
-#include <list>
 #include <tuple>
 
 #include "common_service/tarn_def.h"
 #include "framework_service/container_mgr.h"
+#include "framework_service/framework_common.h"
 
 namespace {
 
@@ -32,16 +32,23 @@ std::list<CResourceTask> TasksOf(const CContainer& container) {
     return taskList;
 }
 
-bool IsUsableContainer(const CContainer& container) {
-    return container.IsOnline() && container.GetMemberStatus() == CLUSTER_MEMBER_NORMAL &&
-           !container.IsFaultShift() && !container.GetFaultStatus() && container.IsProcessRunning();
+/// What is asked beyond the library's word that the container is available.
+bool MayTakeTasks(const CContainer& container) {
+    return container.GetMemberStatus() == CLUSTER_MEMBER_NORMAL && !container.IsFaultShift() &&
+           !container.GetFaultStatus();
+}
+
+bool Contains(const ContainerMap& containerTable, const CContainerAddr& addr) {
+    const auto it = containerTable.find(addr);
+    return it != containerTable.end() && it->first == addr;
 }
 
 }  // namespace
 
-CContainerLoad::CContainerLoad(const CContainerAddr& addr, const CContainer& container)
+CContainerLoad::CContainerLoad(const CContainerAddr& addr, const CContainer& container,
+                               const std::list<CResourceTask>& taskList, bool bUsable)
     : m_addr(addr),
-      m_bUsable(IsUsableContainer(container)),
+      m_bUsable(bUsable),
       m_total(FiguresOf(container.GetTotalResource())),
       m_used(FiguresOf(container.GetStatus().GetCurSysResource())),
       m_uiTasks(container.GetTotalTask()) {
@@ -51,7 +58,7 @@ CContainerLoad::CContainerLoad(const CContainerAddr& addr, const CContainer& con
             std::llround(static_cast<double>(container.GetDiskRatio()) * container.GetTotalDisk());
     }
     ResourceFigures sum{};
-    for (const CResourceTask& task : TasksOf(container)) {
+    for (const CResourceTask& task : taskList) {
         const ResourceFigures costs = CostsOf(task);
         std::transform(sum.begin(), sum.end(), costs.begin(), sum.begin(), std::plus<>());
     }
@@ -91,14 +98,19 @@ void CContainerLoad::Give(const CResourceTask& task) {
 
 CScheduleBoard::CScheduleBoard(const std::string& strContainerType, LoadFunc pLoad)
     : m_pLoad(pLoad) {
+    ContainerMap availableTable;
+    CFrameworkCommon::Instance().GetAvailableContainer(strContainerType, availableTable);
     ContainerMap containerTable;
     CContainerMgr::Instance().GetAllContainer(containerTable);
     for (const auto& [addr, container] : containerTable) {
         if (addr.GetContainerType() != strContainerType) {
             continue;
         }
-        CContainerLoad& load = m_containers.try_emplace(addr, addr, container).first->second;
-        for (const CResourceTask& task : TasksOf(container)) {
+        const std::list<CResourceTask> taskList = TasksOf(container);
+        const bool bUsable = Contains(availableTable, addr) && MayTakeTasks(container);
+        CContainerLoad& load =
+            m_containers.try_emplace(addr, addr, container, taskList, bUsable).first->second;
+        for (const CResourceTask& task : taskList) {
             m_tasks.try_emplace(task.GetTaskId(), CPlacedTask{task, &load});
         }
     }

@@ -3,6 +3,7 @@
 #include <array>
 #include <cstddef>
 #include <cstdint>
+#include <list>
 #include <map>
 #include <set>
 #include <string>
@@ -20,12 +21,15 @@ using ResourceFigures = std::array<int64_t, 5>;
 /// and not all that is used belongs to a task.
 class CContainerLoad {
 public:
-    CContainerLoad(const CContainerAddr& addr, const CContainer& container);
+    /// taskList is what the container holds.
+    CContainerLoad(const CContainerAddr& addr, const CContainer& container,
+                   const std::list<CResourceTask>& taskList, bool bUsable);
 
     const CContainerAddr& GetAddr() const { return m_addr; }
     std::size_t GetTaskCount() const { return m_uiTasks; }
 
-    /// Online, a normal member, not in fault shift, all processes running.
+    /// May it take tasks? The library calls it available, and it is a normal member and not in
+    /// fault shift.
     bool IsUsable() const { return m_bUsable; }
 
     /// Does every cost of the task still fit? A cost of nothing always fits.

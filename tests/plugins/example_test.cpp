@@ -1,9 +1,6 @@
-#include "common_service/directory.h"
 #include "common_service/tarn_def.h"
-#include "framework_service/container_mgr.h"
 #include "framework_service/plugin_mgr.h"
-#include "framework_service/schedule_mgr.h"
-#include "support/host_fixture.h"
+#include "plugins/schedule_fixture.h"
 
 using testing::ElementsAre;
 using testing::Pair;
@@ -11,35 +8,35 @@ using testing::Pair;
 namespace {
 
 /// The plug-in of the guide, as its own build makes it.
-class ExamplePlugin : public CHostTest {
+class ExamplePlugin : public CScheduleTest {
 protected:
-    ~ExamplePlugin() override {
-        CContainerMgr::Instance().Init({});
-        CPluginMgr::Instance().UnLoadAllPlugin();
-    }
+    ExamplePlugin() : CScheduleTest("example", "MeroExample", EXAMPLE_LIB_DIR) {}
 };
 
 TEST_F(ExamplePlugin, IsFoundByItsJobAndSchedules) {
-    HALD::set_lib_directory(EXAMPLE_LIB_DIR);
-    ASSERT_EQ(CPluginMgr::Instance().LoadAllPlugin(), 0);
-    IPlugin* const pPlugin = CPluginMgr::Instance().GetPluginByJobType(9001);
-    ASSERT_NE(pPlugin, nullptr);
-
+    ASSERT_EQ(CPluginMgr::Instance().GetPluginByJobType(9001), &Plugin());
     PELU::CXml xml(nullptr);
-    ASSERT_TRUE(xml.Parse("<TaskID>1</TaskID>"));
+    Parse(xml, "<TaskID>1</TaskID>");
     std::list<CResourceTask> taskList;
-    ASSERT_EQ(pPlugin->PrivateTaskToResourceTask("node", 9001, xml, taskList), 0);
+    ASSERT_EQ(Plugin().PrivateTaskToResourceTask("node", 9001, xml, taskList), 0);
+    EXPECT_THAT(TaskIds(taskList), ElementsAre("1"));
+    AddContainer("a", 0, 0);
+    AddContainer("b", 0, 0);
+    EXPECT_EQ(Plugin().TaskSchedule("node", taskList, m_bindTable, m_ullDecisionVerNum, false), 0);
+    EXPECT_THAT(m_bindTable, ElementsAre(Pair("1", Addr("a"))));
+    EXPECT_EQ(m_ullDecisionVerNum, 41u);
+}
 
-    CTaskContainerMap bindTable;
-    unsigned long long ullDecisionVerNum = 0;
-    EXPECT_EQ(pPlugin->TaskSchedule("node", taskList, bindTable, ullDecisionVerNum, false),
-              ORVA_FAIL);
-    const CContainerAddr addr("node", "MeroExample");
-    CContainerMgr::Instance().AddContainer({{addr, CContainer()}});
-    ASSERT_EQ(CScheduleMgr::Instance().SetDecisionVerNum(40), 0);
-    EXPECT_EQ(pPlugin->TaskSchedule("node", taskList, bindTable, ullDecisionVerNum, false), 0);
-    EXPECT_THAT(bindTable, ElementsAre(Pair("1", addr)));
-    EXPECT_EQ(ullDecisionVerNum, 41u);
+TEST_F(ExamplePlugin, AppendsTheTaskOfARequestOrNothing) {
+    std::list<CResourceTask> taskList = Tasks({{"0"}});
+    PELU::CXml bad(nullptr);
+    Parse(bad, "<Other>1</Other>");
+    EXPECT_EQ(Plugin().PrivateTaskToResourceTask("node", 9001, bad, taskList), ORVA_XML_INVALID);
+    EXPECT_THAT(TaskIds(taskList), ElementsAre("0"));
+    PELU::CXml good(nullptr);
+    Parse(good, "<TaskID>1</TaskID>");
+    EXPECT_EQ(Plugin().PrivateTaskToResourceTask("node", 9001, good, taskList), 0);
+    EXPECT_THAT(TaskIds(taskList), ElementsAre("0", "1"));
 }
 
 }  // namespace

@@ -98,7 +98,7 @@ TEST_F(RecordingPlugin, EveryCostMustFit) {
     EXPECT_EQ(Schedule({{"net", 0, 6}, {"disk", 201}, {"both", 201, 6}, {"exact", 200, 5}}),
               ORVA_FAIL);
     EXPECT_THAT(BoundNodes(), ElementsAre(Pair("disk", "a"), Pair("exact", "a"), Pair("net", "b")));
-    EXPECT_THAT(m_logger.GetLines(), ElementsAre(NoRoom("both")));
+    EXPECT_THAT(m_logger.GetOperLines(), ElementsAre(NoRoom("both")));
 }
 
 TEST_F(RecordingPlugin, WithoutRoomNothingIsDecided) {
@@ -115,7 +115,7 @@ TEST_F(RecordingPlugin, ACostThatDoesNotFitTheNumbersFindsNoRoom) {
 }
 
 TEST_F(RecordingPlugin, AContainerThatNeverReportedTakesOnlyWhatCostsNothingAndLast) {
-    CContainerMgr::Instance().AddContainer({{Addr("a"), CContainer()}});
+    AddSilentContainer("a");
     EXPECT_EQ(Schedule({{"1", 1}}), ORVA_FAIL);
     EXPECT_EQ(Schedule({{"2"}}), 0);
     EXPECT_THAT(BoundNodes(), ElementsAre(Pair("2", "a")));
@@ -171,9 +171,11 @@ INSTANTIATE_TEST_SUITE_P(
     [](const auto& instance) { return instance.param.strName; });
 
 TEST_F(RecordingPlugin, ContainersOfOtherTypesGetNoTask) {
+    AddContainer("a", 900, 50);
     AddContainer("b", 900, 0);
     CContainer other;
-    other.SetTotalResource({});
+    other.SetNodeId("a");
+    other.SetContainerType("MeroImgDev");
     CContainerMgr::Instance().AddContainer({{{"a", "MeroImgDev"}, other}});
     EXPECT_EQ(Schedule({{"1"}}), 0);
     EXPECT_THAT(BoundNodes(), ElementsAre(Pair("1", "b")));
@@ -275,7 +277,7 @@ TEST_F(RecordingPlugin, BalanceOfNoContainersIsASuccess) {
 }
 
 TEST_F(RecordingPlugin, BalancePassesOverContainersThatNeverReported) {
-    CContainerMgr::Instance().AddContainer({{Addr("0"), CContainer()}});
+    AddSilentContainer("0");
     AddContainer("a", 800, 0, {{"1", 400}, {"2", 400}});
     AddContainer("b", 0, 0);
     EXPECT_EQ(Balance(), 0);
@@ -318,7 +320,7 @@ TEST_F(RecordingPlugin, ManualShiftLeavesAFailedContainerButEntersNone) {
         ORVA_FAIL);
     EXPECT_THAT(m_resultMap, ElementsAre(Pair("1", 0), Pair("2", ORVA_FAIL)));
     EXPECT_THAT(BoundNodes(), ElementsAre(Pair("1", "b")));
-    EXPECT_THAT(m_logger.GetLines(),
+    EXPECT_THAT(m_logger.GetOperLines(),
                 ElementsAre(Err("manual task schedule", ORVA_FAIL, "schedule_plugin",
                                 "ManualTaskSchedule", "cannot shift task[2] to node[a].")));
 }
@@ -363,7 +365,7 @@ TEST_F(RecordingPlugin, RefusesAJobOfAnother) {
     std::list<CResourceTask> taskList;
     EXPECT_EQ(Plugin().PrivateTaskToResourceTask("node", 2001, xml, taskList), ORVA_PARA_INVALID);
     EXPECT_THAT(
-        m_logger.GetLines(),
+        m_logger.GetOperLines(),
         ElementsAre(Err("private task to resource task", ORVA_PARA_INVALID, "schedule_plugin",
                         "PrivateTaskToResourceTask", "unknown job type[2001], node[node].")));
 }
@@ -390,7 +392,7 @@ TEST_P(RecordingBadRequest, IsRefusedAsAWhole) {
     EXPECT_EQ(Plugin().PrivateTaskToResourceTask("node", JOB_RECORD, xml, taskList),
               ORVA_XML_INVALID);
     EXPECT_EQ(taskList.size(), 1u);
-    EXPECT_THAT(m_logger.GetLines(),
+    EXPECT_THAT(m_logger.GetOperLines(),
                 ElementsAre(Err("read task list", ORVA_XML_INVALID, "task_xml",
                                 GetParam().strFunction, GetParam().strMessage)));
 }

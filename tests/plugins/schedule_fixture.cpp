@@ -2,6 +2,8 @@
 
 #include "common_service/directory.h"
 #include "framework_service/container_mgr.h"
+#include "framework_service/framework_common.h"
+#include "framework_service/node_mgr.h"
 #include "framework_service/plugin_mgr.h"
 #include "framework_service/schedule_mgr.h"
 
@@ -30,13 +32,15 @@ std::list<std::string> TaskIds(const std::list<CResourceTask>& taskList) {
     return ids;
 }
 
-CScheduleTest::CScheduleTest(const std::string& strPluginName, const std::string& strContainerType)
+CScheduleTest::CScheduleTest(const std::string& strPluginName, const std::string& strContainerType,
+                             const std::string& strLibDir)
     : m_strPluginName(strPluginName), m_strContainerType(strContainerType) {
-    HALD::set_lib_directory(PLUGIN_LIB_DIR);
+    HALD::set_lib_directory(strLibDir);
 }
 
 CScheduleTest::~CScheduleTest() {
     CContainerMgr::Instance().Init({});
+    CNodeMgr::Instance().Init({});
     CPluginMgr::Instance().UnLoadAllPlugin();
 }
 
@@ -48,6 +52,24 @@ void CScheduleTest::SetUp() {
     m_logger.Clear();
 }
 
+CContainer CScheduleTest::NamedContainer(const std::string& strNodeId) const {
+    CContainer container;
+    container.SetNodeId(strNodeId);
+    container.SetContainerType(m_strContainerType);
+    return container;
+}
+
+void CScheduleTest::Register(const CContainer& container) const {
+    CNode node;
+    node.SetNodeId(container.GetNodeId());
+    CNodeMgr::Instance().AddNode({{node.GetNodeId(), node}});
+    CContainerMgr::Instance().AddContainer({{Addr(node.GetNodeId()), container}});
+}
+
+void CScheduleTest::AddSilentContainer(const std::string& strNodeId) const {
+    Register(NamedContainer(strNodeId));
+}
+
 void CScheduleTest::AddContainer(const std::string& strNodeId, int iDisk, int iNet,
                                  const std::list<CTaskShape>& shapes) const {
     CSystemResource total;
@@ -56,13 +78,16 @@ void CScheduleTest::AddContainer(const std::string& strNodeId, int iDisk, int iN
     CSystemResource used;
     used.SetDisk(iDisk);
     used.SetNet(iNet);
-    CContainer container;
-    container.SetNodeId(strNodeId);
-    container.SetContainerType(m_strContainerType);
+    CContainer container = NamedContainer(strNodeId);
     container.SetTotalResource(total);
     container.SetCurResource(used);
     container.AddResourceTask(Tasks(shapes));
-    CContainerMgr::Instance().AddContainer({{Addr(strNodeId), container}});
+    Register(container);
+}
+
+void CScheduleTest::SetMember(const std::string& strNodeId, bool bNormal) {
+    CFrameworkCommon::Instance().SetNodeClusterStatus(
+        {strNodeId}, bNormal ? CLUSTER_MEMBER_NORMAL : CLUSTER_MEMBER_REMOVED);
 }
 
 int CScheduleTest::Schedule(const std::list<CTaskShape>& shapes, bool bReschedule) {

@@ -19,11 +19,12 @@ struct CTaskShape {
 std::list<CResourceTask> Tasks(const std::list<CTaskShape>& shapes);
 std::list<std::string> TaskIds(const std::list<CResourceTask>& taskList);
 
-/// A test on one of the built plug-ins, with a container registry of its own whose containers are
-/// of the plug-in's type. A container has the totals 1000 for disk and 100 for net.
+/// A test on one of the built plug-ins, with registries of its own whose containers are of the
+/// plug-in's type. A container has the totals 1000 for disk and 100 for net.
 class CScheduleTest : public CHostTest {
 protected:
-    CScheduleTest(const std::string& strPluginName, const std::string& strContainerType);
+    CScheduleTest(const std::string& strPluginName, const std::string& strContainerType,
+                  const std::string& strLibDir = PLUGIN_LIB_DIR);
     ~CScheduleTest() override;
 
     void SetUp() override;
@@ -32,9 +33,15 @@ protected:
         return {strNodeId, m_strContainerType};
     }
 
-    /// Registers a container that reports the disk and net in use and holds the tasks.
+    /// Registers a container that never reported, on a node that is a normal member.
+    void AddSilentContainer(const std::string& strNodeId) const;
+
+    /// The same for one that reports the disk and net in use and holds the tasks.
     void AddContainer(const std::string& strNodeId, int iDisk, int iNet,
                       const std::list<CTaskShape>& shapes = {}) const;
+
+    /// Makes the node a normal member of the cluster, or a removed one.
+    static void SetMember(const std::string& strNodeId, bool bNormal);
 
     /// Schedules and returns the answer; what was decided stands in m_bindTable.
     int Schedule(const std::list<CTaskShape>& shapes, bool bReschedule = false);
@@ -51,6 +58,9 @@ protected:
     unsigned long long m_ullDecisionVerNum = 0;
 
 private:
+    CContainer NamedContainer(const std::string& strNodeId) const;
+    void Register(const CContainer& container) const;
+
     const std::string m_strPluginName;
     const std::string m_strContainerType;
     IPlugin* m_pPlugin = nullptr;

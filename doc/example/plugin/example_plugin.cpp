@@ -1,7 +1,7 @@
 #include "common_service/tarn_def.h"
 #include "common_service/xml_common.h"
 #include "framework_service/IPlugin.h"
-#include "framework_service/container_mgr.h"
+#include "framework_service/framework_common.h"
 #include "framework_service/schedule_mgr.h"
 
 namespace {
@@ -9,7 +9,7 @@ namespace {
 constexpr unsigned int JOB_EXAMPLE = 9001;
 constexpr char CONTAINER_TYPE_EXAMPLE[] = "MeroExample";
 
-/// Puts every task into the first container of its type that is online.
+/// Puts every task into the first container of its type that is available.
 class CExamplePlugin : public IPlugin {
 public:
     std::string GetName() override { return "example"; }
@@ -43,17 +43,23 @@ public:
     int TaskSchedule(const std::string&, const std::list<CResourceTask>& resTaskList,
                      CTaskContainerMap& taskBindTable, unsigned long long& ullDecisionVerNum,
                      bool) override {
-        ContainerMap containerTable;
-        CContainerMgr::Instance().GetAllContainer(containerTable);
-        for (const auto& [addr, container] : containerTable) {
-            if (addr.GetContainerType() == CONTAINER_TYPE_EXAMPLE && container.IsOnline()) {
-                for (const CResourceTask& task : resTaskList) {
-                    taskBindTable.insert_or_assign(task.GetTaskId(), addr);
-                }
-                return CScheduleMgr::Instance().IncreaseDecisionVerNum(ullDecisionVerNum);
-            }
+        taskBindTable.clear();
+        if (resTaskList.empty()) {
+            return ORVA_SUCCEED;
         }
-        return ORVA_FAIL;
+        ContainerMap availableTable;
+        CFrameworkCommon::Instance().GetAvailableContainer(CONTAINER_TYPE_EXAMPLE, availableTable);
+        if (availableTable.empty()) {
+            return ORVA_FAIL;
+        }
+        const int iRet = CScheduleMgr::Instance().IncreaseDecisionVerNum(ullDecisionVerNum);
+        if (iRet != ORVA_SUCCEED) {
+            return iRet;
+        }
+        for (const CResourceTask& task : resTaskList) {
+            taskBindTable.emplace(task.GetTaskId(), availableTable.begin()->first);
+        }
+        return ORVA_SUCCEED;
     }
 };
 
