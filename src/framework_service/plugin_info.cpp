@@ -95,14 +95,18 @@ int CPluginInfo::LoadLibrary() {
     }
     const auto pCreate = reinterpret_cast<CREATE_SDK_FUNC>(pEntryPoint);
     int iRet = CallPlugin(m_strLibName, [&] { return pCreate(m_pPlugin); });
+    const bool bMade = iRet == ORVA_SUCCEED && m_pPlugin != nullptr;
+    if (!bMade) {
+        // The placeholder is for a number and gets the text of dlerror, or nothing: what the entry
+        // point left, before anything else is opened.
+        LogFailure(OPERATION_LOAD, iRet, "failure to creat sdk, lib name[%s], errno[%d].",
+                   m_strLibName.c_str(), dlerror());
+    }
     if (m_pPlugin != nullptr) {
         PinLibrary(pEntryPoint, m_strLibName);
         KeepForProcessLife(m_pPlugin);
     }
-    if (iRet != ORVA_SUCCEED || m_pPlugin == nullptr) {
-        // The placeholder is for a number and gets the text of dlerror, or nothing.
-        LogFailure(OPERATION_LOAD, iRet, "failure to creat sdk, lib name[%s], errno[%d].",
-                   m_strLibName.c_str(), dlerror());
+    if (!bMade) {
         m_sdkDll.close();
         return iRet;
     }

@@ -1,3 +1,5 @@
+#include <dlfcn.h>
+
 #include <memory>
 #include <stdexcept>
 #include <string>
@@ -129,6 +131,9 @@ private:
 #ifndef FIXTURE_NO_ENTRY
 extern "C" int CreatePlugin(IPlugin*& pPlugin) {
     pPlugin = MakeObject();
+#ifdef FIXTURE_NEEDS
+    dlopen(FIXTURE_NEEDS, RTLD_LAZY);
+#endif
     return Answer("CreatePlugin");
 }
 #endif
