@@ -66,31 +66,38 @@ void DropFromNodeList(std::list<CNode>& nodeList, const std::string& strNodeId,
     }
 }
 
+int LogFailedCGWrite(const CPlacedText& operation, int iCode) {
+    return LogFailure(operation, iCode, "set cg data into zk fail.");
+}
+
 /// Writes a CG list to the store. Returns 0 or, logged, the store's code.
 int WriteCGList(const CPlacedText& operation, CClusterCGInfoList& list) {
     const int iRet = WriteStore(STORE_NODE_CG_LIST, list);
-    if (iRet != ORVA_SUCCEED) {
-        LogFailure(operation, iRet, "set cg data into zk fail.");
-    }
-    return iRet;
+    return iRet == ORVA_SUCCEED ? iRet : LogFailedCGWrite(operation, iRet);
 }
 
-/// Accepts links from every member's address, then no longer from those of the nodes of an earlier
-/// load that are members no more. The local address is never taken away.
-void UpdateValidatedLinks(const std::list<CNode>& nodeList,
-                          const CSnapshotTable<std::string, CNode>& oldNodes) {
-    HALD::CNetFactory& netFactory = HALD::CNetFactory::Instance();
-    std::unordered_set<std::string_view> newNodeIPs(nodeList.size());
+using NodeAddresses = std::unordered_set<std::string_view>;
+
+/// Accepts links from every member's address. Returns these addresses, which live in the list.
+NodeAddresses AddValidatedLinks(const std::list<CNode>& nodeList) {
+    NodeAddresses newNodeIPs(nodeList.size());
     for (const CNode& node : nodeList) {
         if (node.GetMemberStatus() != CLUSTER_MEMBER_REMOVED) {
-            netFactory.AddValidatedLink(node.GetNodeIp(), VALIDATED_LINK_TYPE);
+            HALD::CNetFactory::Instance().AddValidatedLink(node.GetNodeIp(), VALIDATED_LINK_TYPE);
             newNodeIPs.insert(node.GetNodeIp());
         }
     }
+    return newNodeIPs;
+}
+
+/// Accepts no more links from nodes of an earlier load that are members no more. The local address
+/// is never taken away.
+void DelValidatedLinks(const CSnapshotTable<std::string, CNode>& oldNodes,
+                       const NodeAddresses& newNodeIPs) {
     for (const auto& [strNodeId, node] : oldNodes) {
         if (newNodeIPs.count(node.GetNodeIp()) == 0 &&
             node.GetNodeIp() != CGlobalConfig::Instance().GetLocalIp()) {
-            netFactory.DelValidatedLink(node.GetNodeIp(), VALIDATED_LINK_TYPE);
+            HALD::CNetFactory::Instance().DelValidatedLink(node.GetNodeIp(), VALIDATED_LINK_TYPE);
         }
     }
 }
@@ -165,8 +172,8 @@ int CFrameworkCommon::InitNodeAndContainerFromZK() {
                                "get data from cluster node fail.");
     }
     CGlobalConfig::Instance().SetClusterForwardType(cluster.GetClusterForwardType());
-    UpdateValidatedLinks(cluster.m_nodeList,
-                         CNodeMgr::Instance().Snapshot().value_or(CNodeMgr::CNodeTable()));
+    const NodeAddresses newNodeIPs = AddValidatedLinks(cluster.m_nodeList);
+    DelValidatedLinks(CNodeMgr::Instance().Snapshot().value_or(CNodeMgr::CNodeTable()), newNodeIPs);
     iRet = InitNodeAndContainer(cluster.m_nodeList);
     if (iRet != ORVA_SUCCEED) {
         return LogFailure("framework common, InitNodeAndContainerFromZK", iRet,
@@ -472,11 +479,11 @@ int CFrameworkCGCommon::AddSingleClusterCGInfo(const CClusterCGInfo& singleClust
                           info.GetFloatIp().c_str());
     }
     m_clusterCGList.AddClusterCGInfo(info);
-    const int iRet = WriteCGList(OPERATION_ADD_CG, m_clusterCGList);
-    if (iRet != ORVA_SUCCEED) {
+    if (const int iRet = WriteStore(STORE_NODE_CG_LIST, m_clusterCGList); iRet != ORVA_SUCCEED) {
         m_clusterCGList.RemoveClusterCG(info.GetFloatCode());
+        return LogFailedCGWrite(OPERATION_ADD_CG, iRet);
     }
-    return iRet;
+    return ORVA_SUCCEED;
 }
 
 int CFrameworkCGCommon::RemoveClusterCGInfo(const std::string& strFloatCGCode) {

@@ -243,6 +243,9 @@ CNetFactory& CNetFactory::Instance() {
 
 int CNetFactory::AddValidatedLink(const std::string& strIp, int iType) {
     Record("AddValidatedLink", strIp, iType);
+    if (const auto& onAddLink = CMinimalHost::Instance().m_onAddLink; onAddLink) {
+        onAddLink();
+    }
     return ORVA_FAIL;
 }
 

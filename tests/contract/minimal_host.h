@@ -28,6 +28,7 @@ struct CMinimalHost {
     std::vector<std::string> m_calls;
     std::map<std::string, ReadAnswer> m_reads;  ///< by path; any other path is absent
     std::function<int(const std::string& strText)> m_onWrite;
+    std::function<void()> m_onAddLink;
     std::function<void()> m_onDeleteLink;
     std::function<int(char* pszBuf, int iSize)> m_formatErrCode;
     std::function<int(std::string& strDir)> m_libDirectory;
