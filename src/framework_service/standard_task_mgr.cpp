@@ -34,15 +34,15 @@ int GetTaskFolder(std::string& strDir) {
     return iRet;
 }
 
-/// The costs in a task file are read, and the setters leave the model as it is.
-void ReadCosts(PELU::CXml& xml, CResourceTask& task) {
+/// The costs in a task file are read into strValue, which an attribute that is not there leaves as
+/// it is, and the setters leave the model as it is.
+void ReadCosts(PELU::CXml& xml, std::string& strValue, CResourceTask& task) {
     using CostSetter = bool (CResourceTask::*)(const std::string&);
     static constexpr std::pair<const char*, CostSetter> COSTS[] = {
         {"CPU", &CResourceTask::SetCpu},   {"MEM", &CResourceTask::SetMem},
         {"IO", &CResourceTask::SetIO},     {"NET", &CResourceTask::SetNet},
         {"DISK", &CResourceTask::SetDisk},
     };
-    std::string strValue;
     for (const auto& [pszAttribute, pSetter] : COSTS) {
         CXmlCommon::Instance().GetAttributeValue(xml, pszAttribute, strValue);
         (task.*pSetter)(strValue);
@@ -73,6 +73,7 @@ int CStdTaskMgr::GetAllStandardTaskFile(std::list<std::string>& taskFileTable) {
         return LogFailure(OPERATION, iRet, "get conf dir failed.");
     }
     if (const int iRet = CFileCommon::GetDirFileList(strDir, taskFileTable); iRet != ORVA_SUCCEED) {
+        taskFileTable.clear();
         return LogFailure(OPERATION, iRet, "get file list from dir[%s] failed.", strDir.c_str());
     }
     taskFileTable.remove_if([](const std::string& strName) { return !IsTaskFile(strName); });
@@ -107,10 +108,10 @@ int CStdTaskMgr::ParseStandardTaskTable(PELU::CXml& xml) {
     }
     do {
         CResourceTask task;
-        std::string strName;
-        const bool bNamed = CXmlCommon::Instance().GetElemValue(xml, PSZ_TASK, strName, false);
-        task.SetTaskName(strName);
-        ReadCosts(xml, task);
+        std::string strValue;
+        const bool bNamed = CXmlCommon::Instance().GetElemValue(xml, PSZ_TASK, strValue, false);
+        task.SetTaskName(strValue);
+        ReadCosts(xml, strValue, task);
         if (!bNamed) {
             return LogFailure(OPERATION, ORVA_XML_INVALID, "parse xml failed");
         }

@@ -8,8 +8,11 @@
 #include "framework_service/container_mgr.h"
 #include "framework_service/framework_common.h"
 #include "framework_service/node_mgr.h"
+#include "framework_service/standard_task_mgr.h"
 
 namespace {
+
+using Calls = std::vector<std::string>;
 
 constexpr int NUMERIC_STORE_CODE = 4711;
 
@@ -46,6 +49,8 @@ protected:
         CNodeMgr::Instance().Init({});
         CContainerMgr::Instance().Init({});
         m_host.Reset();
+        CStdTaskMgr::Instance().Load();
+        m_host.Reset();
     }
 
     CMinimalHost& m_host = CMinimalHost::Instance();
@@ -60,8 +65,7 @@ TEST_F(CallOut, NodesThatComeWhileLinksAreAddedLoseTheirsAsOldOnes) {
     m_host.m_onAddLink = [] { CNodeMgr::Instance().Init({MakeNode("n3", "10.0.0.3")}); };
     EXPECT_EQ(CFrameworkCommon::Instance().InitNodeAndContainerFromZK(), 0);
     EXPECT_EQ(m_host.CallsTo({"AddValidatedLink", "DelValidatedLink"}),
-              (std::vector<std::string>{"AddValidatedLink 10.0.0.1 70106",
-                                        "DelValidatedLink 10.0.0.3 70106"}));
+              (Calls{"AddValidatedLink 10.0.0.1 70106", "DelValidatedLink 10.0.0.3 70106"}));
 }
 
 TEST_F(CallOut, EntryThatTheStoreRefusedIsGoneWhenItIsLogged) {
@@ -78,6 +82,32 @@ TEST_F(CallOut, EntryThatTheStoreRefusedIsGoneWhenItIsLogged) {
     info.SetCGCode("n1");
     EXPECT_EQ(CFrameworkCGCommon::Instance().AddSingleClusterCGInfo(info), NUMERIC_STORE_CODE);
     EXPECT_EQ(sizes, std::vector<unsigned int>{0});
+}
+
+TEST_F(CallOut, FilesOfAListingThatFailedAreNotLoaded) {
+    m_host.m_libDirectory = [](std::string&) { return 0; };
+    m_host.m_xmlValues["Task"] = "model";
+    m_host.m_files = {"a.xml"};
+    m_host.m_iFileListRet = NUMERIC_STORE_CODE;
+    EXPECT_EQ(CStdTaskMgr::Instance().Load(), 0);
+    EXPECT_EQ(m_host.CallsTo({"CXml::Load"}), Calls());
+    m_host.m_iFileListRet = 0;
+    EXPECT_EQ(CStdTaskMgr::Instance().Load(), 0);
+    EXPECT_EQ(m_host.CallsTo({"CXml::Load"}), Calls{"CXml::Load /taskmodel/a.xml"});
+}
+
+TEST_F(CallOut, AttributesOfATaskAreReadIntoTheTextOfItsName) {
+    m_host.m_libDirectory = [](std::string&) { return 0; };
+    m_host.m_xmlValues = {{"Task", "model"}, {"IO", "5"}};
+    m_host.m_files = {"a.xml"};
+    EXPECT_EQ(CStdTaskMgr::Instance().Load(), 0);
+    EXPECT_EQ(m_host.CallsTo({"GetAttributeValue"}),
+              (Calls{"GetAttributeValue CPU [model]", "GetAttributeValue MEM [model]",
+                     "GetAttributeValue IO [model]", "GetAttributeValue NET [5]",
+                     "GetAttributeValue DISK [5]"}));
+    CResourceTask task;
+    EXPECT_EQ(CStdTaskMgr::Instance().GetStandardTask("model", task), 0);
+    EXPECT_EQ(task.GetTaskName(), "model");
 }
 
 }  // namespace

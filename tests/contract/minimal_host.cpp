@@ -45,6 +45,25 @@ std::string FormatText(const char* pszFormat, va_list arguments) {
     return szText;
 }
 
+bool HasXml() {
+    return !CMinimalHost::Instance().m_xmlValues.empty();
+}
+
+/// The value of that name; null when there is none.
+const std::string* FindXmlValue(const std::string& strName) {
+    const auto& values = CMinimalHost::Instance().m_xmlValues;
+    const auto it = values.find(strName);
+    return it != values.end() ? &it->second : nullptr;
+}
+
+bool ReadXmlValue(const std::string& strName, std::string& strValue) {
+    const std::string* const pValue = FindXmlValue(strName);
+    if (pValue != nullptr) {
+        strValue = *pValue;
+    }
+    return pValue != nullptr;
+}
+
 int AnswerDirectory(std::string& strDir) {
     const auto& answer = CMinimalHost::Instance().m_libDirectory;
     return answer ? answer(strDir) : ORVA_FAIL;
@@ -324,7 +343,7 @@ int ORVA_LogFormatErrCode(char* pszBuf, int iSize, int iCode, const char* pszFor
                                   pszFormat);
 }
 
-// ---------------------------------------------------------------- XML: a host without documents
+// ---------------------------------------------------------------- XML: each element is there once
 
 namespace PELU {
 
@@ -336,15 +355,15 @@ CXml::~CXml() = default;
 
 bool CXml::Load(const char* pszFile) {
     Record("CXml::Load", pszFile);
-    return false;
+    return HasXml();
 }
 
 bool CXml::FindElemEx(const char*) {
-    return false;
+    return HasXml();
 }
 
 bool CXml::FindElem(const char*) {
-    return false;
+    return HasXml();
 }
 
 bool CXml::FindElemValue(const char*) {
@@ -379,11 +398,13 @@ bool CXml::RemoveElem() {
 
 const char* CXml::GetXMLStream(unsigned int& uiLen) {
     uiLen = 0;
-    return nullptr;
+    return HasXml() ? "" : nullptr;
 }
 
-const char* CXml::GetElemValueEx(const char*) {
-    return nullptr;
+const char* CXml::GetElemValueEx(const char* pszPath) {
+    Record("GetElemValueEx", pszPath);
+    const std::string* const pValue = FindXmlValue(pszPath);
+    return pValue != nullptr ? pValue->c_str() : nullptr;
 }
 
 }  // namespace PELU
@@ -394,16 +415,18 @@ CXmlCommon& CXmlCommon::Instance() {
     return xmlCommon;
 }
 
-bool CXmlCommon::GetElemValue(PELU::CXml&, const std::string&, std::string&, bool) {
-    return false;
+bool CXmlCommon::GetElemValue(PELU::CXml&, const std::string& strName, std::string& strValue,
+                              bool) {
+    return ReadXmlValue(strName, strValue);
 }
 
 bool CXmlCommon::GetElemValueInt(PELU::CXml&, const std::string&, int&) {
     return false;
 }
 
-bool CXmlCommon::GetAttributeValue(PELU::CXml&, const std::string&, std::string&) {
-    return false;
+bool CXmlCommon::GetAttributeValue(PELU::CXml&, const std::string& strName, std::string& strValue) {
+    Record("GetAttributeValue", strName, "[" + strValue + "]");
+    return ReadXmlValue(strName, strValue);
 }
 
 int CXmlCommon::ParseKeyValueInfoFromXml(PELU::CXml&, std::map<std::string, std::string>&) {

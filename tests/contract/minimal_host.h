@@ -34,6 +34,9 @@ struct CMinimalHost {
     std::function<int(std::string& strDir)> m_libDirectory;
     int m_iFileListRet = 0;
     std::list<std::string> m_files;
+    /// What an element or attribute of that name, or the element at that path, holds. Empty: every
+    /// XML document is.
+    std::map<std::string, std::string> m_xmlValues;
     std::string m_strClusterCode;
     std::string m_strLocalIp;
     Logger* m_pLogger = nullptr;
