@@ -52,7 +52,7 @@ private:
 class CClusterMGRZNodeInfo : public CBaseJsonObject {
 public:
     CClusterMGRZNodeInfo();
-    explicit CClusterMGRZNodeInfo(const CClusterMGRInfo& masterMGRInfo);
+    CClusterMGRZNodeInfo(const CClusterMGRInfo& masterMGRInfo);
     CClusterMGRZNodeInfo(const CClusterMGRInfo& masterMGRInfo,
                          std::list<CClusterMGRInfo> stMGREleList);
 

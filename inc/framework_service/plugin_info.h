@@ -16,7 +16,7 @@ public:
     CPluginInfo() = default;
 
     /// The file name in the plug-in directory.
-    explicit CPluginInfo(const std::string& strLibName) : m_strLibName(strLibName) {}
+    CPluginInfo(const std::string& strLibName) : m_strLibName(strLibName) {}
     CPluginInfo(const CPluginInfo&) = delete;
     CPluginInfo& operator=(const CPluginInfo&) = delete;
 

@@ -2,6 +2,7 @@
 
 #include <algorithm>
 #include <cstddef>
+#include <optional>
 #include <utility>
 
 #include "common_service/bounded_string.h"
@@ -31,6 +32,12 @@ CClusterMGRInfo MakeMaster(const std::string& strNodeId, const std::string& strN
     info.SetMGRType(TARN_E_DOMAIN_MAIN);
     info.SetNodeIp(strNodeIp);
     return info;
+}
+
+/// The text at a path; nothing when there is no such element.
+std::optional<std::string> ReadElement(PELU::CXml& xml, const char* pszPath) {
+    const char* pszValue = xml.GetElemValueEx(pszPath);
+    return pszValue != nullptr ? std::optional<std::string>(pszValue) : std::nullopt;
 }
 
 }  // namespace
@@ -89,13 +96,12 @@ int CClusterMGRZNodeInfo::ParseFromXml(PELU::CXml& xml) {
         return LogNullPointer("Point pszXml is null.", ORVA_DATA_INVALID);
     }
     LogTrace("init cluster message, parse xml message[%s].", pszXml);
-    const char* pszNodeId = xml.GetElemValueEx(PSZ_XML_PATH_DOMAIN_MAIN);
-    if (pszNodeId == nullptr) {
+    const std::optional<std::string> nodeId = ReadElement(xml, PSZ_XML_PATH_DOMAIN_MAIN);
+    const std::optional<std::string> nodeIp = ReadElement(xml, PSZ_XML_PATH_FLOAT_IP);
+    if (!nodeId) {
         return LogNullPointer("Point strNodeId is null.", ORVA_XML_INVALID);
     }
-    const std::string strNodeId(pszNodeId);
-    const char* pszNodeIp = xml.GetElemValueEx(PSZ_XML_PATH_FLOAT_IP);
-    SetMasterMGRInfo(MakeMaster(strNodeId, pszNodeIp != nullptr ? pszNodeIp : ""));
+    SetMasterMGRInfo(MakeMaster(*nodeId, nodeIp.value_or("")));
     LogTrace("CClusterMGRZNodeInfo:NvrCode[%s], NodeIp[%s], MGRType[%d].",
              m_masterMGRInfo.GetNodeId().c_str(),
              ORVA_DesensitizeIPAddress(m_masterMGRInfo.GetNodeIp()).c_str(),

@@ -4,7 +4,10 @@
 #include <string>
 #include <vector>
 
+#include "common_service/tarn_def.h"
+#include "common_service/xml.h"
 #include "contract/minimal_host.h"
+#include "framework_service/cluster_mgr_znode_info.h"
 #include "framework_service/container_mgr.h"
 #include "framework_service/framework_common.h"
 #include "framework_service/node_mgr.h"
@@ -108,6 +111,15 @@ TEST_F(CallOut, AttributesOfATaskAreReadIntoTheTextOfItsName) {
     CResourceTask task;
     EXPECT_EQ(CStdTaskMgr::Instance().GetStandardTask("model", task), 0);
     EXPECT_EQ(task.GetTaskName(), "model");
+}
+
+TEST_F(CallOut, ManagersNodeAndAddressAreBothReadBeforeOneIsMissed) {
+    m_host.m_xmlValues["Content"] = "";
+    PELU::CXml xml(nullptr);
+    EXPECT_EQ(CClusterMGRZNodeInfo().ParseFromXml(xml), ORVA_XML_INVALID);
+    EXPECT_EQ(m_host.CallsTo({"GetElemValueEx"}),
+              (Calls{"GetElemValueEx Content/ClusterBody/DomainMainInfo/DomainMain",
+                     "GetElemValueEx Content/ClusterBody/DomainMainInfo/FloatIP"}));
 }
 
 }  // namespace
