@@ -1,6 +1,3 @@
-#include "framework_service/node_mgr.h"
-
-#include <atomic>
 #include <functional>
 #include <limits>
 #include <string>
@@ -8,67 +5,15 @@
 #include <vector>
 
 #include "support/fake_clock.h"
-#include "support/host_fixture.h"
-#include "support/refused_locks.h"
+#include "support/node_manager_fixture.h"
 #include "support/registry_fixture.h"
 
 using testing::AnyOf;
 using testing::ElementsAre;
 using testing::IsEmpty;
+using namespace node_manager;
 
 namespace {
-
-constexpr std::time_t NUMERIC_NOW = 1000000;
-
-CSystemResource Cpu(int32_t iCpu) {
-    CSystemResource resource;
-    resource.SetCpu(iCpu);
-    return resource;
-}
-
-CNode MakeNode(const std::string& strNodeId, const std::string& strIp = "",
-               const std::list<std::string>& containerList = {}) {
-    CNode node;
-    node.SetNodeId(strNodeId);
-    node.SetNodeIp(strIp);
-    node.SetContainerList(containerList);
-    return node;
-}
-
-/// The manager without nodes and without fault times of the nodes N1, N10 and N2.
-class NodeManager : public CHostTest {
-protected:
-    NodeManager() {
-        m_manager.Init({});
-        ClearFaultTimes();
-    }
-    ~NodeManager() override {
-        m_manager.Init({});
-        ClearFaultTimes();
-    }
-
-    void ClearFaultTimes() {
-        m_manager.ClearContainerShiftStatus(std::list<std::string>{"N1", "N10", "N2"});
-    }
-
-    std::list<std::string> Ids() {
-        std::list<CNode> nodeList;
-        m_manager.GetAllNode(nodeList);
-        std::list<std::string> ids;
-        for (const CNode& node : nodeList) {
-            ids.push_back(node.GetNodeId());
-        }
-        return ids;
-    }
-
-    CNode Known(const std::string& strNodeId) {
-        CNode node;
-        EXPECT_TRUE(m_manager.GetNode(strNodeId, node)) << strNodeId;
-        return node;
-    }
-
-    CNodeMgr& m_manager = CNodeMgr::Instance();
-};
 
 TEST_F(NodeManager, IsOneInTheProcess) {
     EXPECT_EQ(&CNodeMgr::Instance(), &CNodeMgr::Instance());
@@ -348,58 +293,6 @@ TEST_F(FaultTimes, OfNoNodeStay) {
     m_manager.ClearContainerShiftStatus("unknown");
     m_manager.ClearContainerShiftStatus(std::list<std::string>{});
     EXPECT_THAT(Times(), ElementsAre(1, 1, 1, 1));
-}
-
-class RefusedNodeManager : public NodeManager {
-protected:
-    RefusedNodeManager() {
-        m_manager.Init({MakeNode("N1", "10.0.0.1", {"Cam"})});
-        m_manager.SetContainerShiftFaultTimes({"N1", "Cam"}, 1);
-    }
-};
-
-TEST_F(RefusedNodeManager, AnswersAsForAnUnknownNode) {
-    const CRefusedLocks refused;
-    CNode node = MakeNode("mine");
-    EXPECT_FALSE(m_manager.GetNode("N1", node));
-    EXPECT_EQ(node.GetNodeId(), "mine");
-    EXPECT_FALSE(m_manager.IsNodeExist("N1"));
-    EXPECT_FALSE(m_manager.IsNodeOnline("N1"));
-    EXPECT_EQ(m_manager.GetContainerShiftFaultTimes({"N1", "Cam"}), 0U);
-    EXPECT_THAT(Ids(), IsEmpty());
-    std::list<std::string> nodeList = {"old"};
-    EXPECT_EQ(m_manager.GetNearbyNodeListByIP(0, 0, nodeList), 1);
-    EXPECT_THAT(nodeList, IsEmpty());
-    EXPECT_EQ(m_manager.GetSize(), 1U) << "the size is read without the lock";
-    EXPECT_THAT(m_logger.GetLines(), IsEmpty());
-}
-
-TEST_F(RefusedNodeManager, ChangesNothingAndIsSilent) {
-    unsigned int uiLeft = 99;
-    {
-        const CRefusedLocks refused;
-        m_manager.Init({});
-        m_manager.AddNode({{"N2", MakeNode("N2")}});
-        m_manager.SetNodeOnline("N1", false);
-        m_manager.SetSystemResource("N1", Cpu(1), Cpu(1));
-        m_manager.SetSystemResource("unknown", Cpu(1), Cpu(1));
-        m_manager.SetMemberStatus({"N1"}, CLUSTER_MEMBER_REMOVED);
-        m_manager.RemoveNode("N1");
-        m_manager.RemoveNodeContainer("N1", "Cam", uiLeft);
-        m_manager.RemoveNodeContainer("unknown", "Cam", uiLeft);
-        m_manager.SetContainerShiftFaultTimes({"N1", "Cam"}, 9);
-        m_manager.ClearContainerShiftStatus("N1");
-        m_manager.ClearContainerShiftStatus(std::list<std::string>{"N1"});
-    }
-    EXPECT_EQ(uiLeft, 99U);
-    EXPECT_THAT(Ids(), ElementsAre("N1"));
-    const CNode node = Known("N1");
-    EXPECT_TRUE(node.IsOnline());
-    EXPECT_EQ(node.GetTotalResource().GetCpu(), 0);
-    EXPECT_EQ(node.GetMemberStatus(), CLUSTER_MEMBER_NORMAL);
-    EXPECT_THAT(ContainersOf(node), ElementsAre("Cam"));
-    EXPECT_EQ(m_manager.GetContainerShiftFaultTimes({"N1", "Cam"}), 1U);
-    EXPECT_THAT(m_logger.GetLines(), IsEmpty());
 }
 
 TEST_F(NodeManager, ServesManyThreadsAtOnce) {
