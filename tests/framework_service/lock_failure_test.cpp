@@ -94,16 +94,11 @@ void ReportNvr(CContainerMgr& mgr) {
     mgr.UpdateHighSpeedNvrInfo("nvr", 1000, 0, ORVA_STATUS_RUN, ORVA_STATUS_RUN, ORVA_STATUS_RUN);
 }
 
-std::vector<COperation> NodeMgrOperations(const std::string& strNodeId) {
+std::vector<COperation> NodeQuestions(const std::string& strNodeId) {
     CNodeMgr& mgr = CNodeMgr::Instance();
     const CContainerAddr addr(strNodeId, "A");
     const COperationMaker of("CNodeMgr");
     return {
-        of.Silent("Init", [&mgr] { mgr.Init({MakeNode("n9")}); }),
-        of.Silent("AddNode",
-                  [&mgr] {
-                      mgr.AddNode({{"n9", MakeNode("n9")}});
-                  }),
         of.Answering(
             "GetAllNode",
             [&mgr] {
@@ -123,10 +118,34 @@ std::vector<COperation> NodeMgrOperations(const std::string& strNodeId) {
         of.Answering(
             "IsNodeExist", [&mgr, strNodeId] { return Tell(mgr.IsNodeExist(strNodeId)); },
             Tell(false)),
-        of.Silent("SetNodeOnline", [&mgr, strNodeId] { mgr.SetNodeOnline(strNodeId, false); }),
         of.Answering(
             "IsNodeOnline", [&mgr, strNodeId] { return Tell(mgr.IsNodeOnline(strNodeId)); },
             Tell(false)),
+        of.Answering(
+            "GetNearbyNodeListByIP",
+            [&mgr] {
+                std::list<std::string> nodeList = {"old"};
+                const int iRet = mgr.GetNearbyNodeListByIP(0, 0, nodeList);
+                return Tell(iRet, nodeList.size());
+            },
+            Tell(ORVA_FAIL, 0)),
+        of.Answering(
+            "GetContainerShiftFaultTimes",
+            [&mgr, addr] { return Tell(mgr.GetContainerShiftFaultTimes(addr)); }, Tell(0)),
+    };
+}
+
+std::vector<COperation> NodeChanges(const std::string& strNodeId) {
+    CNodeMgr& mgr = CNodeMgr::Instance();
+    const CContainerAddr addr(strNodeId, "A");
+    const COperationMaker of("CNodeMgr");
+    return {
+        of.Silent("Init", [&mgr] { mgr.Init({MakeNode("n9")}); }),
+        of.Silent("AddNode",
+                  [&mgr] {
+                      mgr.AddNode({{"n9", MakeNode("n9")}});
+                  }),
+        of.Silent("SetNodeOnline", [&mgr, strNodeId] { mgr.SetNodeOnline(strNodeId, false); }),
         of.Silent("SetSystemResource",
                   [&mgr, strNodeId] { mgr.SetSystemResource(strNodeId, Cpu(5), Cpu(6)); }),
         of.Silent("SetMemberStatus", [&mgr, strNodeId] { mgr.SetMemberStatus({strNodeId}, 1); }),
@@ -139,19 +158,8 @@ std::vector<COperation> NodeMgrOperations(const std::string& strNodeId) {
                 return Tell(uiLeft);
             },
             Tell(77)),
-        of.Answering(
-            "GetNearbyNodeListByIP",
-            [&mgr] {
-                std::list<std::string> nodeList = {"old"};
-                const int iRet = mgr.GetNearbyNodeListByIP(0, 0, nodeList);
-                return Tell(iRet, nodeList.size());
-            },
-            Tell(ORVA_FAIL, 0)),
         of.Silent("SetContainerShiftFaultTimes",
                   [&mgr, addr] { mgr.SetContainerShiftFaultTimes(addr, 9); }),
-        of.Answering(
-            "GetContainerShiftFaultTimes",
-            [&mgr, addr] { return Tell(mgr.GetContainerShiftFaultTimes(addr)); }, Tell(0)),
         of.Silent("ClearContainerShiftStatus",
                   [&mgr, strNodeId] { mgr.ClearContainerShiftStatus(strNodeId); }),
         of.Silent("ClearContainerShiftStatusOfList",
@@ -161,27 +169,11 @@ std::vector<COperation> NodeMgrOperations(const std::string& strNodeId) {
     };
 }
 
-std::vector<COperation> ContainerMgrOperations(const std::string& strNodeId) {
+std::vector<COperation> ContainerTable(const std::string& strNodeId) {
     CContainerMgr& mgr = CContainerMgr::Instance();
     const CContainerAddr addr(strNodeId, CONTAINER_TYPE_CLOUD_STORAGE);
     const CContainerAddr added("n9", "A");
-    using Selection = int (CContainerMgr::*)(std::string&, int32_t);
     const COperationMaker of("CContainerMgr");
-    const auto question = [&](const char* pszName,
-                              bool (CContainerMgr::*pQuestion)(const CContainerAddr&)) {
-        return of.Answering(
-            pszName, [&mgr, addr, pQuestion] { return Tell((mgr.*pQuestion)(addr)); }, Tell(false));
-    };
-    const auto selection = [&](const char* pszName, Selection pSelection) {
-        return of.Answering(
-            pszName,
-            [&mgr, pSelection] {
-                std::string strNvrCode = "old";
-                const int iRet = (mgr.*pSelection)(strNvrCode, 1);
-                return Tell(iRet, strNvrCode);
-            },
-            Tell(ORVA_FAIL, "old"));
-    };
     return {
         of.Answering(
             "Init",
@@ -206,6 +198,19 @@ std::vector<COperation> ContainerMgrOperations(const std::string& strNodeId) {
         of.Answering(
             "RemoveContainer", [&mgr, addr] { return Tell(mgr.RemoveContainer(addr)); },
             Tell(ORVA_FAIL)),
+    };
+}
+
+std::vector<COperation> ContainerStates(const std::string& strNodeId) {
+    CContainerMgr& mgr = CContainerMgr::Instance();
+    const CContainerAddr addr(strNodeId, CONTAINER_TYPE_CLOUD_STORAGE);
+    const COperationMaker of("CContainerMgr");
+    const auto question = [&](const char* pszName,
+                              bool (CContainerMgr::*pQuestion)(const CContainerAddr&)) {
+        return of.Answering(
+            pszName, [&mgr, addr, pQuestion] { return Tell((mgr.*pQuestion)(addr)); }, Tell(false));
+    };
+    return {
         of.Silent("SetContainerOnline", [&mgr, addr] { mgr.SetContainerOnline(addr, false); }),
         question("IsContainerOnline", &CContainerMgr::IsContainerOnline),
         of.Silent("SetSystemResource",
@@ -217,6 +222,22 @@ std::vector<COperation> ContainerMgrOperations(const std::string& strNodeId) {
                       mgr.SetProcessState(addr, {{"p", 1}});
                   }),
         question("IsProcessRunning", &CContainerMgr::IsProcessRunning),
+        of.Silent("SetContainerFaultShift",
+                  [&mgr, addr] { mgr.SetContainerFaultShift(addr, true); }),
+        question("IsContainerSupportFaultShift", &CContainerMgr::IsContainerSupportFaultShift),
+        of.Silent("SetContainerDoingFaultShift",
+                  [&mgr, addr] { mgr.SetContainerDoingFaultShift(addr, false); }),
+        question("IsContainerDoingFaultShift", &CContainerMgr::IsContainerDoingFaultShift),
+        of.Silent("SetContainerMemberStatus",
+                  [&mgr, addr] { mgr.SetContainerMemberStatus(addr, CLUSTER_MEMBER_REMOVED); }),
+    };
+}
+
+std::vector<COperation> ContainerTasks(const std::string& strNodeId) {
+    CContainerMgr& mgr = CContainerMgr::Instance();
+    const CContainerAddr addr(strNodeId, CONTAINER_TYPE_CLOUD_STORAGE);
+    const COperationMaker of("CContainerMgr");
+    return {
         of.Silent("SetResourceTask",
                   [&mgr, addr] {
                       mgr.SetResourceTask(addr, {MakeTask("t2")}, CONTAINER_STATUS_REPORT_REQ);
@@ -232,14 +253,6 @@ std::vector<COperation> ContainerMgrOperations(const std::string& strNodeId) {
         of.Silent("RemoveResourceTask", [&mgr, addr] { mgr.RemoveResourceTask(addr, {"t1"}); }),
         of.Silent("AddResourceTask", [&mgr, addr] { mgr.AddResourceTask(addr, {MakeTask("t2")}); }),
         of.Silent("SaveDataToZK", [&mgr, addr] { mgr.SaveDataToZK(addr); }),
-        of.Silent("SetContainerFaultShift",
-                  [&mgr, addr] { mgr.SetContainerFaultShift(addr, true); }),
-        question("IsContainerSupportFaultShift", &CContainerMgr::IsContainerSupportFaultShift),
-        of.Silent("SetContainerDoingFaultShift",
-                  [&mgr, addr] { mgr.SetContainerDoingFaultShift(addr, false); }),
-        question("IsContainerDoingFaultShift", &CContainerMgr::IsContainerDoingFaultShift),
-        of.Silent("SetContainerMemberStatus",
-                  [&mgr, addr] { mgr.SetContainerMemberStatus(addr, CLUSTER_MEMBER_REMOVED); }),
         of.Silent("SetContainerResTaskNeedUpdate",
                   [&mgr, addr] { mgr.SetContainerResTaskNeedUpdate(addr, false); }),
         of.Silent("SetExtParam", [&mgr, addr] { mgr.SetExtParam(addr, {}); }),
@@ -253,6 +266,24 @@ std::vector<COperation> ContainerMgrOperations(const std::string& strNodeId) {
                 return Tell(strValue);
             },
             Tell("old")),
+    };
+}
+
+std::vector<COperation> HighSpeedSelections() {
+    CContainerMgr& mgr = CContainerMgr::Instance();
+    using Selection = int (CContainerMgr::*)(std::string&, int32_t);
+    const COperationMaker of("CContainerMgr");
+    const auto selection = [&](const char* pszName, Selection pSelection) {
+        return of.Answering(
+            pszName,
+            [&mgr, pSelection] {
+                std::string strNvrCode = "old";
+                const int iRet = (mgr.*pSelection)(strNvrCode, 1);
+                return Tell(iRet, strNvrCode);
+            },
+            Tell(ORVA_FAIL, "old"));
+    };
+    return {
         of.Silent("UpdateHighSpeedNvrInfo", [&mgr] { ReportNvr(mgr); }),
         selection("GetHighSpeedNvrCode", &CContainerMgr::GetHighSpeedNvrCode),
         selection("GetPicHighSpeedNvrCode", &CContainerMgr::GetPicHighSpeedNvrCode),
@@ -264,7 +295,8 @@ std::vector<COperation> ContainerMgrOperations(const std::string& strNodeId) {
 std::vector<COperation> Operations(const std::string& strNodeId) {
     std::vector<COperation> operations;
     for (const auto& ofRegistry :
-         {NodeMgrOperations(strNodeId), ContainerMgrOperations(strNodeId)}) {
+         {NodeQuestions(strNodeId), NodeChanges(strNodeId), ContainerTable(strNodeId),
+          ContainerStates(strNodeId), ContainerTasks(strNodeId), HighSpeedSelections()}) {
         operations.insert(operations.end(), ofRegistry.begin(), ofRegistry.end());
     }
     return operations;

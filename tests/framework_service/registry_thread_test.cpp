@@ -25,6 +25,9 @@ CClusterCGInfo MakeCG(const std::string& strSuffix) {
     return info;
 }
 
+/// What a thread does over and over, told apart by the thread's suffix.
+using COperation = std::function<void(const std::string& strSuffix)>;
+
 /// The registries with twice as many nodes as threads, all of which run container "A" for good.
 class RegistriesUnderThreads : public CRegistryTest {
 protected:
@@ -38,8 +41,7 @@ protected:
     }
 
     /// Every thread runs all operations in a row, beginning with another one.
-    static void Hammer(
-        const std::vector<std::function<void(const std::string& strSuffix)>>& operations) {
+    static void Hammer(const std::vector<COperation>& operations) {
         std::vector<std::thread> threads;
         for (unsigned int uiThread = 0; uiThread < NUMERIC_THREADS; ++uiThread) {
             threads.emplace_back([&operations, uiThread] {
@@ -53,17 +55,21 @@ protected:
         }
     }
 
+    std::vector<COperation> NodesAndContainers();
+    std::vector<COperation> NumbersAndLists();
+
+    void ExpectZero(int iRet) { m_iFailures += iRet != 0; }
+
+    std::atomic<int> m_iFailures{0};
     CNodeMgr& m_nodeMgr = CNodeMgr::Instance();
     CContainerMgr& m_containerMgr = CContainerMgr::Instance();
     CScheduleMgr& m_scheduleMgr = CScheduleMgr::Instance();
     CFrameworkCGCommon& m_cgRegistry = CFrameworkCGCommon::Instance();
 };
 
-TEST_F(RegistriesUnderThreads, LoseAndInventNothing) {
-    std::atomic<int> iFailures{0};
-    const auto expectZero = [&iFailures](int iRet) { iFailures += iRet != 0; };
-    Hammer({
-        [&](const std::string& strSuffix) {
+std::vector<COperation> RegistriesUnderThreads::NodesAndContainers() {
+    return {
+        [this](const std::string& strSuffix) {
             const CContainerAddr addr("n" + strSuffix, "A");
             m_nodeMgr.AddNode({{"joining" + strSuffix, MakeStoredNode("joining" + strSuffix, {})}});
             m_nodeMgr.SetMemberStatus({addr.GetNodeId()}, CLUSTER_MEMBER_NORMAL);
@@ -71,76 +77,88 @@ TEST_F(RegistriesUnderThreads, LoseAndInventNothing) {
             m_nodeMgr.SetContainerShiftFaultTimes(addr,
                                                   m_nodeMgr.GetContainerShiftFaultTimes(addr) + 1);
         },
-        [&](const std::string& strSuffix) {
+        [this](const std::string& strSuffix) {
             const CContainerAddr addr("joining" + strSuffix, "B");
-            expectZero(m_containerMgr.AddContainer({{addr, CContainer()}}));
+            ExpectZero(m_containerMgr.AddContainer({{addr, CContainer()}}));
             m_containerMgr.SetProcessState(addr, {{"p", PROCESS_STATE_RUNNING}});
-            expectZero(!m_containerMgr.IsProcessRunning(addr));
+            ExpectZero(!m_containerMgr.IsProcessRunning(addr));
             m_containerMgr.SetSystemResource(addr, {}, {});
             m_containerMgr.SetUptadeFlag("", true);
-            expectZero(m_containerMgr.RemoveContainer(addr));
+            ExpectZero(m_containerMgr.RemoveContainer(addr));
         },
-        [&](const std::string& strSuffix) {
+        [this](const std::string& strSuffix) {
             CResourceTask task;
             task.SetTaskId(strSuffix);
             const CContainerAddr addr("n" + strSuffix, "A");
             m_containerMgr.AddResourceTask(addr, {task});
             std::list<CResourceTask> taskList;
             m_containerMgr.GetResTaskList(addr, taskList);
-            expectZero(taskList.size() != 1);
+            ExpectZero(taskList.size() != 1);
             m_containerMgr.RemoveResourceTask(addr, {strSuffix});
         },
-        [&](const std::string& strSuffix) {
+        [this](const std::string& strSuffix) {
             m_containerMgr.UpdateHighSpeedNvrInfo("nvr" + strSuffix, 1000, 0, 1, 1, 1);
             std::string strNvr;
-            expectZero(m_containerMgr.GetHighSpeedNvrCode(strNvr, 1));
-            expectZero(m_containerMgr.GetPicHighSpeedNvrCode(strNvr, 1));
+            ExpectZero(m_containerMgr.GetHighSpeedNvrCode(strNvr, 1));
+            ExpectZero(m_containerMgr.GetPicHighSpeedNvrCode(strNvr, 1));
         },
-        [&](const std::string& strSuffix) {
+    };
+}
+
+std::vector<COperation> RegistriesUnderThreads::NumbersAndLists() {
+    return {
+        [this](const std::string& strSuffix) {
             const CContainerAddr addr("n" + strSuffix, "shifted");
             m_scheduleMgr.AddShiftContainer(addr);
-            expectZero(!m_scheduleMgr.IsScheduling());
+            ExpectZero(!m_scheduleMgr.IsScheduling());
             std::list<CContainerAddr> addresses;
             m_scheduleMgr.GetAllShiftContainer(addresses);
             m_scheduleMgr.RemoveShiftContainer(addr);
         },
-        [&](const std::string&) {
+        [this](const std::string&) {
             unsigned long long ullNumber = 0;
-            expectZero(m_scheduleMgr.IncreaseDecisionVerNum(ullNumber));
-            expectZero(m_scheduleMgr.GetDecisionVerNum() < ullNumber);
-            expectZero(m_scheduleMgr.IncreaseMasterVerNum());
+            ExpectZero(m_scheduleMgr.IncreaseDecisionVerNum(ullNumber));
+            ExpectZero(m_scheduleMgr.GetDecisionVerNum() < ullNumber);
+            ExpectZero(m_scheduleMgr.IncreaseMasterVerNum());
         },
-        [&](const std::string& strSuffix) {
-            expectZero(m_cgRegistry.AddSingleClusterCGInfo(MakeCG(strSuffix)));
-            expectZero(m_cgRegistry.UpdateClusterCGInfoByFloatCode(MakeCG(strSuffix)));
+        [this](const std::string& strSuffix) {
+            ExpectZero(m_cgRegistry.AddSingleClusterCGInfo(MakeCG(strSuffix)));
+            ExpectZero(m_cgRegistry.UpdateClusterCGInfoByFloatCode(MakeCG(strSuffix)));
             CClusterCGInfoList cached;
             m_cgRegistry.GetClusterCGInfoList(cached);
-            expectZero(!cached.IsCGExist("f" + strSuffix));
-            expectZero(m_cgRegistry.ReloadClusterCGInfoList());
-            expectZero(m_cgRegistry.RemoveClusterCGInfo("f" + strSuffix));
+            ExpectZero(!cached.IsCGExist("f" + strSuffix));
+            ExpectZero(m_cgRegistry.ReloadClusterCGInfoList());
+            ExpectZero(m_cgRegistry.RemoveClusterCGInfo("f" + strSuffix));
         },
-        [&](const std::string& strSuffix) {
+        [this](const std::string& strSuffix) {
             ContainerMap available;
             CFrameworkCommon::Instance().GetAvailableContainer("A", available);
-            expectZero(available.count(CContainerAddr("n" + strSuffix, "A")) != 1);
+            ExpectZero(available.count(CContainerAddr("n" + strSuffix, "A")) != 1);
         },
-        [&](const std::string&) {
+        [this](const std::string&) {
             CPluginMgr& pluginMgr = CPluginMgr::Instance();
             std::list<std::string> names;
             pluginMgr.GetAllPluginName(names);
-            expectZero(pluginMgr.GetPluginByName("ghost") != nullptr);
-            expectZero(pluginMgr.GetPluginByJobType(1) != nullptr);
-            expectZero(pluginMgr.GetPluginByContainerType("A") != nullptr);
-            expectZero(pluginMgr.IsContainerSupportFaultShift("A"));
+            ExpectZero(pluginMgr.GetPluginByName("ghost") != nullptr);
+            ExpectZero(pluginMgr.GetPluginByJobType(1) != nullptr);
+            ExpectZero(pluginMgr.GetPluginByContainerType("A") != nullptr);
+            ExpectZero(pluginMgr.IsContainerSupportFaultShift("A"));
         },
-        [&](const std::string& strSuffix) {
+        [this](const std::string& strSuffix) {
             m_nodeMgr.RemoveNode("joining" + strSuffix);
-            expectZero(!m_nodeMgr.IsNodeExist("n" + strSuffix));
+            ExpectZero(!m_nodeMgr.IsNodeExist("n" + strSuffix));
             CNode node;
-            expectZero(!m_nodeMgr.GetNode("n" + strSuffix, node));
+            ExpectZero(!m_nodeMgr.GetNode("n" + strSuffix, node));
         },
-    });
-    EXPECT_EQ(iFailures, 0);
+    };
+}
+
+TEST_F(RegistriesUnderThreads, LoseAndInventNothing) {
+    std::vector<COperation> operations = NodesAndContainers();
+    const std::vector<COperation> others = NumbersAndLists();
+    operations.insert(operations.end(), others.begin(), others.end());
+    Hammer(operations);
+    EXPECT_EQ(m_iFailures, 0);
 
     for (unsigned int i = 0; i < NUMERIC_THREADS; ++i) {
         m_nodeMgr.RemoveNode("joining" + std::to_string(i));
