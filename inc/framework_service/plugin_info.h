@@ -36,6 +36,13 @@ public:
     /// The plug-in's own name; empty until it is loaded.
     std::string GetName() const { return m_strName; }
 
+    /// The file name in the plug-in directory.
+    const std::string& GetLibName() const { return m_strLibName; }
+
+    /// Why a load or a question failed last, in words: the loader's text, what the plug-in threw or
+    /// answered. Empty when none failed.
+    const std::string& GetFailure() const { return m_strFailure; }
+
     /// @name The plug-in's answer; ORVA_PARA_INVALID, logged, without an object
     /// @{
     int GetSupportedJobs(std::list<unsigned int>& jobList);
@@ -50,4 +57,5 @@ private:
     std::string m_strLibName;
     ACE_DLL m_sdkDll{true};
     IPlugin* m_pPlugin = nullptr;
+    std::string m_strFailure;
 };

@@ -23,18 +23,48 @@ const char* ErrorText(const ACE_DLL& dll) {
 }
 
 /// Calls into the plug-in. An exception must not cross the library: it is logged and counts as the
-/// answer ORVA_FAIL.
+/// answer ORVA_FAIL. Of a failure, strFailure holds the words.
 template <typename Call>
-int CallPlugin(const std::string& strLibName, const Call& call, CPlace place = CPlace::Here()) {
+int CallPlugin(const char* pszCall, const std::string& strLibName, std::string& strFailure,
+               const Call& call, CPlace place = CPlace::Here()) {
     try {
-        return call();
+        const int iRet = call();
+        if (iRet != ORVA_SUCCEED) {
+            strFailure = std::string(pszCall) + " answered " + std::to_string(iRet);
+        }
+        return iRet;
     } catch (const std::exception& error) {
+        strFailure = std::string(pszCall) + " threw: " + error.what();
         return LogFailure({"call plugin", place}, ORVA_FAIL, "plugin threw, name[%s], reason[%s].",
                           strLibName.c_str(), error.what());
     } catch (...) {
+        strFailure = std::string(pszCall) + " threw";
         return LogFailure({"call plugin", place}, ORVA_FAIL,
                           "plugin threw, name[%s], reason unknown.", strLibName.c_str());
     }
+}
+
+/// Opens a library and finds its entry point. Returns 0; or, logged, a code, with a library that
+/// has no entry point closed again.
+int Open(const std::string& strDllName, ACE_DLL& dll, void*& pEntryPoint, std::string& strFailure,
+         CPlace place = CPlace::Here()) {
+    if (const int iRet = dll.open(strDllName.c_str(), RTLD_LAZY | RTLD_GLOBAL, true);
+        iRet != ORVA_SUCCEED) {
+        strFailure = ErrorText(dll);
+        return LogFailure({OPERATION_LOAD, place}, iRet,
+                          "failure to open library[%s] as errno[%s].", strDllName.c_str(),
+                          strFailure.c_str());
+    }
+    pEntryPoint = dll.symbol("CreatePlugin");
+    if (pEntryPoint == nullptr) {
+        strFailure = ErrorText(dll);
+        LogFailure({OPERATION_LOAD, place}, ORVA_FAIL,
+                   "failure to find the symbol of 'CreatePlugin', library[%s], errno[%s].",
+                   strDllName.c_str(), strFailure.c_str());
+        dll.close();
+        return ORVA_FAIL;
+    }
+    return ORVA_SUCCEED;
 }
 
 /// Keeps the library that holds the address mapped, whatever becomes of the handle that opened it:
@@ -54,15 +84,16 @@ void PinLibrary(const void* pAddress, const std::string& strLibName,
     dlclose(pHandle);
 }
 
-/// Puts a capability question to the plug-in's object.
+/// Puts a capability question, of the name of the caller, to the plug-in's object.
 template <typename Answer>
-int Ask(IPlugin* pPlugin, const std::string& strLibName, int (IPlugin::*pQuestion)(Answer&),
-        Answer& answer, CPlace place = CPlace::Here()) {
+int Ask(IPlugin* pPlugin, const std::string& strLibName, std::string& strFailure,
+        int (IPlugin::*pQuestion)(Answer&), Answer& answer, CPlace place = CPlace::Here()) {
     if (pPlugin == nullptr) {
         return LogNullPointer({"Point m_pPlugin is null.", place}, ORVA_PARA_INVALID);
     }
     return CallPlugin(
-        strLibName, [&] { return (pPlugin->*pQuestion)(answer); }, place);
+        place.pszFunction, strLibName, strFailure, [&] { return (pPlugin->*pQuestion)(answer); },
+        place);
 }
 
 }  // namespace
@@ -73,28 +104,22 @@ CPluginInfo::~CPluginInfo() {
 
 int CPluginInfo::LoadLibrary() {
     if (m_strLibName.empty()) {
+        m_strFailure = "no file name";
         return LogFailure(OPERATION_LOAD, ORVA_FAIL, "lib name is empty.");
     }
     std::string strFolder;
     if (const int iRet = GetPluginFolder(strFolder); iRet != ORVA_SUCCEED) {
+        m_strFailure = "no library directory";
         return LogFailure("plugin info load library", iRet, "get lib dir failed.");
     }
-    const std::string strDllName = strFolder + "/" + m_strLibName;
-    if (const int iRet = m_sdkDll.open(strDllName.c_str(), RTLD_LAZY | RTLD_GLOBAL, true);
+    void* pEntryPoint = nullptr;
+    if (const int iRet = Open(strFolder + "/" + m_strLibName, m_sdkDll, pEntryPoint, m_strFailure);
         iRet != ORVA_SUCCEED) {
-        return LogFailure(OPERATION_LOAD, iRet, "failure to open library[%s] as errno[%s].",
-                          strDllName.c_str(), ErrorText(m_sdkDll));
+        return iRet;
     }
-    void* const pEntryPoint = m_sdkDll.symbol("CreatePlugin");
-    if (pEntryPoint == nullptr) {
-        LogFailure(OPERATION_LOAD, ORVA_FAIL,
-                   "failure to find the symbol of 'CreatePlugin', library[%s], errno[%s].",
-                   strDllName.c_str(), ErrorText(m_sdkDll));
-        m_sdkDll.close();
-        return ORVA_FAIL;
-    }
-    const auto pCreate = reinterpret_cast<CREATE_SDK_FUNC>(pEntryPoint);
-    int iRet = CallPlugin(m_strLibName, [&] { return pCreate(m_pPlugin); });
+    int iRet = CallPlugin("CreatePlugin", m_strLibName, m_strFailure, [&] {
+        return reinterpret_cast<CREATE_SDK_FUNC>(pEntryPoint)(m_pPlugin);
+    });
     const bool bMade = iRet == ORVA_SUCCEED && m_pPlugin != nullptr;
     if (!bMade) {
         // The placeholder is for a number and gets the text of dlerror, or nothing: what the entry
@@ -107,16 +132,17 @@ int CPluginInfo::LoadLibrary() {
         KeepForProcessLife(m_pPlugin);
     }
     if (!bMade) {
+        m_strFailure = iRet == ORVA_SUCCEED ? "CreatePlugin made no object" : m_strFailure;
         m_sdkDll.close();
         return iRet;
     }
-    iRet = CallPlugin(m_strLibName, [this] {
-        const int iInit = m_pPlugin->Init();
-        if (iInit == ORVA_SUCCEED) {
+    iRet = CallPlugin("Init", m_strLibName, m_strFailure, [this] { return m_pPlugin->Init(); });
+    if (iRet == ORVA_SUCCEED) {
+        iRet = CallPlugin("GetName", m_strLibName, m_strFailure, [this] {
             m_strName = m_pPlugin->GetName();
-        }
-        return iInit;
-    });
+            return 0;
+        });
+    }
     if (iRet != ORVA_SUCCEED) {
         LogFailure(OPERATION_LOAD, iRet, "fail to init plugin, name[%s]", m_strLibName.c_str());
         m_sdkDll.close();
@@ -134,27 +160,31 @@ int CPluginInfo::UnLoadLibrary() {
         m_sdkDll.close();
         return ORVA_PARA_INVALID;
     }
-    CallPlugin(m_strLibName, [this] { return m_pPlugin->UnInit(); });
+    CallPlugin("UnInit", m_strLibName, m_strFailure, [this] { return m_pPlugin->UnInit(); });
     m_sdkDll.close();
     return ORVA_SUCCEED;
 }
 
 int CPluginInfo::GetSupportedJobs(std::list<unsigned int>& jobList) {
-    return Ask(m_pPlugin, m_strLibName, &IPlugin::GetSupportedJobs, jobList);
+    return Ask(m_pPlugin, m_strLibName, m_strFailure, &IPlugin::GetSupportedJobs, jobList);
 }
 
 int CPluginInfo::GetSupportedContainers(std::list<std::string>& containerList) {
-    return Ask(m_pPlugin, m_strLibName, &IPlugin::GetSupportedContainers, containerList);
+    return Ask(m_pPlugin, m_strLibName, m_strFailure, &IPlugin::GetSupportedContainers,
+               containerList);
 }
 
 int CPluginInfo::GetContainerBindTable(ContainerTypeBindMap& containerBindList) {
-    return Ask(m_pPlugin, m_strLibName, &IPlugin::GetContainerBindTable, containerBindList);
+    return Ask(m_pPlugin, m_strLibName, m_strFailure, &IPlugin::GetContainerBindTable,
+               containerBindList);
 }
 
 int CPluginInfo::GetSupportFaultShiftContainers(std::list<std::string>& containerList) {
-    return Ask(m_pPlugin, m_strLibName, &IPlugin::GetSupportFaultShiftContainers, containerList);
+    return Ask(m_pPlugin, m_strLibName, m_strFailure, &IPlugin::GetSupportFaultShiftContainers,
+               containerList);
 }
 
 int CPluginInfo::GetSupportLoadBalanceContainers(std::list<std::string>& containerList) {
-    return Ask(m_pPlugin, m_strLibName, &IPlugin::GetSupportLoadBalanceContainers, containerList);
+    return Ask(m_pPlugin, m_strLibName, m_strFailure, &IPlugin::GetSupportLoadBalanceContainers,
+               containerList);
 }

@@ -30,40 +30,31 @@ struct RecordDeleter {
 
 using RecordPtr = std::unique_ptr<CPluginInfo, RecordDeleter>;
 
-/// What a plug-in says it takes.
-struct Capabilities {
-    std::list<unsigned int> jobs;
-    std::list<std::string> containers;
-    ContainerTypeBindMap containerBinds;
-    std::list<std::string> faultShiftContainers;
-    std::list<std::string> loadBalanceContainers;
-};
-
 constexpr char OPERATION_LOAD_SINGLE[] = "load single plugin.";
 
 /// One step of taking a plug-in in, and what is logged when it fails.
 struct Step {
     const char* pszFailure;
-    int (*pTake)(CPluginInfo& info, Capabilities& capabilities);
+    int (*pTake)(CPluginInfo& info, CPluginClaims& claims);
 };
 
 constexpr Step STEPS[] = {
     {"fail to load plugin, name[%s]",
-     [](CPluginInfo& info, Capabilities&) { return info.LoadLibrary(); }},
+     [](CPluginInfo& info, CPluginClaims&) { return info.LoadLibrary(); }},
     {"fail to get job capability, name[%s]",
-     [](CPluginInfo& info, Capabilities& c) { return info.GetSupportedJobs(c.jobs); }},
+     [](CPluginInfo& info, CPluginClaims& c) { return info.GetSupportedJobs(c.jobs); }},
     {"fail to get container capability, name[%s]",
-     [](CPluginInfo& info, Capabilities& c) { return info.GetSupportedContainers(c.containers); }},
+     [](CPluginInfo& info, CPluginClaims& c) { return info.GetSupportedContainers(c.containers); }},
     {"fail to get container bind table, name[%s]",
-     [](CPluginInfo& info, Capabilities& c) {
+     [](CPluginInfo& info, CPluginClaims& c) {
          return info.GetContainerBindTable(c.containerBinds);
      }},
     {"fail to get support fault shift container capability, name[%s]",
-     [](CPluginInfo& info, Capabilities& c) {
+     [](CPluginInfo& info, CPluginClaims& c) {
          return info.GetSupportFaultShiftContainers(c.faultShiftContainers);
      }},
     {"fail to get support load balance container capability, name[%s]",
-     [](CPluginInfo& info, Capabilities& c) {
+     [](CPluginInfo& info, CPluginClaims& c) {
          return info.GetSupportLoadBalanceContainers(c.loadBalanceContainers);
      }},
 };
@@ -79,6 +70,33 @@ IPlugin* FindPlugin(const CPlacedText& operation, const Table& table,
         return nullptr;
     }
     return it->second->GetPlugin();
+}
+
+std::string TextOf(unsigned int uiJob) {
+    return std::to_string(uiJob);
+}
+
+const std::string& TextOf(const std::string& strKey) {
+    return strKey;
+}
+
+/// Gives the key to the plug-in unless another has it, which is noted. Is it new?
+template <typename Table>
+bool Claim(Table& table, const typename Table::key_type& key, CPluginInfo* pRecord,
+           CLostClaim::KIND eKind, CPluginFile& file) {
+    const auto [it, bNew] = table.emplace(key, pRecord);
+    if (it->second != pRecord) {
+        file.lost.push_back({eKind, TextOf(key), it->second->GetLibName()});
+    }
+    return bNew;
+}
+
+/// The file whose plug-in binds the real type.
+std::string FindBinder(const std::list<CPluginFile>& files, const std::string& strRealType) {
+    const auto it = std::find_if(files.begin(), files.end(), [&](const CPluginFile& file) {
+        return file.held.containerBinds.count(strRealType) != 0;
+    });
+    return it != files.end() ? it->strFile : std::string();
 }
 
 /// The destructors of a plug-in's static objects run at exit before those of this library. A
@@ -113,49 +131,80 @@ int CPluginMgr::LoadAllPlugin() {
     if (const int iRet = FindAllPlugin(pluginList); iRet != ORVA_SUCCEED) {
         return LogFailure(OPERATION, iRet, "find plugin failed.");
     }
+    int iResult = ORVA_SUCCEED;
     for (const std::string& strName : pluginList) {
-        if (const int iRet = LoadSinglePlugin(strName); iRet != ORVA_SUCCEED) {
+        if (iResult != ORVA_SUCCEED) {
+            CPluginFile& file = m_pluginFiles.emplace_back();
+            file.strFile = strName;
+            file.strFailure = "not tried, since a file before it did not load";
+            continue;
+        }
+        iResult = LoadSinglePlugin(strName);
+        if (iResult != ORVA_SUCCEED) {
             LogFailure(OPERATION, ORVA_FAIL, "load single plugin, name[%s]", strName.c_str());
-            return iRet;
+            continue;
         }
         std::atexit(UnLoadAtExit);
     }
-    return ORVA_SUCCEED;
+    return iResult;
 }
 
 int CPluginMgr::LoadSinglePlugin(const std::string& strName) {
+    CPluginFile& file = m_pluginFiles.emplace_back();
+    file.strFile = strName;
     auto* const pNew = new (std::nothrow) CPluginInfo(strName);
     if (pNew == nullptr) {
+        file.strFailure = "no memory";
         return LogFailure(OPERATION_LOAD_SINGLE, ORVA_ALLOC_MEMORY_ERROR,
                           "fail to new plugininfo, name[%s]", strName.c_str());
     }
     ++g_hald_memstat[HALD_MEMSTAT_PLUGIN_INFO];
     RecordPtr pInfo(pNew);
 
-    Capabilities capabilities;
+    CPluginClaims claims;
     for (const Step& step : STEPS) {
-        if (const int iRet = step.pTake(*pInfo, capabilities); iRet != ORVA_SUCCEED) {
+        if (const int iRet = step.pTake(*pInfo, claims); iRet != ORVA_SUCCEED) {
+            file.strFailure = pInfo->GetFailure();
             pInfo.reset();
             return LogFailure(OPERATION_LOAD_SINGLE, iRet, step.pszFailure, strName.c_str());
         }
     }
-    for (const unsigned int uiJob : capabilities.jobs) {
-        m_jobCapabilityMap.emplace(uiJob, pInfo.get());
-    }
-    for (const std::string& strType : capabilities.containers) {
-        m_containerCapabilityMap.emplace(strType, pInfo.get());
-    }
-    m_containerTypeBindMap.merge(capabilities.containerBinds);
-    m_supportFaultShiftContainerList.splice(m_supportFaultShiftContainerList.end(),
-                                            capabilities.faultShiftContainers);
-    m_supportLoadBalanceContainerList.splice(m_supportLoadBalanceContainerList.end(),
-                                             capabilities.loadBalanceContainers);
+    file.pPlugin = pInfo->GetPlugin();
+    file.strName = pInfo->GetName();
+    TakeClaims(pInfo.get(), claims, file);
     CPluginInfo* const pRecord = pInfo.release();
-    if (!m_mapPlugin.emplace(pRecord->GetName(), pRecord).second) {
+    if (!Claim(m_mapPlugin, pRecord->GetName(), pRecord, CLostClaim::KIND_NAME, file)) {
         // Its name is taken: it keeps the claims it won and is never unloaded.
         KeepForProcessLife(pRecord);
     }
     return ORVA_SUCCEED;
+}
+
+void CPluginMgr::TakeClaims(CPluginInfo* pRecord, CPluginClaims& claims, CPluginFile& file) {
+    for (const unsigned int uiJob : claims.jobs) {
+        if (Claim(m_jobCapabilityMap, uiJob, pRecord, CLostClaim::KIND_JOB, file)) {
+            file.held.jobs.push_back(uiJob);
+        }
+    }
+    for (const std::string& strType : claims.containers) {
+        if (Claim(m_containerCapabilityMap, strType, pRecord, CLostClaim::KIND_CONTAINER, file)) {
+            file.held.containers.push_back(strType);
+        }
+    }
+    for (const auto& bind : claims.containerBinds) {
+        if (m_containerTypeBindMap.insert(bind).second) {
+            file.held.containerBinds.insert(bind);
+        } else {
+            file.lost.push_back({CLostClaim::KIND_CONTAINER_BIND, bind.first,
+                                 FindBinder(m_pluginFiles, bind.first)});
+        }
+    }
+    file.held.faultShiftContainers = claims.faultShiftContainers;
+    file.held.loadBalanceContainers = claims.loadBalanceContainers;
+    m_supportFaultShiftContainerList.splice(m_supportFaultShiftContainerList.end(),
+                                            claims.faultShiftContainers);
+    m_supportLoadBalanceContainerList.splice(m_supportLoadBalanceContainerList.end(),
+                                             claims.loadBalanceContainers);
 }
 
 int CPluginMgr::UnLoadAllPlugin() {
@@ -175,6 +224,7 @@ int CPluginMgr::UnLoadAllPlugin() {
     m_containerTypeBindMap.clear();
     m_supportFaultShiftContainerList.clear();
     m_supportLoadBalanceContainerList.clear();
+    m_pluginFiles.clear();
     return ORVA_SUCCEED;
 }
 
