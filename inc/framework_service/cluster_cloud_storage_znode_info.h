@@ -42,6 +42,13 @@ struct CloudStorageInfo {
 /// again.
 class CClusterCloudStorageZNodeInfo : public CBaseJsonObject {
 public:
+    CClusterCloudStorageZNodeInfo();
+    CClusterCloudStorageZNodeInfo(const CClusterCloudStorageZNodeInfo& other);
+    CClusterCloudStorageZNodeInfo(CClusterCloudStorageZNodeInfo&& other) noexcept;
+    CClusterCloudStorageZNodeInfo& operator=(const CClusterCloudStorageZNodeInfo& rhs);
+    CClusterCloudStorageZNodeInfo& operator=(CClusterCloudStorageZNodeInfo&& rhs) noexcept;
+    ~CClusterCloudStorageZNodeInfo() override;
+
     /// Adds the text's entries to the map, replacing those of the same node. A bad entry ends the
     /// parse, logged, with ORVA_DATA_INVALID; the entries before it stay.
     int32_t ParseJson(const char* pszJson) override;
@@ -76,5 +83,6 @@ private:
     std::map<std::string, CloudStorageInfo> TakeMap();
 
     std::map<std::string, CloudStorageInfo> m_cloudStorageInfoMap;
-    CCopyOnWrite<Json::Value> m_json;  ///< what ToJson writes; null: build it anew
+    /// A pointer to what ToJson writes; null: build it anew.
+    CCopyOnWrite<Json::Value> m_json;
 };

@@ -1,6 +1,6 @@
 #pragma once
 
-#include <json/forwards.h>
+#include <json/value.h>
 
 #include <cstdint>
 #include <list>

@@ -51,6 +51,16 @@ Json::Value BuildJson(const std::map<std::string, CloudStorageInfo>& infoMap) {
 
 }  // namespace
 
+CClusterCloudStorageZNodeInfo::CClusterCloudStorageZNodeInfo() = default;
+CClusterCloudStorageZNodeInfo::CClusterCloudStorageZNodeInfo(const CClusterCloudStorageZNodeInfo& other) = default;
+CClusterCloudStorageZNodeInfo::CClusterCloudStorageZNodeInfo(CClusterCloudStorageZNodeInfo&& other) noexcept =
+    default;
+CClusterCloudStorageZNodeInfo& CClusterCloudStorageZNodeInfo::operator=(
+    const CClusterCloudStorageZNodeInfo& rhs) = default;
+CClusterCloudStorageZNodeInfo& CClusterCloudStorageZNodeInfo::operator=(
+    CClusterCloudStorageZNodeInfo&& rhs) noexcept = default;
+CClusterCloudStorageZNodeInfo::~CClusterCloudStorageZNodeInfo() = default;
+
 int32_t CClusterCloudStorageZNodeInfo::ParseJson(const char* pszJson) {
     if (pszJson == nullptr) {
         return LogNullPointer(OPERATION_NULL_JSON, ORVA_DATA_INVALID);
