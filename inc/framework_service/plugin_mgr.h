@@ -69,9 +69,6 @@ public:
     /// Takes down every plug-in that is found by name, and forgets all. Always 0.
     int UnLoadAllPlugin();
 
-    /// Appends the name of every plug-in, in the order of the names.
-    void GetAllPluginName(std::list<std::string>& nameList) const;
-
     /// @name The plug-in of that key; null, logged, when there is none
     /// @{
     IPlugin* GetPluginByName(const std::string& strName);

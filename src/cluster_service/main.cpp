@@ -45,6 +45,7 @@ struct CCommand {
     const char* pszName;
     bool bCreatesStore;
     int (*pRun)(const COptions& options);
+    bool (*pNeedsStore)(const COptions& options) = [](const COptions&) { return true; };
 };
 
 constexpr CCommand COMMANDS[] = {
@@ -53,7 +54,8 @@ constexpr CCommand COMMANDS[] = {
     {"export", false, [](const COptions& o) { return Export(o.strDir, std::cout, std::cerr); }},
     {"check", false, [](const COptions&) { return Check(std::cout, std::cerr); }},
     {"show", false,
-     [](const COptions& o) { return Show(o.strSubject, o.bJson, std::cout, std::cerr); }},
+     [](const COptions& o) { return Show(o.strSubject, o.bJson, std::cout, std::cerr); },
+     [](const COptions& o) { return ShowNeedsStore(o.strSubject); }},
     {"remove", false,
      [](const COptions& o) {
          return Remove(o.strNodeId, o.strContainerType, o.bYes, std::cout, std::cerr);
@@ -62,14 +64,22 @@ constexpr CCommand COMMANDS[] = {
      [](const COptions& o) { return Promote(o.strNodeId, o.bYes, std::cout, std::cerr); }},
 };
 
-int RunCommand(const CCommand& command, const COptions& options) {
+/// False, said on the standard error stream, when the store cannot be opened.
+bool UseStore(const COptions& options, bool bCreate) {
     std::string strError;
-    std::shared_ptr<IStore> pStore = OpenStore(options.strStore, command.bCreatesStore, strError);
+    std::shared_ptr<IStore> pStore = OpenStore(options.strStore, bCreate, strError);
     if (pStore == nullptr) {
         std::cerr << "cannot open the store " << options.strStore << ": " << strError << '\n';
-        return EXIT_COULD_NOT;
+        return false;
     }
     SetStore(std::move(pStore));
+    return true;
+}
+
+int RunCommand(const CCommand& command, const COptions& options) {
+    if (command.pNeedsStore(options) && !UseStore(options, command.bCreatesStore)) {
+        return EXIT_COULD_NOT;
+    }
     const CServiceGuard guard;
     const int iResult = command.pRun(options);
     if (!std::cout.flush()) {

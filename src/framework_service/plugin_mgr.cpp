@@ -228,14 +228,6 @@ int CPluginMgr::UnLoadAllPlugin() {
     return ORVA_SUCCEED;
 }
 
-void CPluginMgr::GetAllPluginName(std::list<std::string>& nameList) const {
-    for (const auto& [strName, pRecord] : m_mapPlugin) {
-        if (pRecord != nullptr && pRecord->GetPlugin() != nullptr) {
-            nameList.push_back(strName);
-        }
-    }
-}
-
 IPlugin* CPluginMgr::GetPluginByName(const std::string& strName) {
     return FindPlugin("get plugin by name", m_mapPlugin, strName, "find plugin failed, name[%s]",
                       "plugin is null, name[%s]", strName.c_str());

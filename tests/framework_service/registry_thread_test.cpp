@@ -137,8 +137,7 @@ std::vector<COperation> RegistriesUnderThreads::NumbersAndLists() {
         },
         [this](const std::string&) {
             CPluginMgr& pluginMgr = CPluginMgr::Instance();
-            std::list<std::string> names;
-            pluginMgr.GetAllPluginName(names);
+            ExpectZero(!pluginMgr.GetPluginFiles().empty());
             ExpectZero(pluginMgr.GetPluginByName("ghost") != nullptr);
             ExpectZero(pluginMgr.GetPluginByJobType(1) != nullptr);
             ExpectZero(pluginMgr.GetPluginByContainerType("A") != nullptr);

@@ -28,6 +28,9 @@
 #ifndef FIXTURE_THROWS_INT
 #define FIXTURE_THROWS_INT ""
 #endif
+#ifndef FIXTURE_THROWS_AGAIN
+#define FIXTURE_THROWS_AGAIN ""
+#endif
 
 #ifdef FIXTURE_BORROWS
 extern "C" int LentAnswer();
@@ -47,6 +50,9 @@ int Answer(const std::string& strCall) {
     if (strCall == FIXTURE_THROWS) {
         throw std::runtime_error(strCall + " of " FIXTURE_NAME);
     }
+    if (static int iCalls = 0; strCall == FIXTURE_THROWS_AGAIN && ++iCalls > 1) {
+        throw std::runtime_error(strCall + " again");
+    }
     if (strCall == FIXTURE_THROWS_INT) {
         throw 17;
     }
@@ -62,6 +68,11 @@ public:
     int UnInit() override {
         *m_pOwned += "again";
         return Answer("UnInit");
+    }
+
+    std::string GetVersion() override {
+        Answer("GetVersion");
+        return "fixture";
     }
 
     std::string GetName() override {

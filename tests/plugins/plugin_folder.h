@@ -14,6 +14,8 @@ public:
     /// copy is a library of its own for the loader. Returns its path.
     std::string Add(const std::string& strFixture, const std::string& strFileName) const;
 
+    const std::string& GetLibDir() const { return m_dir.GetPath(); }
+
     /// The path of a file in the folder.
     std::string File(const std::string& strFileName) const;
 

@@ -15,7 +15,7 @@
 #include "command/documents.h"
 #include "command/exit_code.h"
 #include "command/load.h"
-#include "command/plugin_list.h"
+#include "command/plugin_table.h"
 #include "command/table.h"
 #include "common_service/oper_common.h"
 #include "framework_service/cluster_cg_info.h"
@@ -36,6 +36,9 @@ constexpr std::size_t NUMERIC_MAX_GROWTH = 6;
 constexpr char PSZ_NOTE[] = "note";
 constexpr char PSZ_WARNING[] = "warning";
 constexpr char PSZ_ERROR[] = "error";
+
+/// Where a finding stands that is about the plug-in folder and no document.
+constexpr char PSZ_PLUGINS[] = "plugins";
 
 struct CFinding {
     const char* pszSeverity;
@@ -62,7 +65,7 @@ struct CCheckedStore {
     std::list<CClusterDBInfo> slaveDatabases;
     std::optional<CClusterMGRInfo> manager;
     bool bPluginsLoaded = false;
-    std::set<std::string> knownContainerTypes{CONTAINER_TYPE_CLOUD_STORAGE};
+    std::list<CPluginFile> pluginFiles;
 };
 
 using Findings = std::list<CFinding>;
@@ -183,14 +186,31 @@ void CheckNodeIps(const CCheckedStore& store, Findings& findings) {
     }
 }
 
+/// Every container type that a plug-in has an answer for.
+std::set<std::string> KnownContainerTypes(const CCheckedStore& store) {
+    std::set<std::string> types{CONTAINER_TYPE_CLOUD_STORAGE};
+    for (const CPluginFile& file : store.pluginFiles) {
+        const CPluginClaims& held = file.held;
+        types.insert(held.containers.begin(), held.containers.end());
+        types.insert(held.faultShiftContainers.begin(), held.faultShiftContainers.end());
+        types.insert(held.loadBalanceContainers.begin(), held.loadBalanceContainers.end());
+        for (const auto& [strRealType, logicTypes] : held.containerBinds) {
+            types.insert(strRealType);
+            types.insert(logicTypes.begin(), logicTypes.end());
+        }
+    }
+    return types;
+}
+
 void CheckContainerTypes(const CCheckedStore& store, Findings& findings) {
     if (!store.bPluginsLoaded) {
         return;
     }
+    const std::set<std::string> knownTypes = KnownContainerTypes(store);
     std::map<std::string, int> unknownTypes;
     for (const CNode& node : store.nodeList) {
         for (const std::string& strType : ContainersOf(node)) {
-            if (store.knownContainerTypes.count(strType) == 0) {
+            if (knownTypes.count(strType) == 0) {
                 ++unknownTypes[strType];
             }
         }
@@ -304,6 +324,19 @@ void CheckManager(const CCheckedStore& store, Findings& findings) {
     }
 }
 
+void CheckPlugins(const CCheckedStore& store, Findings& findings) {
+    for (const CPluginFile& file : store.pluginFiles) {
+        for (const CLostClaim& claim : file.lost) {
+            findings.push_back(
+                {PSZ_WARNING, PSZ_PLUGINS, file.strFile + " loses " + LostText(claim)});
+        }
+        if (!file.strFailure.empty()) {
+            findings.push_back(
+                {PSZ_ERROR, PSZ_PLUGINS, file.strFile + " is not loaded: " + file.strFailure});
+        }
+    }
+}
+
 constexpr void (*CHECKS[])(const CCheckedStore&, Findings&) = {
     CheckPresence,
     CheckText,
@@ -318,6 +351,7 @@ constexpr void (*CHECKS[])(const CCheckedStore&, Findings&) = {
     CheckCgEntries,
     CheckDatabase,
     CheckManager,
+    CheckPlugins,
 };
 
 /// Reads one document. A text that the store would not hand out, being too long, is a fault of the
@@ -405,9 +439,7 @@ int Check(std::ostream& output, std::ostream& errors) {
         return EXIT_COULD_NOT;
     }
     store.bPluginsLoaded = LoadPlugins(errors);
-    for (const CLoadedPlugin& plugin : LoadedPlugins()) {
-        plugin.AddKnownTypes(store.knownContainerTypes);
-    }
+    store.pluginFiles = CPluginMgr::Instance().GetPluginFiles();
     Findings findings;
     for (const auto pCheck : CHECKS) {
         pCheck(store, findings);

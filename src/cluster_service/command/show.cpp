@@ -8,7 +8,7 @@
 
 #include "command/exit_code.h"
 #include "command/load.h"
-#include "command/plugin_list.h"
+#include "command/plugin_table.h"
 #include "command/table.h"
 #include "common_service/global_config.h"
 #include "common_service/tarn_conf.h"
@@ -71,28 +71,6 @@ CTable ContainerTable() {
         containerList.push_back(container);
     }
     return {"containers", columns, containerList};
-}
-
-CTable PluginTable() {
-    static const std::vector<CColumn<CLoadedPlugin>> columns{
-        {"plugin", [](const CLoadedPlugin& plugin) { return plugin.strName; }},
-        {"version", [](const CLoadedPlugin& plugin) { return plugin.strVersion; }},
-        {"jobs", [](const CLoadedPlugin& plugin) { return ListValue(plugin.jobs); }},
-        {"containers", [](const CLoadedPlugin& plugin) { return ListValue(plugin.containers); }},
-        {"logic_types",
-         [](const CLoadedPlugin& plugin) {
-             std::list<std::string> logicTypes;
-             for (const auto& bind : plugin.binds) {
-                 logicTypes.insert(logicTypes.end(), bind.second.begin(), bind.second.end());
-             }
-             return ListValue(logicTypes);
-         }},
-        {"fault_shift",
-         [](const CLoadedPlugin& plugin) { return ListValue(plugin.faultShiftContainers); }},
-        {"load_balance",
-         [](const CLoadedPlugin& plugin) { return ListValue(plugin.loadBalanceContainers); }},
-    };
-    return {"plugins", columns, LoadedPlugins()};
 }
 
 using Setting = std::pair<const char*, Json::Value>;
@@ -204,10 +182,12 @@ struct CSubject {
     Loader pLoad = nullptr;
 };
 
+constexpr char PSZ_PLUGINS[] = "plugins";
+
 constexpr CSubject SUBJECTS[] = {
     {"nodes", NodeTable},
     {"containers", ContainerTable},
-    {"plugins", PluginTable},
+    {PSZ_PLUGINS, PluginTable},
     {"config", ConfigTable},
     {"cg", CgTable, LoadCgList},
     {"database", DatabaseTable, LoadDatabase},
@@ -234,6 +214,17 @@ void PrintJson(const std::list<CTable>& tables, std::ostream& output) {
     output << Json::writeString(builder, root) << '\n';
 }
 
+void Print(const std::list<CTable>& tables, bool bJson, std::ostream& output) {
+    (bJson ? PrintJson : PrintText)(tables, output);
+}
+
+/// Of the plug-ins also what did not load is shown.
+int ShowPlugins(bool bJson, std::ostream& output, std::ostream& errors) {
+    const bool bLoaded = LoadPlugins(errors);
+    Print({PluginTable()}, bJson, output);
+    return bLoaded ? EXIT_DONE : EXIT_COULD_NOT;
+}
+
 }  // namespace
 
 std::vector<std::string> ShowSubjects() {
@@ -244,7 +235,14 @@ std::vector<std::string> ShowSubjects() {
     return names;
 }
 
+bool ShowNeedsStore(const std::string& strSubject) {
+    return strSubject != PSZ_PLUGINS;
+}
+
 int Show(const std::string& strSubject, bool bJson, std::ostream& output, std::ostream& errors) {
+    if (strSubject == PSZ_PLUGINS) {
+        return ShowPlugins(bJson, output, errors);
+    }
     if (!LoadService(errors)) {
         return EXIT_COULD_NOT;
     }
@@ -258,6 +256,6 @@ int Show(const std::string& strSubject, bool bJson, std::ostream& output, std::o
         }
         tables.push_back(subject.pTable());
     }
-    (bJson ? PrintJson : PrintText)(tables, output);
+    Print(tables, bJson, output);
     return EXIT_DONE;
 }
