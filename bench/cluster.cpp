@@ -1,11 +1,10 @@
 #include "cluster.h"
 
-#include "common_service/global_config.h"
 #include "common_service/logger.h"
-#include "common_service/tarn_conf.h"
 #include "framework_service/cluster_cloud_storage_znode_info.h"
 #include "framework_service/cluster_znode_info.h"
 #include "framework_service/container_mgr.h"
+#include "reference_host/host_settings.h"
 #include "reference_host/store.h"
 
 namespace {
@@ -52,7 +51,7 @@ void InstallBenchHost() {
     static CErrorSink sink;
     OMAdapter::getInstance().setLogger(&sink);
     SetStore(std::shared_ptr<IStore>(&BenchStore(), [](IStore*) {}));
-    CTARNConf::m_oConf.SetCstClusterCode("Bench");
+    Configure({"Bench", "", "", ""});
 }
 
 std::list<CResourceTask> MakeTasks(int iTasks) {

@@ -2,7 +2,6 @@
 
 #include <filesystem>
 
-#include "common_service/directory.h"
 #include "common_service/tarn_def.h"
 #include "common_service/xml.h"
 #include "framework_service/cluster_cg_info.h"
@@ -10,6 +9,7 @@
 #include "framework_service/cluster_mgr_znode_info.h"
 #include "framework_service/resource_task.h"
 #include "framework_service/standard_task_mgr.h"
+#include "support/reconfigure.h"
 #include "support/temp_dir.h"
 #include "target.h"
 
@@ -105,7 +105,7 @@ void FeedTaskFile(const std::string& strInput) {
     static const CTempDir folder;
     static const bool bMade = std::filesystem::create_directory(folder.File("taskmodel"));
     Require(bMade, "the folder is fresh");
-    HALD::set_config_directory(folder.GetPath());
+    Reconfigure(&CHostSettings::strConfigDir, folder.GetPath());
     folder.WriteFile("taskmodel/input.xml", strInput);
     Require(CStdTaskMgr::Instance().Load() == ORVA_SUCCEED, "a load always succeeds");
     CResourceTask task;

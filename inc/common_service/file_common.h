@@ -3,7 +3,7 @@
 #include <list>
 #include <string>
 
-class CFileCommon {
+class [[gnu::visibility("default")]] CFileCommon {
 public:
     /// Appends the bare names of the files in strDir, sorted bytewise; folders are left out, links
     /// are followed. The order decides which of two plug-ins wins a claim. Returns 0, or ORVA_FAIL

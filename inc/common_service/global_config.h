@@ -1,12 +1,10 @@
 #pragma once
 
-#include <atomic>
-#include <mutex>
 #include <string>
 
-/// The cluster's behaviour switches as this process sees them, and the local address. Callable
-/// from any thread; the settings change one by one, not as a group.
-class CGlobalConfig {
+/// Takes the cluster's behaviour switches from the library, and gives it the local address.
+/// Callable from any thread; the settings come one by one, not as a group.
+class [[gnu::visibility("default")]] CGlobalConfig {
 public:
     static CGlobalConfig& Instance();
 
@@ -18,28 +16,6 @@ public:
     void SetLoadBalanceChannelThreshold(int iThreshold);
     void SetClusterForwardType(int iForwardType);
 
-    /// The address of this node as dotted text; empty until it is set.
+    /// The address of this node as dotted text; empty when it has none.
     std::string GetLocalIp();
-
-    /// What the reference host adds: the way back to the settings, and the local address' source.
-    bool IsLoadBalance() const;
-    bool IsFaultShift() const;
-    bool IsLoadBalanceOnePeriod() const;
-    int GetLoadBalanceDiskThreshold() const;
-    int GetLoadBalanceNetThreshold() const;
-    int GetLoadBalanceChannelThreshold() const;
-    int GetClusterForwardType() const;
-    void SetLocalIp(const std::string& strIp);
-
-private:
-    std::atomic<bool> m_bLoadBalance{true};
-    std::atomic<bool> m_bFaultShift{true};
-    std::atomic<bool> m_bLoadBalanceOnePeriod{true};
-    std::atomic<int> m_iLoadBalanceDiskThreshold{10};
-    std::atomic<int> m_iLoadBalanceNetThreshold{10};
-    std::atomic<int> m_iLoadBalanceChannelThreshold{10};
-    std::atomic<int> m_iClusterForwardType{0};
-
-    std::mutex m_mutex;
-    std::string m_strLocalIp;  ///< guarded by m_mutex
 };

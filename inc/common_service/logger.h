@@ -1,7 +1,5 @@
 #pragma once
 
-#include <atomic>
-
 enum ORVA_LOG_LEVEL {
     ORVALOG_EMERG = 0,
     ORVALOG_ALERT = 1,
@@ -20,7 +18,7 @@ inline constexpr const char* STR_LOG_LEVEL[7] = {"EMERG",   "ALERT",  "CRIT", "E
 /// The log sink. Callable from any thread, also with a registry's mutex held: during a call it may
 /// read the registries, but neither add to them nor remove from them. The texts belong to the
 /// caller and live only during the call. A line that was logged is on its way on return.
-class Logger {
+class [[gnu::visibility("default")]] Logger {
 public:
     virtual ~Logger() = default;
 
@@ -34,7 +32,7 @@ public:
 };
 
 /// Where the library finds the logger.
-class OMAdapter {
+class [[gnu::visibility("default")]] OMAdapter {
 public:
     static OMAdapter& getInstance();
 
@@ -42,12 +40,11 @@ public:
     Logger* getLogger();
 
     /// Takes no ownership: the logger outlives everything that logs.
-    void setLogger(Logger* pLogger);
-
-private:
-    std::atomic<Logger*> m_pLogger{nullptr};
+    void setLogger(Logger * pLogger);
 };
 
 /// Writes a new format text into pszBuf: the code, then pszFormat with its placeholders as they
-/// stand. Returns its length, at most iSize - 1, or a negative number on failure.
-int ORVA_LogFormatErrCode(char* pszBuf, int iSize, int iCode, const char* pszFormat);
+/// stand. Returns its length, at most iSize - 1, or a negative number on failure; the line is then
+/// logged with what stands in the buffer.
+[[gnu::visibility("default")]] int ORVA_LogFormatErrCode(char* pszBuf, int iSize, int iCode,
+                                                         const char* pszFormat);

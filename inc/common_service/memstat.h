@@ -8,5 +8,6 @@ enum HALD_MEMSTAT_TYPE {
     HALD_MEMSTAT_BUTT,
 };
 
-/// How many objects of each kind are alive.
-extern uint32_t g_hald_memstat[HALD_MEMSTAT_BUTT];
+/// How many objects of each kind are alive: zero at the start, and changed without a lock by the
+/// thread that loads.
+[[gnu::visibility("default")]] extern uint32_t g_hald_memstat[HALD_MEMSTAT_BUTT];

@@ -7,17 +7,19 @@
 // NOLINTNEXTLINE(bugprone-reserved-identifier): the client library's own name
 typedef struct _zhandle zhandle_t;
 
-/// The store's node event callback. The library knows only its address, which it passes as the
-/// watcher of a read; what happens on an event is the host's decision.
-void ClusterNodeEventWatcher(zhandle_t* zh, int type, int state, const char* path,
-                             void* watcherCtx);
+/// The store's node event callback, with the arguments of the ZooKeeper client. The library knows
+/// only its address, which it passes as the watcher of a read; what happens on an event is the
+/// host's decision.
+[[gnu::visibility("default")]] void ClusterNodeEventWatcher(zhandle_t* zh, int type, int state,
+                                                            const char* path, void* watcherCtx);
 
 /// Access to the coordination store. Callable from any thread, also with a registry's mutex held:
 /// every call ends, with a code, within a bounded time.
-class COperCommon {
+class [[gnu::visibility("default")]] COperCommon {
 public:
-    /// Reads the node at path into doc. watcher is null or ClusterNodeEventWatcher, which is then
-    /// set on the node, absent or not. bDataEmpty is written by every call:
+    /// Reads the node at path into doc. watcher is null or a function of the type of
+    /// ClusterNodeEventWatcher, which is then called once on the node's next event; it is set on an
+    /// absent node too. bDataEmpty is written by every call:
     ///   not 0, true   the node does not exist, doc is untouched
     ///   not 0, false  the store failed, the text is longer than bufLen, or doc refused it
     ///   0, true       the node exists without data, doc is untouched

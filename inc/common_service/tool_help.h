@@ -5,7 +5,7 @@
 namespace HALD {
 
 /// Conversions. bFlag is reserved; every caller passes false.
-class CToolHelp {
+class [[gnu::visibility("default")]] CToolHelp {
 public:
     /// Decimal text.
     static std::string IntToStr(int iValue, bool bFlag);

@@ -9,7 +9,7 @@ namespace PELU {
 /// A cursor over one XML document. It stands on a current element of a level or, on a new document,
 /// before the first element of the top level. A move that fails leaves the cursor where it stood.
 /// One thread at a time.
-class CXml {
+class [[gnu::visibility("default")]] CXml {
 public:
     /// With a file name, as Load; with null, an empty document.
     CXml(const char* pszFileName);

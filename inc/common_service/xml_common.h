@@ -7,7 +7,7 @@
 
 /// Reads values at the cursor of an XML document; the cursor stays. Stateless; one thread at a time
 /// per document.
-class CXmlCommon {
+class __attribute__((visibility("default"))) CXmlCommon {
 public:
     static CXmlCommon& Instance();
 

@@ -1,7 +1,6 @@
 #pragma once
 
 #include <memory>
-#include <mutex>
 #include <optional>
 #include <string>
 
@@ -9,7 +8,7 @@
 
 /// A store that lives in memory. Watchers run on the writing thread, after the store's own mutex is
 /// released. For tests it fails a chosen call, counts its calls and shows what it holds.
-class CMemoryStore : public IStore {
+class [[gnu::visibility("default")]] CMemoryStore : public IStore {
 public:
     CMemoryStore();
     ~CMemoryStore() override;
@@ -36,14 +35,7 @@ public:
     void Erase(const std::string& strPath);
 
 private:
-    int CountCallLocked();
-    void GetNodeLocked(const std::string& strPath, CStoreAnswer& answer) const;
-
     struct CState;
 
-    mutable std::mutex m_mutex;  ///< guards everything below
-    std::unique_ptr<CState> m_pState;
-    unsigned int m_uiCallCount = 0;
-    unsigned int m_uiFailingCall = 0;
-    int m_iFailingCode = 0;
+    const std::unique_ptr<CState> m_pState;
 };

@@ -9,8 +9,8 @@
 /// characters, line breaks, direction marks and invisible characters stand as "\n", "\x1b" or
 /// "\u202e", bytes that are no UTF-8 as "\xff", a backslash as "\\". All else stays as it is.
 /// Callable from any thread, whatever its locale.
-std::string ShownText(std::string_view text);
+[[gnu::visibility("default")]] std::string ShownText(std::string_view text);
 
 /// How many columns a terminal gives to a text that ShownText has returned: two to a wide
 /// character, none to a combining one.
-std::size_t ColumnsOf(std::string_view shownText);
+[[gnu::visibility("default")]] std::size_t ColumnsOf(std::string_view shownText);

@@ -20,7 +20,7 @@ struct CSpdLoggerSettings {
 /// would break the line or paint a terminal is written as ShownText has it. A line that was logged
 /// is flushed on return. A sink that fails later, as on a full disk, says so on the standard error
 /// stream and loses the line; nothing is thrown.
-class CSpdLogger : public Logger {
+class [[gnu::visibility("default")]] CSpdLogger : public Logger {
 public:
     /// Null on failure, with the reason in strError.
     static std::unique_ptr<CSpdLogger> Open(const CSpdLoggerSettings& settings,
@@ -35,7 +35,7 @@ public:
 private:
     struct CState;
 
-    explicit CSpdLogger(std::unique_ptr<CState> pState);
+    [[gnu::visibility("hidden")]] explicit CSpdLogger(std::unique_ptr<CState> pState);
 
     std::unique_ptr<CState> m_pState;
 };

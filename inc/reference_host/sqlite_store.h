@@ -9,7 +9,7 @@
 /// power failure. Answers SQLite's primary result codes and logs each failure with its reason.
 /// Watchers run on the writing thread and hear of this object's writes only: the file belongs to
 /// one process.
-class CSqliteStore : public IStore {
+class [[gnu::visibility("default")]] CSqliteStore : public IStore {
 public:
     static constexpr unsigned int NUMERIC_BUSY_TIMEOUT_MS = 2000;
 
@@ -28,7 +28,7 @@ public:
 private:
     struct CState;
 
-    explicit CSqliteStore(std::unique_ptr<CState> pState);
+    [[gnu::visibility("hidden")]] explicit CSqliteStore(std::unique_ptr<CState> pState);
 
     std::unique_ptr<CState> m_pState;
 };

@@ -21,7 +21,7 @@ struct CStoreAnswer {
 
 /// A coordination store: a tree of nodes with a text each. Callable from any thread; every call
 /// ends within a bounded time.
-class IStore {
+class [[gnu::visibility("default")]] IStore {
 public:
     virtual ~IStore() = default;
 
@@ -43,9 +43,10 @@ enum enStoreError {
 
 /// Puts a store behind COperCommon. Until then, and after a null pointer, every store call fails.
 /// Calls that are running end on the store that they began with.
-void SetStore(std::shared_ptr<IStore> pStore);
+[[gnu::visibility("default")]] void SetStore(std::shared_ptr<IStore> pStore);
 
 /// What ClusterNodeEventWatcher does on an event of a node that was read with it; null for nothing.
 /// The handler runs on the store's thread, or on the thread that wrote the node, which may hold a
 /// registry's mutex. It may itself read the node, which sets the watch anew.
-void SetNodeEventHandler(void (*pHandler)(const std::string& strPath));
+[[gnu::visibility("default")]] void SetNodeEventHandler(
+    void (*pHandler)(const std::string& strPath));

@@ -32,7 +32,7 @@ struct CZooKeeperOptions {
 /// of an answer as soon as a server answers; the event is then that of a change. A handler that
 /// reads its node with the watcher thus never loses sight of it. The handle that a watcher is given
 /// lives until it returns; it is null when its session is over.
-class CZooKeeperStore : public IStore {
+class [[gnu::visibility("default")]] CZooKeeperStore : public IStore {
 public:
     explicit CZooKeeperStore(const CZooKeeperOptions& options);
 

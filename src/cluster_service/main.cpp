@@ -11,10 +11,8 @@
 #include "command/load.h"
 #include "command/show.h"
 #include "command/store_name.h"
-#include "common_service/directory.h"
-#include "common_service/global_config.h"
-#include "common_service/tarn_conf.h"
 #include "options.h"
+#include "reference_host/host_settings.h"
 #include "reference_host/spd_logger.h"
 
 namespace {
@@ -32,13 +30,6 @@ Logger* OpenLogger(const COptions& options) {
         std::cerr << "cannot log to " << options.strLogFile << ": " << strError << '\n';
     }
     return pLogger;
-}
-
-void Configure(const COptions& options) {
-    CTARNConf::m_oConf.SetCstClusterCode(options.strClusterCode);
-    CGlobalConfig::Instance().SetLocalIp(options.strLocalIp);
-    HALD::set_lib_directory(options.strLibDir);
-    HALD::set_config_directory(options.strConfigDir);
 }
 
 struct CCommand {
@@ -121,7 +112,8 @@ int Run(int argc, char** argv) {
     if (pLogger == nullptr) {
         return EXIT_COULD_NOT;
     }
-    Configure(options);
+    Configure(
+        {options.strClusterCode, options.strLocalIp, options.strLibDir, options.strConfigDir});
     if (!options.bLogWanted) {
         return RunWithHeldLog(options, *pLogger);
     }

@@ -52,9 +52,10 @@ Json::Value BuildJson(const std::map<std::string, CloudStorageInfo>& infoMap) {
 }  // namespace
 
 CClusterCloudStorageZNodeInfo::CClusterCloudStorageZNodeInfo() = default;
-CClusterCloudStorageZNodeInfo::CClusterCloudStorageZNodeInfo(const CClusterCloudStorageZNodeInfo& other) = default;
-CClusterCloudStorageZNodeInfo::CClusterCloudStorageZNodeInfo(CClusterCloudStorageZNodeInfo&& other) noexcept =
-    default;
+CClusterCloudStorageZNodeInfo::CClusterCloudStorageZNodeInfo(
+    const CClusterCloudStorageZNodeInfo& other) = default;
+CClusterCloudStorageZNodeInfo::CClusterCloudStorageZNodeInfo(
+    CClusterCloudStorageZNodeInfo&& other) noexcept = default;
 CClusterCloudStorageZNodeInfo& CClusterCloudStorageZNodeInfo::operator=(
     const CClusterCloudStorageZNodeInfo& rhs) = default;
 CClusterCloudStorageZNodeInfo& CClusterCloudStorageZNodeInfo::operator=(

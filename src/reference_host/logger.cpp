@@ -1,11 +1,14 @@
 #include "common_service/logger.h"
 
+#include <atomic>
 #include <charconv>
 #include <cstring>
 #include <iterator>
 #include <string_view>
 
 namespace {
+
+std::atomic<Logger*> g_pLogger{nullptr};
 
 // A format cut inside a placeholder must not be printed with: the placeholder goes as a whole.
 std::size_t LengthOfWholePlaceholders(const char* pszFormat) {
@@ -24,16 +27,16 @@ std::size_t LengthOfWholePlaceholders(const char* pszFormat) {
 }  // namespace
 
 OMAdapter& OMAdapter::getInstance() {
-    static OMAdapter& instance = *new OMAdapter;
+    static OMAdapter instance;
     return instance;
 }
 
 Logger* OMAdapter::getLogger() {
-    return m_pLogger;
+    return g_pLogger;
 }
 
 void OMAdapter::setLogger(Logger* pLogger) {
-    m_pLogger = pLogger;
+    g_pLogger = pLogger;
 }
 
 int ORVA_LogFormatErrCode(char* pszBuf, int iSize, int iCode, const char* pszFormat) {

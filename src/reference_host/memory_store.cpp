@@ -1,12 +1,33 @@
 #include "reference_host/memory_store.h"
 
 #include <map>
+#include <mutex>
 
 #include "internal/store_tree.h"
 
 struct CMemoryStore::CState {
+    /// The code with which this call must fail; 0 for none.
+    int CountCallLocked() {
+        ++uiCallCount;
+        return uiCallCount == uiFailingCall ? iFailingCode : 0;
+    }
+
+    void GetNodeLocked(const std::string& strPath, CStoreAnswer& answer) const {
+        const auto it = mapNode.find(strPath);
+        answer.bExists = it != mapNode.end();
+        if (answer.bExists) {
+            answer.text = it->second;
+        } else {
+            answer.text.reset();
+        }
+    }
+
+    std::mutex mutex;  ///< guards everything below
     std::map<std::string, std::optional<std::string>> mapNode;
     CWatchTable watches;
+    unsigned int uiCallCount = 0;
+    unsigned int uiFailingCall = 0;
+    int iFailingCode = 0;
 };
 
 CMemoryStore::CMemoryStore() : m_pState(std::make_unique<CState>()) {}
@@ -14,21 +35,21 @@ CMemoryStore::CMemoryStore() : m_pState(std::make_unique<CState>()) {}
 CMemoryStore::~CMemoryStore() = default;
 
 int CMemoryStore::Read(const std::string& strPath, StoreWatcher pWatcher, CStoreAnswer& answer) {
-    const std::lock_guard<std::mutex> guard(m_mutex);
-    const int iRet = CountCallLocked();
+    const std::lock_guard<std::mutex> guard(m_pState->mutex);
+    const int iRet = m_pState->CountCallLocked();
     if (iRet != 0) {
         return iRet;
     }
     m_pState->watches.Set(strPath, pWatcher);
-    GetNodeLocked(strPath, answer);
+    m_pState->GetNodeLocked(strPath, answer);
     return 0;
 }
 
 int CMemoryStore::Write(const std::string& strPath, const std::string& strText) {
     CNodeEvents events;
     {
-        const std::lock_guard<std::mutex> guard(m_mutex);
-        const int iRet = CountCallLocked();
+        const std::lock_guard<std::mutex> guard(m_pState->mutex);
+        const int iRet = m_pState->CountCallLocked();
         if (iRet != 0) {
             return iRet;
         }
@@ -48,20 +69,20 @@ int CMemoryStore::Write(const std::string& strPath, const std::string& strText) 
 }
 
 void CMemoryStore::FailCall(unsigned int uiNth, int iCode) {
-    const std::lock_guard<std::mutex> guard(m_mutex);
-    m_uiFailingCall = m_uiCallCount + uiNth;
-    m_iFailingCode = iCode;
+    const std::lock_guard<std::mutex> guard(m_pState->mutex);
+    m_pState->uiFailingCall = m_pState->uiCallCount + uiNth;
+    m_pState->iFailingCode = iCode;
 }
 
 unsigned int CMemoryStore::GetCallCount() const {
-    const std::lock_guard<std::mutex> guard(m_mutex);
-    return m_uiCallCount;
+    const std::lock_guard<std::mutex> guard(m_pState->mutex);
+    return m_pState->uiCallCount;
 }
 
 CStoreAnswer CMemoryStore::GetNode(const std::string& strPath) const {
-    const std::lock_guard<std::mutex> guard(m_mutex);
+    const std::lock_guard<std::mutex> guard(m_pState->mutex);
     CStoreAnswer answer;
-    GetNodeLocked(strPath, answer);
+    m_pState->GetNodeLocked(strPath, answer);
     return answer;
 }
 
@@ -70,26 +91,11 @@ std::optional<std::string> CMemoryStore::Get(const std::string& strPath) const {
 }
 
 void CMemoryStore::Put(const std::string& strPath, const std::optional<std::string>& text) {
-    const std::lock_guard<std::mutex> guard(m_mutex);
+    const std::lock_guard<std::mutex> guard(m_pState->mutex);
     m_pState->mapNode[strPath] = text;
 }
 
 void CMemoryStore::Erase(const std::string& strPath) {
-    const std::lock_guard<std::mutex> guard(m_mutex);
+    const std::lock_guard<std::mutex> guard(m_pState->mutex);
     m_pState->mapNode.erase(strPath);
-}
-
-int CMemoryStore::CountCallLocked() {
-    ++m_uiCallCount;
-    return m_uiCallCount == m_uiFailingCall ? m_iFailingCode : 0;
-}
-
-void CMemoryStore::GetNodeLocked(const std::string& strPath, CStoreAnswer& answer) const {
-    const auto it = m_pState->mapNode.find(strPath);
-    answer.bExists = it != m_pState->mapNode.end();
-    if (answer.bExists) {
-        answer.text = it->second;
-    } else {
-        answer.text.reset();
-    }
 }

@@ -88,7 +88,9 @@ std::string Escaped(uint32_t uiValue) {
         case '\t':
             return "\\t";
         default:
-            return Numbered(uiValue < 0x80 ? "\\x%02x" : uiValue < 0x10000 ? "\\u%04x" : "\\U%08x",
+            return Numbered(uiValue < 0x80      ? "\\x%02x"
+                            : uiValue < 0x10000 ? "\\u%04x"
+                                                : "\\U%08x",
                             uiValue);
     }
 }

@@ -7,6 +7,8 @@
 #include <string>
 
 #include "common_service/bounded_string.h"
+#include "common_service/tarn_def.h"
+#include "reference_host/version_keys.h"
 
 namespace {
 

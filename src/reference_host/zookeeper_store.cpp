@@ -59,7 +59,7 @@ struct CReply {
 }  // namespace
 
 /// Sends asynchronous requests only: the client's synchronous calls have no deadline of their own.
-class CZooKeeperStore::CClient {
+class __attribute__((visibility("hidden"))) CZooKeeperStore::CClient {
 public:
     explicit CClient(const CZooKeeperOptions& options) : m_options(options) {}
 

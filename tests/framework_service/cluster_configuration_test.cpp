@@ -2,9 +2,10 @@
 #include <vector>
 
 #include "common_service/global_config.h"
-#include "common_service/tarn_conf.h"
 #include "common_service/tarn_def.h"
+#include "reference_host/host_settings.h"
 #include "support/cluster_start_fixture.h"
+#include "support/reconfigure.h"
 
 using testing::ElementsAre;
 using testing::IsEmpty;
@@ -47,13 +48,13 @@ protected:
     }
 
     static CSettings Get() {
-        const CGlobalConfig& config = CGlobalConfig::Instance();
-        return {config.IsLoadBalance(),
-                config.IsFaultShift(),
-                config.IsLoadBalanceOnePeriod(),
-                config.GetLoadBalanceDiskThreshold(),
-                config.GetLoadBalanceNetThreshold(),
-                config.GetLoadBalanceChannelThreshold()};
+        const CHandedOverSettings config = GetHandedOverSettings();
+        return {config.bLoadBalance,
+                config.bFaultShift,
+                config.bLoadBalanceOnePeriod,
+                config.iLoadBalanceDiskThreshold,
+                config.iLoadBalanceNetThreshold,
+                config.iLoadBalanceChannelThreshold};
     }
 
     void Put(const std::optional<std::string>& text) {
@@ -153,7 +154,7 @@ TEST_F(ClusterConfiguration, EveryCallReadsAndSetsAnew) {
 
 TEST_F(ClusterConfiguration, IsReadBelowTheClusterCodeOfTheMoment) {
     Put(std::string("{") + SWITCHES + "}");
-    CTARNConf::m_oConf.SetCstClusterCode("Y");
+    Reconfigure(&CHostSettings::strClusterCode, "Y");
     EXPECT_EQ(Framework().InitClusterConfigFromZK(), 0);
     EXPECT_EQ(Get(), FORMER) << "/CloudY/ClusterConfig is absent";
 }

@@ -2,7 +2,10 @@
 
 #include "common_service/global_config.h"
 #include "common_service/tarn_def.h"
+#include "reference_host/accepted_links.h"
+#include "reference_host/host_settings.h"
 #include "support/cluster_start_fixture.h"
+#include "support/reconfigure.h"
 
 using testing::ElementsAre;
 using testing::ElementsAreArray;
@@ -50,7 +53,7 @@ TEST_F(ClusterStart, NodesEnterTheTableAsTheyAreStored) {
     EXPECT_THAT(NodeIds(), ElementsAre("n1", "n2"));
     EXPECT_THAT(ContainerAddrs(), ElementsAre(CContainerAddr("n1", "A"), CContainerAddr("n1", "B"),
                                               CContainerAddr("n2", "A")));
-    EXPECT_EQ(CGlobalConfig::Instance().GetClusterForwardType(), 5);
+    EXPECT_EQ(GetHandedOverSettings().iClusterForwardType, 5);
 
     CNode node;
     ASSERT_TRUE(CNodeMgr::Instance().GetNode("n1", node));
@@ -122,7 +125,7 @@ TEST_F(ClusterStart, AbsentClusterLeavesAnEarlierLoadInForce) {
     EXPECT_THAT(NodeIds(), ElementsAre("n1"));
     EXPECT_EQ(CloudStorage("n1").GetTotalTask(), 0U);
     EXPECT_TRUE(IsLinked("10.0.0.1"));
-    EXPECT_EQ(CGlobalConfig::Instance().GetClusterForwardType(), 7);
+    EXPECT_EQ(GetHandedOverSettings().iClusterForwardType, 7);
     EXPECT_EQ(m_pStore->GetCallCount() - uiCallsBefore, 1U) << "cloud storage is not read";
 }
 
@@ -131,15 +134,15 @@ TEST_F(ClusterStart, ClusterWithoutNodesEmptiesTheModel) {
          {std::optional<std::string>(R"({"ClusterName":"","ClusterRemark":"","ClusterCode":""})"),
           std::optional<std::string>()}) {
         SCOPED_TRACE(text.value_or("no data"));
-        HALD::CNetFactory::Instance().Clear();
-        CGlobalConfig::Instance().SetLocalIp("10.0.0.2");
+        ForgetAcceptedLinks();
+        Reconfigure(&CHostSettings::strLocalIp, "10.0.0.2");
         LoadFormer({{"n1", "10.0.0.1", {"A"}}, {"n2", "10.0.0.2", {"A"}}});
         PutCluster(text);
         EXPECT_EQ(Framework().InitNodeAndContainerFromZK(), 0);
         EXPECT_THAT(m_logger.GetLines(), ElementsAre(BEGIN, NO_CLOUD_STORAGE));
         EXPECT_THAT(NodeIds(), IsEmpty());
         EXPECT_THAT(ContainerAddrs(), IsEmpty());
-        EXPECT_EQ(CGlobalConfig::Instance().GetClusterForwardType(), 0);
+        EXPECT_EQ(GetHandedOverSettings().iClusterForwardType, 0);
         EXPECT_FALSE(IsLinked("10.0.0.1"));
         EXPECT_TRUE(IsLinked("10.0.0.2")) << "the local address keeps its link";
     }
@@ -150,7 +153,7 @@ TEST_F(ClusterStart, ForwardTypeOfTheWrongKindCountsAsZero) {
     PutCluster(
         R"({"ClusterName":"c","ClusterRemark":"r","ClusterCode":"X","ClusterForwardType":"1"})");
     EXPECT_EQ(Framework().InitNodeAndContainerFromZK(), 0);
-    EXPECT_EQ(CGlobalConfig::Instance().GetClusterForwardType(), 0);
+    EXPECT_EQ(GetHandedOverSettings().iClusterForwardType, 0);
 }
 
 TEST_F(ClusterStart, LinksFollowTheMembers) {
@@ -163,8 +166,7 @@ TEST_F(ClusterStart, LinksFollowTheMembers) {
     EXPECT_TRUE(IsLinked("10.0.0.2")) << "another node has the address now";
     EXPECT_TRUE(IsLinked("10.0.0.3"));
     EXPECT_TRUE(IsLinked("10.0.0.4"));
-    EXPECT_TRUE(HALD::CNetFactory::Instance().IsValidatedLink("10.0.0.1", 1))
-        << "links of another type are not the framework's";
+    EXPECT_TRUE(IsAcceptedLink("10.0.0.1", 1)) << "links of another type are not the framework's";
 }
 
 TEST_F(ClusterStart, FirstLoadTakesNoLinkAway) {
@@ -175,7 +177,7 @@ TEST_F(ClusterStart, FirstLoadTakesNoLinkAway) {
 }
 
 TEST_F(ClusterStart, RemovedNodesLoseTheirLinksAndKeepTheirContainers) {
-    CGlobalConfig::Instance().SetLocalIp("10.0.0.3");
+    Reconfigure(&CHostSettings::strLocalIp, "10.0.0.3");
     const std::string strLocal = "10.0.0.3";
     LoadFormer({{"n1", "10.0.0.1", {"A"}}, {"n2", "10.0.0.2", {"A"}}, {"n3", strLocal, {"A"}}});
     PutCluster(ClusterText({{"n1", "10.0.0.1", {"A"}},
@@ -234,7 +236,7 @@ TEST_F(ClusterStart, ContainerTypeTwiceOnANodeFailsTheLoad) {
                                          FILE_STEM, FUNCTION, "init node Container fail.")}));
     EXPECT_THAT(NodeIds(), ElementsAre("n1"));
     EXPECT_THAT(ContainerAddrs(), ElementsAre(CContainerAddr("old", "A")));
-    EXPECT_EQ(CGlobalConfig::Instance().GetClusterForwardType(), 5);
+    EXPECT_EQ(GetHandedOverSettings().iClusterForwardType, 5);
     EXPECT_TRUE(IsLinked("10.0.0.1"));
     EXPECT_FALSE(IsLinked("10.0.0.9"));
     EXPECT_EQ(m_pStore->GetCallCount() - uiCallsBefore, 1U) << "cloud storage is not read";
@@ -272,7 +274,7 @@ TEST_F(ClusterStart, FailingStoreStopsTheLoadWhereItFails) {
 
         const bool bClusterRead = uiNth > 1;
         EXPECT_THAT(NodeIds(), ElementsAre(bClusterRead ? "n2" : "n1"));
-        EXPECT_EQ(CGlobalConfig::Instance().GetClusterForwardType(), bClusterRead ? 5 : 7);
+        EXPECT_EQ(GetHandedOverSettings().iClusterForwardType, bClusterRead ? 5 : 7);
         EXPECT_EQ(IsLinked("10.0.0.1"), !bClusterRead);
         EXPECT_EQ(IsLinked("10.0.0.2"), bClusterRead);
         EXPECT_EQ(CloudStorage("n2").GetTotalTask(), uiNth > 2 ? 1U : 0U);
@@ -318,7 +320,7 @@ TEST_P(BadCluster, GivesACodeAndChangesNothing) {
     EXPECT_THAT(NodeIds(), ElementsAre("old"));
     EXPECT_THAT(ContainerAddrs(), ElementsAre(CContainerAddr("old", "A")));
     EXPECT_TRUE(IsLinked("10.0.0.9"));
-    EXPECT_EQ(CGlobalConfig::Instance().GetClusterForwardType(), 7);
+    EXPECT_EQ(GetHandedOverSettings().iClusterForwardType, 7);
     EXPECT_EQ(m_pStore->GetCallCount() - uiCallsBefore, 1U) << "cloud storage is not read";
 }
 

@@ -2,12 +2,12 @@
 #include <string>
 #include <vector>
 
-#include "common_service/tarn_conf.h"
 #include "common_service/tarn_def.h"
 #include "framework_service/container.h"
 #include "reference_host/store.h"
 #include "support/host_fixture.h"
 #include "support/model_values.h"
+#include "support/reconfigure.h"
 
 namespace {
 
@@ -381,7 +381,7 @@ TEST_F(ContainerCloudStorageSave, WithoutAllocationsTheEntryHasNoList) {
 }
 
 TEST_F(ContainerCloudStorageSave, GoesToTheClusterCodeOfTheDay) {
-    CTARNConf::m_oConf.SetCstClusterCode("Y");
+    Reconfigure(&CHostSettings::strClusterCode, "Y");
     Save();
     EXPECT_EQ(m_pStore->Get("/CloudY/CloudStorage"), Document({OWN_ENTRY}));
     EXPECT_EQ(Stored(), std::nullopt);

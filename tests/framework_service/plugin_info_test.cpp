@@ -4,10 +4,10 @@
 #include <ostream>
 #include <vector>
 
-#include "common_service/directory.h"
 #include "common_service/tarn_def.h"
 #include "plugins/plugin_folder.h"
 #include "support/host_fixture.h"
+#include "support/reconfigure.h"
 
 using testing::AllOf;
 using testing::ElementsAre;
@@ -49,7 +49,7 @@ TEST_F(PluginInfo, WithoutAFileNameItRefuses) {
 }
 
 TEST_F(PluginInfo, PassesTheCodeOfTheLibraryDirectoryUp) {
-    HALD::set_lib_directory("");
+    Reconfigure(&CHostSettings::strLibDir, "");
     std::string strDir;
     const int iCode = HALD::get_lib_directory(strDir);
     ASSERT_NE(iCode, 0);

@@ -6,11 +6,11 @@
 #include <utility>
 #include <vector>
 
-#include "common_service/directory.h"
 #include "common_service/memstat.h"
 #include "common_service/tarn_def.h"
 #include "plugins/plugin_folder.h"
 #include "support/host_fixture.h"
+#include "support/reconfigure.h"
 
 using testing::ElementsAre;
 using testing::IsEmpty;
@@ -101,7 +101,7 @@ TEST_F(PluginManager, AnEmptyFolderIsASuccessWithoutPlugins) {
 }
 
 TEST_F(PluginManager, PassesTheCodeOfTheLibraryDirectoryUp) {
-    HALD::set_lib_directory("");
+    Reconfigure(&CHostSettings::strLibDir, "");
     std::string strDir;
     const int iCode = HALD::get_lib_directory(strDir);
     EXPECT_EQ(Manager().LoadAllPlugin(), iCode);
@@ -113,7 +113,7 @@ TEST_F(PluginManager, PassesTheCodeOfTheLibraryDirectoryUp) {
 
 TEST_F(PluginManager, PassesTheCodeOfTheListingUp) {
     const CTempDir dirWithoutPlugins;
-    HALD::set_lib_directory(dirWithoutPlugins.GetPath());
+    Reconfigure(&CHostSettings::strLibDir, dirWithoutPlugins.GetPath());
     EXPECT_EQ(Manager().LoadAllPlugin(), ORVA_FAIL);
     EXPECT_THAT(m_logger.GetOperLines(),
                 ElementsAre(Failure("find all plugin", 1, "FindAllPlugin",

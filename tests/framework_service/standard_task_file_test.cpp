@@ -3,6 +3,7 @@
 #include <vector>
 
 #include "common_service/tarn_def.h"
+#include "support/reconfigure.h"
 #include "support/standard_tasks_fixture.h"
 
 using testing::ElementsAre;
@@ -98,7 +99,7 @@ TEST_F(StandardTasks, MissingFolderIsASuccessWithoutModels) {
 TEST_F(StandardTasks, MissingConfigurationDirectoryIsASuccessWithoutModels) {
     WriteFile("a.xml", "<TaskList><Task>m</Task></TaskList>");
     Load();
-    HALD::set_config_directory("");
+    Reconfigure(&CHostSettings::strConfigDir, "");
     EXPECT_THAT(Load(), ElementsAre(BEGIN,
                                     Err("get task file failed", ORVA_FAIL, FILE_STEM,
                                         "GetAllStandardTaskFile", "get conf dir failed."),

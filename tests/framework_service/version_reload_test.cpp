@@ -3,8 +3,8 @@
 #include <string>
 #include <vector>
 
-#include "common_service/tarn_conf.h"
 #include "common_service/tarn_def.h"
+#include "support/reconfigure.h"
 #include "support/schedule_fixture.h"
 
 using namespace schedule;
@@ -75,7 +75,7 @@ TEST_F(VersionNumbers, ReloadSetsNoWatcher) {
 
 TEST_F(VersionNumbers, LieBelowTheClusterCodeOfTheMoment) {
     EXPECT_EQ(Manager().SetDecisionVerNum(3), 0);
-    CTARNConf::m_oConf.SetCstClusterCode("Y");
+    Reconfigure(&CHostSettings::strClusterCode, "Y");
     EXPECT_EQ(Manager().SetDecisionVerNum(4), 0);
     EXPECT_EQ(m_pStore->Get("/CloudX/Version"), VersionText(3, 0));
     EXPECT_EQ(m_pStore->Get("/CloudY/Version"), VersionText(4, 0));

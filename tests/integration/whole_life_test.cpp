@@ -2,12 +2,12 @@
 #include <string>
 #include <vector>
 
-#include "common_service/global_config.h"
-#include "common_service/net_factory.h"
-#include "common_service/tarn_conf.h"
 #include "common_service/tarn_def.h"
 #include "fired_watches.h"
+#include "reference_host/accepted_links.h"
+#include "reference_host/host_settings.h"
 #include "reference_host/zookeeper_store.h"
+#include "support/reconfigure.h"
 #include "support/registry_fixture.h"
 #include "zookeeper_server.h"
 
@@ -34,7 +34,7 @@ constexpr char CLOUD_STORAGE_OF_N2[] =
 class WholeLife : public CRegistryTest {
 protected:
     WholeLife() {
-        CTARNConf::m_oConf.SetCstClusterCode(CLUSTER_CODE);
+        Reconfigure(&CHostSettings::strClusterCode, CLUSTER_CODE);
         SetStore(std::make_shared<CZooKeeperStore>(Options()));
         SetNodeEventHandler(&RecordFired);
         Put("/ClusterConfig", CONFIGURATION);
@@ -87,10 +87,10 @@ protected:
 };
 
 void WholeLife::ExpectLoaded() {
-    EXPECT_TRUE(CGlobalConfig::Instance().IsFaultShift());
-    EXPECT_FALSE(CGlobalConfig::Instance().IsLoadBalance());
-    EXPECT_EQ(CGlobalConfig::Instance().GetClusterForwardType(), 7);
-    EXPECT_TRUE(HALD::CNetFactory::Instance().IsValidatedLink("10.0.0.1", VALIDATED_LINK_TYPE));
+    EXPECT_TRUE(GetHandedOverSettings().bFaultShift);
+    EXPECT_FALSE(GetHandedOverSettings().bLoadBalance);
+    EXPECT_EQ(GetHandedOverSettings().iClusterForwardType, 7);
+    EXPECT_TRUE(IsAcceptedLink("10.0.0.1", VALIDATED_LINK_TYPE));
     EXPECT_THAT(NodeIds(), ElementsAre("n1", "n2"));
     EXPECT_THAT(AddressesOf(AllContainers()),
                 ElementsAre(CContainerAddr("n1", "A"), CContainerAddr("n1", CLOUD_STORAGE),

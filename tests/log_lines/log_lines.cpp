@@ -1,7 +1,7 @@
 #include "log_lines/log_lines.h"
 
-#include "common_service/directory.h"
 #include "framework_service/plugin_mgr.h"
+#include "support/reconfigure.h"
 
 namespace {
 
@@ -40,7 +40,7 @@ std::ostream& operator<<(std::ostream& stream, const CScenario& scenario) {
 LogLines::LogLines() {
     std::string strDir;
     HALD::get_lib_directory(strDir);
-    HALD::set_config_directory(strDir);
+    Reconfigure(&CHostSettings::strConfigDir, strDir);
 }
 
 LogLines::~LogLines() {

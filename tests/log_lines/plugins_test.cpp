@@ -1,11 +1,11 @@
 #include <filesystem>
 #include <fstream>
 
-#include "common_service/directory.h"
 #include "framework_service/IPlugin.h"
 #include "framework_service/plugin_info.h"
 #include "framework_service/plugin_mgr.h"
 #include "log_lines/log_lines.h"
+#include "support/reconfigure.h"
 
 // Never written: "cannot keep library mapped" and "fail to new plugininfo", which need a loader and
 // an allocator that fail; "plugin is null" and "fail to unload plugin", for the manager's tables
@@ -126,7 +126,7 @@ const std::vector<CScenario> LOADER = {
       "plugin, name[]"}},
     {"WithoutAFolder",
      [](CScene&) {
-         HALD::set_lib_directory("");
+         Reconfigure(&CHostSettings::strLibDir, "");
          CPluginInfo("a.so").LoadLibrary();
      },
      {"ERR|plugin_info|LoadLibrary|plugin info load library|1|get lib dir failed.",
@@ -253,7 +253,7 @@ const std::vector<CScenario> LOADER = {
 const std::vector<CScenario> MANAGER = {
     {"LoadWithoutALibraryDirectory",
      [](CScene&) {
-         HALD::set_lib_directory("");
+         Reconfigure(&CHostSettings::strLibDir, "");
          Manager().LoadAllPlugin();
      },
      {"ERR|plugin_mgr|FindAllPlugin|find all plugin|1|get lib dir failed.",

@@ -1,6 +1,6 @@
-#include "common_service/directory.h"
 #include "framework_service/plugin_mgr.h"
 #include "log_lines/log_lines.h"
+#include "support/reconfigure.h"
 
 // "cannot write" is never written: the elements have names and a place.
 
@@ -8,7 +8,7 @@ namespace {
 
 /// The shipped plug-in of that name.
 IPlugin& Plugin(CScene& scene, const char* pszName) {
-    HALD::set_lib_directory(PLUGIN_LIB_DIR);
+    Reconfigure(&CHostSettings::strLibDir, PLUGIN_LIB_DIR);
     CPluginMgr::Instance().LoadAllPlugin();
     scene.logger.Clear();
     return *CPluginMgr::Instance().GetPluginByName(pszName);

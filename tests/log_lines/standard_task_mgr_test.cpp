@@ -3,8 +3,8 @@
 #include <filesystem>
 #include <fstream>
 
-#include "common_service/directory.h"
 #include "log_lines/log_lines.h"
+#include "support/reconfigure.h"
 
 // "get conf dir failed." of a single file is written by a host alone that forgets its directory
 // within a load.
@@ -21,7 +21,7 @@ void LoadText(CScene& scene, const char* pszText) {
 const std::vector<CScenario> SCENARIOS = {
     {"LoadWithoutADirectory",
      [](CScene&) {
-         HALD::set_config_directory("");
+         Reconfigure(&CHostSettings::strConfigDir, "");
          CStdTaskMgr::Instance().Load();
      },
      {"INFO|standard_task_mgr|Load|load standard task table||start",

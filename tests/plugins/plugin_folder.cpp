@@ -4,11 +4,11 @@
 
 #include <filesystem>
 
-#include "common_service/directory.h"
+#include "support/reconfigure.h"
 
 CPluginFolder::CPluginFolder() {
     std::filesystem::create_directory(m_dir.File("plugins"));
-    HALD::set_lib_directory(m_dir.GetPath());
+    Reconfigure(&CHostSettings::strLibDir, m_dir.GetPath());
 }
 
 std::string CPluginFolder::Add(const std::string& strFixture,

@@ -1,11 +1,11 @@
 #include "plugins/schedule_fixture.h"
 
-#include "common_service/directory.h"
 #include "framework_service/container_mgr.h"
 #include "framework_service/framework_common.h"
 #include "framework_service/node_mgr.h"
 #include "framework_service/plugin_mgr.h"
 #include "framework_service/schedule_mgr.h"
+#include "support/reconfigure.h"
 
 CResourceTask CTaskShape::ToTask() const {
     CResourceTask task;
@@ -35,7 +35,7 @@ std::list<std::string> TaskIds(const std::list<CResourceTask>& taskList) {
 CScheduleTest::CScheduleTest(const std::string& strPluginName, const std::string& strContainerType,
                              const std::string& strLibDir)
     : m_strPluginName(strPluginName), m_strContainerType(strContainerType) {
-    HALD::set_lib_directory(strLibDir);
+    Reconfigure(&CHostSettings::strLibDir, strLibDir);
 }
 
 CScheduleTest::~CScheduleTest() {

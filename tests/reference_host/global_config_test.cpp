@@ -1,66 +1,52 @@
 #include "common_service/global_config.h"
 
-#include <string>
-#include <thread>
+#include <tuple>
 
+#include "reference_host/host_settings.h"
 #include "support/host_fixture.h"
 
 namespace {
 
-class GlobalConfig : public CHostTest {};
-
-TEST_F(GlobalConfig, StartWithTheDefaults) {
-    const CGlobalConfig& config = CGlobalConfig::Instance();
-    EXPECT_TRUE(config.IsLoadBalance());
-    EXPECT_TRUE(config.IsFaultShift());
-    EXPECT_TRUE(config.IsLoadBalanceOnePeriod());
-    EXPECT_EQ(config.GetLoadBalanceDiskThreshold(), 10);
-    EXPECT_EQ(config.GetLoadBalanceNetThreshold(), 10);
-    EXPECT_EQ(config.GetLoadBalanceChannelThreshold(), 10);
-    EXPECT_EQ(config.GetClusterForwardType(), 0);
-    EXPECT_EQ(CGlobalConfig::Instance().GetLocalIp(), "");
+auto Thresholds() {
+    const CHandedOverSettings settings = GetHandedOverSettings();
+    return std::make_tuple(settings.iLoadBalanceDiskThreshold, settings.iLoadBalanceNetThreshold,
+                           settings.iLoadBalanceChannelThreshold, settings.iClusterForwardType);
 }
 
-TEST_F(GlobalConfig, EachHoldsItsOwnValue) {
+auto Switches() {
+    const CHandedOverSettings settings = GetHandedOverSettings();
+    return std::make_tuple(settings.bLoadBalance, settings.bFaultShift,
+                           settings.bLoadBalanceOnePeriod);
+}
+
+/// What held before anything was handed over.
+const auto THRESHOLDS_AT_THE_START = Thresholds();
+const auto SWITCHES_AT_THE_START = Switches();
+
+class HandedOverSettings : public CHostTest {};
+
+TEST_F(HandedOverSettings, StartWithTheDefaults) {
+    EXPECT_EQ(THRESHOLDS_AT_THE_START, std::make_tuple(10, 10, 10, 0));
+    EXPECT_EQ(SWITCHES_AT_THE_START, std::make_tuple(true, true, true));
+}
+
+TEST_F(HandedOverSettings, EachHoldsItsOwnValue) {
     CGlobalConfig& config = CGlobalConfig::Instance();
     config.SetLoadBalanceDiskThreshold(1);
     config.SetLoadBalanceNetThreshold(2);
     config.SetLoadBalanceChannelThreshold(3);
     config.SetClusterForwardType(4);
-    config.SetLocalIp("10.0.0.1");
-    EXPECT_EQ(config.GetLoadBalanceDiskThreshold(), 1);
-    EXPECT_EQ(config.GetLoadBalanceNetThreshold(), 2);
-    EXPECT_EQ(config.GetLoadBalanceChannelThreshold(), 3);
-    EXPECT_EQ(config.GetClusterForwardType(), 4);
-    EXPECT_EQ(config.GetLocalIp(), "10.0.0.1");
+    EXPECT_EQ(Thresholds(), std::make_tuple(1, 2, 3, 4));
 }
 
-TEST_F(GlobalConfig, SwitchesAreIndependent) {
+TEST_F(HandedOverSettings, SwitchesAreIndependent) {
     CGlobalConfig& config = CGlobalConfig::Instance();
     config.SetLoadBalance(false);
-    EXPECT_TRUE(config.IsFaultShift() && config.IsLoadBalanceOnePeriod());
+    EXPECT_EQ(Switches(), std::make_tuple(false, true, true));
     config.SetFaultShift(false);
-    EXPECT_TRUE(config.IsLoadBalanceOnePeriod());
+    EXPECT_EQ(Switches(), std::make_tuple(false, false, true));
     config.SetLoadBalanceOnePeriod(false);
-    EXPECT_FALSE(config.IsLoadBalance() || config.IsFaultShift() ||
-                 config.IsLoadBalanceOnePeriod());
-}
-
-TEST_F(GlobalConfig, LocalAddressIsReadWholeWhileItChanges) {
-    CGlobalConfig& config = CGlobalConfig::Instance();
-    const std::string strShort = "10.0.0.1";
-    const std::string strLong = "longer than a text kept in place: 192.168.100.100";
-    config.SetLocalIp(strShort);
-    std::thread writer([&] {
-        for (int iRound = 0; iRound < 1000; ++iRound) {
-            config.SetLocalIp(iRound % 2 == 0 ? strLong : strShort);
-        }
-    });
-    for (int iRound = 0; iRound < 1000; ++iRound) {
-        const std::string strIp = config.GetLocalIp();
-        EXPECT_TRUE(strIp == strShort || strIp == strLong) << strIp;
-    }
-    writer.join();
+    EXPECT_EQ(Switches(), std::make_tuple(false, false, false));
 }
 
 }  // namespace

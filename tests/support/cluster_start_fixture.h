@@ -3,11 +3,11 @@
 #include <algorithm>
 #include <vector>
 
-#include "common_service/net_factory.h"
 #include "common_service/tarn_def.h"
 #include "framework_service/container_mgr.h"
 #include "framework_service/framework_common.h"
 #include "framework_service/node_mgr.h"
+#include "reference_host/accepted_links.h"
 #include "support/host_fixture.h"
 #include "support/registry_fixture.h"
 
@@ -200,9 +200,7 @@ protected:
         return {taskList.begin(), taskList.end()};
     }
 
-    static bool IsLinked(const std::string& strIp) {
-        return HALD::CNetFactory::Instance().IsValidatedLink(strIp, 70106);
-    }
+    static bool IsLinked(const std::string& strIp) { return IsAcceptedLink(strIp, 70106); }
 
     std::vector<CLogLine> Lines() const { return m_logger.GetLinesOf(FILE_STEM); }
 

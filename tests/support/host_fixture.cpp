@@ -1,10 +1,9 @@
 #include "support/host_fixture.h"
 
-#include "common_service/directory.h"
 #include "common_service/global_config.h"
-#include "common_service/net_factory.h"
-#include "common_service/tarn_conf.h"
 #include "common_service/tarn_def.h"
+#include "reference_host/accepted_links.h"
+#include "reference_host/host_settings.h"
 #include "support/fake_clock.h"
 
 namespace {
@@ -13,15 +12,14 @@ constexpr char PSZ_CLUSTER_CODE[] = "X";
 
 void ResetGlobalConfig() {
     CGlobalConfig& config = CGlobalConfig::Instance();
-    const CGlobalConfig fresh;
-    config.SetLoadBalance(fresh.IsLoadBalance());
-    config.SetFaultShift(fresh.IsFaultShift());
-    config.SetLoadBalanceOnePeriod(fresh.IsLoadBalanceOnePeriod());
-    config.SetLoadBalanceDiskThreshold(fresh.GetLoadBalanceDiskThreshold());
-    config.SetLoadBalanceNetThreshold(fresh.GetLoadBalanceNetThreshold());
-    config.SetLoadBalanceChannelThreshold(fresh.GetLoadBalanceChannelThreshold());
-    config.SetClusterForwardType(fresh.GetClusterForwardType());
-    config.SetLocalIp("");
+    const CHandedOverSettings fresh;
+    config.SetLoadBalance(fresh.bLoadBalance);
+    config.SetFaultShift(fresh.bFaultShift);
+    config.SetLoadBalanceOnePeriod(fresh.bLoadBalanceOnePeriod);
+    config.SetLoadBalanceDiskThreshold(fresh.iLoadBalanceDiskThreshold);
+    config.SetLoadBalanceNetThreshold(fresh.iLoadBalanceNetThreshold);
+    config.SetLoadBalanceChannelThreshold(fresh.iLoadBalanceChannelThreshold);
+    config.SetClusterForwardType(fresh.iClusterForwardType);
 }
 
 }  // namespace
@@ -29,10 +27,8 @@ void ResetGlobalConfig() {
 CHostTest::CHostTest() {
     ResetGlobalConfig();
     ResetClock();
-    CTARNConf::m_oConf.SetCstClusterCode(PSZ_CLUSTER_CODE);
-    HALD::set_lib_directory("");
-    HALD::set_config_directory("");
-    HALD::CNetFactory::Instance().Clear();
+    Configure({PSZ_CLUSTER_CODE, "", "", ""});
+    ForgetAcceptedLinks();
     SetNodeEventHandler(nullptr);
     SetStore(m_pStore);
     OMAdapter::getInstance().setLogger(&m_logger);

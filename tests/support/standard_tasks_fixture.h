@@ -4,9 +4,9 @@
 #include <string>
 #include <vector>
 
-#include "common_service/directory.h"
 #include "common_service/tarn_def.h"
 #include "framework_service/standard_task_mgr.h"
+#include "support/reconfigure.h"
 #include "support/registry_fixture.h"
 #include "support/temp_dir.h"
 
@@ -50,12 +50,12 @@ class StandardTasks : public CHostTest {
 protected:
     StandardTasks() {
         std::filesystem::create_directory(m_dir.File("taskmodel"));
-        HALD::set_config_directory(m_dir.GetPath());
+        Reconfigure(&CHostSettings::strConfigDir, m_dir.GetPath());
     }
 
     /// Leaves an empty table behind.
     ~StandardTasks() override {
-        HALD::set_config_directory("");
+        Reconfigure(&CHostSettings::strConfigDir, "");
         Manager().Load();
     }
 

@@ -4,7 +4,7 @@
 
 /// A document of the coordination store. The host reads a node's text and hands it to ParseJson;
 /// it asks ToJson for the text before it writes. Documents have no lock: one thread at a time.
-class CBaseJsonObject {
+class [[gnu::visibility("default")]] CBaseJsonObject {
 public:
     virtual ~CBaseJsonObject() = default;
 

@@ -6,12 +6,9 @@
 /// Where the version numbers lie below the cluster's root, and the size of their buffer.
 inline constexpr ORVA_STORE_NODE STORE_NODE_VERSION{"/Version", 512};
 
-inline constexpr char PSZ_DECISION_VER_NUM[] = "DecisionVerNum";
-inline constexpr char PSZ_MASTER_VER_NUM[] = "MasterVerNum";
-
 /// The two version numbers of the cluster as one document. Its JSON form belongs to the host; it
 /// carries both numbers in full and fits the buffer.
-class CVersionZNode : public CBaseJsonObject {
+class [[gnu::visibility("default")]] CVersionZNode : public CBaseJsonObject {
 public:
     int32_t ParseJson(const char* pszJson) override;
     int32_t ToJson(char* pszJson, uint32_t iMaxLen) override;

@@ -19,6 +19,7 @@
 #include "framework_service/cluster_mgr_znode_info.h"
 #include "framework_service/cluster_znode_info.h"
 #include "reference_host/store.h"
+#include "reference_host/version_keys.h"
 
 namespace {
 

@@ -10,13 +10,12 @@
 #include "command/load.h"
 #include "command/plugin_table.h"
 #include "command/table.h"
-#include "common_service/global_config.h"
-#include "common_service/tarn_conf.h"
 #include "framework_service/container_mgr.h"
 #include "framework_service/framework_common.h"
 #include "framework_service/node_mgr.h"
 #include "framework_service/schedule_mgr.h"
 #include "framework_service/standard_task_mgr.h"
+#include "reference_host/host_settings.h"
 
 namespace {
 
@@ -84,19 +83,19 @@ CTable SettingTable(const char* pszName, const std::list<Setting>& settings) {
 }
 
 CTable ConfigTable() {
-    CGlobalConfig& config = CGlobalConfig::Instance();
-    return SettingTable("config",
-                        {
-                            {"cluster_code", CTARNConf::m_oConf.GetCstClusterCode()},
-                            {"local_ip", config.GetLocalIp()},
-                            {"load_balance", config.IsLoadBalance()},
-                            {"fault_shift", config.IsFaultShift()},
-                            {"load_balance_one_period", config.IsLoadBalanceOnePeriod()},
-                            {"disk_threshold", config.GetLoadBalanceDiskThreshold()},
-                            {"net_threshold", config.GetLoadBalanceNetThreshold()},
-                            {"channel_threshold", config.GetLoadBalanceChannelThreshold()},
-                            {"cluster_forward_type", config.GetClusterForwardType()},
-                        });
+    const CHostSettings& host = GetHostSettings();
+    const CHandedOverSettings cluster = GetHandedOverSettings();
+    return SettingTable("config", {
+                                      {"cluster_code", host.strClusterCode},
+                                      {"local_ip", host.strLocalIp},
+                                      {"load_balance", cluster.bLoadBalance},
+                                      {"fault_shift", cluster.bFaultShift},
+                                      {"load_balance_one_period", cluster.bLoadBalanceOnePeriod},
+                                      {"disk_threshold", cluster.iLoadBalanceDiskThreshold},
+                                      {"net_threshold", cluster.iLoadBalanceNetThreshold},
+                                      {"channel_threshold", cluster.iLoadBalanceChannelThreshold},
+                                      {"cluster_forward_type", cluster.iClusterForwardType},
+                                  });
 }
 
 CTable CgTable() {

@@ -1,12 +1,11 @@
 #include <cstdio>
 #include <memory>
 
-#include "common_service/directory.h"
-#include "common_service/tarn_conf.h"
 #include "framework_service/container_mgr.h"
 #include "framework_service/framework_common.h"
 #include "framework_service/node_mgr.h"
 #include "framework_service/plugin_mgr.h"
+#include "reference_host/host_settings.h"
 #include "reference_host/memory_store.h"
 
 namespace {
@@ -39,8 +38,7 @@ int main(int iArgs, char** ppszArgs) {
     if (!Check(iArgs == 2, "one argument")) {
         return 1;
     }
-    HALD::set_lib_directory(ppszArgs[1]);
-    CTARNConf::m_oConf.SetCstClusterCode("X");
+    Configure({"X", "", ppszArgs[1], ""});
     const auto pStore = std::make_shared<CMemoryStore>();
     pStore->Put("/CloudX/Cluster", CLUSTER);
     SetStore(pStore);
