@@ -2,7 +2,7 @@
 
 #include <cstdarg>
 
-#include "internal/format.h"
+#include "reference_host/printf_text.h"
 
 void CFormattingLogger::writeOperLog(ORVA_LOG_LEVEL, const char*, const char*, int, const char*,
                                      const char* pszFormat, ...) {

@@ -1,5 +1,7 @@
 #pragma once
 
+#include <cstddef>
+#include <cstdint>
 #include <memory>
 #include <optional>
 #include <string>
@@ -33,6 +35,11 @@ public:
     /// the store unchanged.
     virtual int Write(const std::string& strPath, const std::string& strText) = 0;
 };
+
+/// Does a text take so much of its limit that it is time to warn? A write warns by its buffer.
+constexpr bool IsNearlyFull(std::size_t size, std::size_t limit) {
+    return size * std::uint64_t{100} >= limit * std::uint64_t{80};
+}
 
 /// What COperCommon itself answers, beside the store's codes and those of the documents.
 enum enStoreError {

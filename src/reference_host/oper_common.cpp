@@ -20,7 +20,6 @@ namespace {
 
 constexpr char PSZ_READ[] = "read store node";
 constexpr char PSZ_WRITE[] = "write store node";
-constexpr std::uint64_t NUMERIC_WARNING_PERCENT = 80;
 
 /// The store behind the front, and the lock under which it is changed. A call works on a copy of
 /// the pointer, so that a store that is taken away lives until the calls in it have ended.
@@ -180,7 +179,7 @@ int COperCommon::SetDataToZK(const char* path, unsigned int bufLen, CBaseJsonObj
         LogError(PSZ_WRITE, ORVA_DATA_INVALID, strSize + " and is not whole");
         return ORVA_DATA_INVALID;
     }
-    if (strText.size() * std::uint64_t{100} >= bufLen * NUMERIC_WARNING_PERCENT) {
+    if (IsNearlyFull(strText.size(), bufLen)) {
         LogWarning(PSZ_WRITE, strSize);
     }
     return pStore->Write(path, strText);

@@ -10,7 +10,7 @@
 #include <utility>
 #include <vector>
 
-#include "internal/format.h"
+#include "reference_host/printf_text.h"
 #include "reference_host/shown_text.h"
 
 namespace {

@@ -6,7 +6,7 @@
 #include <tuple>
 #include <utility>
 
-#include "internal/format.h"
+#include "reference_host/printf_text.h"
 
 namespace {
 

@@ -28,8 +28,6 @@
 
 namespace {
 
-constexpr std::size_t NUMERIC_WARNING_PERCENT = 80;
-
 /// A document may grow by this much when the library writes it: it renders a character as six.
 constexpr std::size_t NUMERIC_MAX_GROWTH = 6;
 
@@ -123,7 +121,7 @@ void CheckSize(const CCheckedStore& store, Findings& findings) {
                 "would take " + std::to_string(size) +
                     " bytes when the service writes it, at most " + std::to_string(maxSize) +
                     " fit");
-        } else if (size * 100 >= maxSize * NUMERIC_WARNING_PERCENT) {
+        } else if (IsNearlyFull(size, maxSize)) {
             Add(findings, PSZ_WARNING, checked.pDocument->node,
                 "takes " + std::to_string(size) + " bytes of at most " + std::to_string(maxSize) +
                     ", more than which the service does not write");

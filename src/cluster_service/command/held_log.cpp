@@ -1,25 +1,8 @@
 #include "command/held_log.h"
 
 #include <cstdarg>
-#include <cstdio>
 
-namespace {
-
-std::string FormatText(const char* pszFormat, va_list arguments) {
-    va_list measured;
-    va_copy(measured, arguments);
-    const int iSize = vsnprintf(nullptr, 0, pszFormat, measured);
-    va_end(measured);
-    if (iSize < 0) {
-        return pszFormat;
-    }
-    std::string strText(static_cast<std::size_t>(iSize) + 1, '\0');
-    vsnprintf(strText.data(), strText.size(), pszFormat, arguments);
-    strText.pop_back();
-    return strText;
-}
-
-}  // namespace
+#include "reference_host/printf_text.h"
 
 void CHeldLog::writeOperLog(ORVA_LOG_LEVEL eLevel, const char* pszOperation, const char* pszFile,
                             int iLine, const char* pszFunction, const char* pszFormat, ...) {
