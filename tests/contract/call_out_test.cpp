@@ -89,7 +89,7 @@ TEST_F(CallOut, EntryThatTheStoreRefusedIsGoneWhenItIsLogged) {
 
 TEST_F(CallOut, FilesOfAListingThatFailedAreNotLoaded) {
     m_host.m_libDirectory = [](std::string&) { return 0; };
-    m_host.m_xmlValues["Task"] = "model";
+    m_host.m_strXmlFile = "<TaskList><Task>model</Task></TaskList>";
     m_host.m_files = {"a.xml"};
     m_host.m_iFileListRet = NUMERIC_STORE_CODE;
     EXPECT_EQ(CStdTaskMgr::Instance().Load(), 0);
@@ -101,7 +101,7 @@ TEST_F(CallOut, FilesOfAListingThatFailedAreNotLoaded) {
 
 TEST_F(CallOut, AttributesOfATaskAreReadIntoTheTextOfItsName) {
     m_host.m_libDirectory = [](std::string&) { return 0; };
-    m_host.m_xmlValues = {{"Task", "model"}, {"IO", "5"}};
+    m_host.m_strXmlFile = R"(<TaskList><Task IO="5">model</Task></TaskList>)";
     m_host.m_files = {"a.xml"};
     EXPECT_EQ(CStdTaskMgr::Instance().Load(), 0);
     EXPECT_EQ(m_host.CallsTo({"GetAttributeValue"}),
@@ -114,8 +114,8 @@ TEST_F(CallOut, AttributesOfATaskAreReadIntoTheTextOfItsName) {
 }
 
 TEST_F(CallOut, ManagersNodeAndAddressAreBothReadBeforeOneIsMissed) {
-    m_host.m_xmlValues["Content"] = "";
     PELU::CXml xml(nullptr);
+    ASSERT_TRUE(xml.Parse("<Content/>"));
     EXPECT_EQ(CClusterMGRZNodeInfo().ParseFromXml(xml), ORVA_XML_INVALID);
     EXPECT_EQ(m_host.CallsTo({"GetElemValueEx"}),
               (Calls{"GetElemValueEx Content/ClusterBody/DomainMainInfo/DomainMain",

@@ -1,3 +1,4 @@
+// The contract's symbols, but for those of the XML cursor, and nothing else.
 #include "contract/minimal_host.h"
 
 #include <algorithm>
@@ -5,7 +6,6 @@
 #include <cstdio>
 #include <cstring>
 #include <type_traits>
-#include <utility>
 
 #include "common_service/bounded_string.h"
 #include "common_service/data/version_znode.h"
@@ -18,8 +18,6 @@
 #include "common_service/tarn_conf.h"
 #include "common_service/tarn_def.h"
 #include "common_service/tool_help.h"
-#include "common_service/xml.h"
-#include "common_service/xml_common.h"
 
 namespace {
 
@@ -39,95 +37,12 @@ void Record(std::string strCall, const Args&... args) {
     CMinimalHost::Instance().Record(strCall);
 }
 
-std::string FormatText(const char* pszFormat, va_list arguments) {
-    char szText[4096];
-    vsnprintf(szText, sizeof(szText), pszFormat, arguments);
-    return szText;
-}
-
-bool HasXml() {
-    return !CMinimalHost::Instance().m_xmlValues.empty();
-}
-
-/// The value of that name; null when there is none.
-const std::string* FindXmlValue(const std::string& strName) {
-    const auto& values = CMinimalHost::Instance().m_xmlValues;
-    const auto it = values.find(strName);
-    return it != values.end() ? &it->second : nullptr;
-}
-
-bool ReadXmlValue(const std::string& strName, std::string& strValue) {
-    const std::string* const pValue = FindXmlValue(strName);
-    if (pValue != nullptr) {
-        strValue = *pValue;
-    }
-    return pValue != nullptr;
-}
-
 int AnswerDirectory(std::string& strDir) {
     const auto& answer = CMinimalHost::Instance().m_libDirectory;
     return answer ? answer(strDir) : ORVA_FAIL;
 }
 
 }  // namespace
-
-CMinimalHost& CMinimalHost::Instance() {
-    static CMinimalHost& host = *new CMinimalHost;
-    return host;
-}
-
-void CMinimalHost::Reset() {
-    *this = CMinimalHost();
-    m_strClusterCode = "X";
-}
-
-std::vector<std::string> CMinimalHost::CallsTo(const std::list<std::string>& operations) const {
-    std::vector<std::string> calls;
-    for (const std::string& strCall : m_calls) {
-        const std::string strOperation = strCall.substr(0, strCall.find(' '));
-        if (std::find(operations.begin(), operations.end(), strOperation) != operations.end()) {
-            calls.push_back(strCall);
-        }
-    }
-    return calls;
-}
-
-CMinimalHost::ReadAnswer Text(const std::string& strText) {
-    return [strText](CBaseJsonObject& document, bool& bDataEmpty) {
-        bDataEmpty = false;
-        return document.ParseJson(strText.c_str());
-    };
-}
-
-CMinimalHost::ReadAnswer Answer(int iRet, bool bDataEmpty, const std::string& strText) {
-    return [iRet, bDataEmpty, strText](CBaseJsonObject& document, bool& bFlag) {
-        if (!strText.empty()) {
-            document.ParseJson(strText.c_str());
-        }
-        bFlag = bDataEmpty;
-        return iRet;
-    };
-}
-
-void CRecordingLog::writeOperLog(ORVA_LOG_LEVEL eLevel, const char* pszOperation,
-                                 const char* pszFile, int, const char* pszFunction,
-                                 const char* pszFormat, ...) {
-    va_list arguments;
-    va_start(arguments, pszFormat);
-    Record("log", static_cast<int>(eLevel), pszFile, pszFunction,
-           "[" + std::string(pszOperation) + "]", FormatText(pszFormat, arguments));
-    va_end(arguments);
-}
-
-void CRecordingLog::writeTraceLog(const char* pszFile, int, const char* pszFunction,
-                                  const char* pszFormat, ...) {
-    va_list arguments;
-    va_start(arguments, pszFormat);
-    Record("trace", pszFile, pszFunction, FormatText(pszFormat, arguments));
-    va_end(arguments);
-}
-
-// ---------------------------------------------------------------- store
 
 void ClusterNodeEventWatcher(zhandle_t*, int, int, const char*, void*) {
     Record("ClusterNodeEventWatcher");
@@ -186,8 +101,6 @@ void CVersionZNode::SetMasterVerNum(unsigned long long ullMasterVerNum) {
     m_ullMasterVerNum = ullMasterVerNum;
 }
 
-// ---------------------------------------------------------------- configuration
-
 CGlobalConfig& CGlobalConfig::Instance() {
     static CGlobalConfig config;
     Record("CGlobalConfig::Instance");
@@ -233,8 +146,6 @@ std::string CTARNConf::GetCstClusterCode() {
     Record("GetCstClusterCode");
     return CMinimalHost::Instance().m_strClusterCode;
 }
-
-// ---------------------------------------------------------------- directories, network, counters
 
 int HALD::get_lib_directory(std::string& strDir) {
     Record("get_lib_directory", "[" + strDir + "]");
@@ -292,8 +203,6 @@ int CToolHelp::StrToInt(const std::string& strValue, bool bFlag) {
 
 uint32_t g_hald_memstat[HALD_MEMSTAT_BUTT]{};
 
-// ---------------------------------------------------------------- bounded strings
-
 int memset_s(void* dest, std::size_t destMax, int value, std::size_t count) {
     std::memset(dest, value, std::min(destMax, count));
     return 0;
@@ -323,8 +232,6 @@ std::string ORVA_DesensitizeIPAddress(const std::string&) {
     return "*";
 }
 
-// ---------------------------------------------------------------- log
-
 OMAdapter& OMAdapter::getInstance() {
     static OMAdapter adapter;
     return adapter;
@@ -335,100 +242,14 @@ Logger* OMAdapter::getLogger() {
     return CMinimalHost::Instance().m_pLogger;
 }
 
+void OMAdapter::setLogger(Logger* pLogger) {
+    CMinimalHost::Instance().m_pLogger = pLogger;
+}
+
 int ORVA_LogFormatErrCode(char* pszBuf, int iSize, int iCode, const char* pszFormat) {
     Record("ORVA_LogFormatErrCode", iSize, iCode, pszFormat);
     const auto& format = CMinimalHost::Instance().m_formatErrCode;
     return format ? format(pszBuf, iSize)
                   : std::snprintf(pszBuf, static_cast<std::size_t>(iSize), "<%d> %s", iCode,
                                   pszFormat);
-}
-
-// ---------------------------------------------------------------- XML: each element is there once
-
-namespace PELU {
-
-CXml::CXml(const char*) {
-    Record("CXml");
-}
-
-CXml::~CXml() = default;
-
-bool CXml::Load(const char* pszFile) {
-    Record("CXml::Load", pszFile);
-    return HasXml();
-}
-
-bool CXml::FindElemEx(const char*) {
-    return HasXml();
-}
-
-bool CXml::FindElem(const char*) {
-    return HasXml();
-}
-
-bool CXml::FindElemValue(const char*) {
-    return false;
-}
-
-bool CXml::IntoElem() {
-    return false;
-}
-
-void CXml::OutOfElem() {}
-
-bool CXml::NextElem() {
-    return false;
-}
-
-bool CXml::AddElem(const char*) {
-    return false;
-}
-
-bool CXml::AddChildElem(const char*) {
-    return false;
-}
-
-bool CXml::SetElemValue(const char*) {
-    return false;
-}
-
-bool CXml::RemoveElem() {
-    return false;
-}
-
-const char* CXml::GetXMLStream(unsigned int& uiLen) {
-    uiLen = 0;
-    return HasXml() ? "" : nullptr;
-}
-
-const char* CXml::GetElemValueEx(const char* pszPath) {
-    Record("GetElemValueEx", pszPath);
-    const std::string* const pValue = FindXmlValue(pszPath);
-    return pValue != nullptr ? pValue->c_str() : nullptr;
-}
-
-}  // namespace PELU
-
-CXmlCommon& CXmlCommon::Instance() {
-    static CXmlCommon xmlCommon;
-    Record("CXmlCommon::Instance");
-    return xmlCommon;
-}
-
-bool CXmlCommon::GetElemValue(PELU::CXml&, const std::string& strName, std::string& strValue,
-                              bool) {
-    return ReadXmlValue(strName, strValue);
-}
-
-bool CXmlCommon::GetElemValueInt(PELU::CXml&, const std::string&, int&) {
-    return false;
-}
-
-bool CXmlCommon::GetAttributeValue(PELU::CXml&, const std::string& strName, std::string& strValue) {
-    Record("GetAttributeValue", strName, "[" + strValue + "]");
-    return ReadXmlValue(strName, strValue);
-}
-
-int CXmlCommon::ParseKeyValueInfoFromXml(PELU::CXml&, std::map<std::string, std::string>&) {
-    return ORVA_XML_INVALID;
 }

@@ -9,8 +9,9 @@
 #include "common_service/data/communication_data.h"
 #include "common_service/logger.h"
 
-/// The smallest host: it supplies what the library refers to and nothing else, writes down every
-/// call in order as one text each, the operation's name first, and answers as a test tells it to.
+/// What the smallest host is told and writes down. The host itself, minimal_host.cpp and
+/// minimal_xml.cpp, defines the contract and nothing else; it writes down every call in order as
+/// one text each, the operation's name first, and answers as a test tells it to here.
 struct CMinimalHost {
     /// The answer to a read: the result, the flag, and what is done with the document.
     using ReadAnswer = std::function<int(CBaseJsonObject& document, bool& bDataEmpty)>;
@@ -34,9 +35,7 @@ struct CMinimalHost {
     std::function<int(std::string& strDir)> m_libDirectory;
     int m_iFileListRet = 0;
     std::list<std::string> m_files;
-    /// What an element or attribute of that name, or the element at that path, holds. Empty: every
-    /// XML document is.
-    std::map<std::string, std::string> m_xmlValues;
+    std::string m_strXmlFile;  ///< what every XML file holds; none is there when it is empty
     std::string m_strClusterCode;
     std::string m_strLocalIp;
     Logger* m_pLogger = nullptr;
