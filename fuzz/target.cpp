@@ -13,6 +13,7 @@
 #include "framework_service/cluster_db_znode_info.h"
 #include "framework_service/cluster_mgr_znode_info.h"
 #include "framework_service/cluster_znode_info.h"
+#include "framework_service/schedule_mgr.h"
 #include "json_target.h"
 #include "reference_host/store.h"
 #include "xml_target.h"

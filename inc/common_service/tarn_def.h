@@ -29,13 +29,3 @@ inline constexpr int VALIDATED_LINK_TYPE = 70106;
 /// Message types of a task report: an ordinary status report, and the answer to an allocation.
 inline constexpr int CONTAINER_STATUS_REPORT_REQ = 3979;
 inline constexpr int ALLOC_CLOUD_STORAGE_NOTIFY_RSP = 41218;
-
-/// Every store path is this text, the cluster code and a document's suffix, with nothing between.
-inline constexpr char PSZ_STORE_ROOT[] = "/Cloud";
-
-/// Where a document lies below the cluster's root, and the buffer that bounds its text. The
-/// longest text is one character shorter than the buffer.
-struct ORVA_STORE_NODE {
-    const char* pszSuffix;
-    unsigned int uiBufLen;
-};

@@ -10,6 +10,7 @@
 #include "common_service/data/communication_data.h"
 #include "common_service/tarn_def.h"
 #include "framework_service/detail/copy_on_write.h"
+#include "framework_service/store_path.h"
 #include "orva_plugin_service/tarn_orva_data.h"
 
 inline constexpr ORVA_STORE_NODE STORE_NODE_CLOUD_STORAGE{"/CloudStorage", 65536};

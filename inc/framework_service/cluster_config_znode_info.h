@@ -4,6 +4,7 @@
 
 #include "common_service/data/communication_data.h"
 #include "common_service/tarn_def.h"
+#include "framework_service/store_path.h"
 
 inline constexpr ORVA_STORE_NODE STORE_NODE_CLUSTER_CONFIG{"/ClusterConfig", 512};
 

@@ -10,6 +10,7 @@
 #include "common_service/data/communication_data.h"
 #include "common_service/tarn_def.h"
 #include "common_service/xml.h"
+#include "framework_service/store_path.h"
 
 inline constexpr ORVA_STORE_NODE STORE_NODE_CENTER_DB{"/CenterDB", 512};
 

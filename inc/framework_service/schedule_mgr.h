@@ -5,6 +5,9 @@
 
 #include "common_service/thread_mutex.h"
 #include "framework_service/base_data.h"
+#include "framework_service/store_path.h"
+
+inline constexpr ORVA_STORE_NODE STORE_NODE_VERSION{"/Version", 512};
 
 /// The cluster's two version numbers, which survive a restart in the store, and the list of the
 /// containers that are being shifted, which does not. Callable from any thread. Store calls are

@@ -4,8 +4,11 @@
 
 #include <string>
 
+#include "common_service/tarn_def.h"
+
 namespace {
 
+constexpr unsigned int NUMERIC_BUF_LEN = 512;
 constexpr unsigned long long NUMERIC_MAX = 18446744073709551615ULL;
 
 class VersionDocument : public testing::Test {
@@ -16,8 +19,8 @@ protected:
     }
 
     std::string ToText() {
-        std::string strBuffer(STORE_NODE_VERSION.uiBufLen, '#');
-        EXPECT_EQ(m_doc.ToJson(strBuffer.data(), STORE_NODE_VERSION.uiBufLen), 0);
+        std::string strBuffer(NUMERIC_BUF_LEN, '#');
+        EXPECT_EQ(m_doc.ToJson(strBuffer.data(), NUMERIC_BUF_LEN), 0);
         const std::string strText = strBuffer.c_str();
         EXPECT_EQ(strBuffer.substr(strText.size()),
                   std::string(strBuffer.size() - strText.size(), '\0'));

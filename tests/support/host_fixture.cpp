@@ -1,7 +1,6 @@
 #include "support/host_fixture.h"
 
 #include "common_service/global_config.h"
-#include "common_service/tarn_def.h"
 #include "reference_host/accepted_links.h"
 #include "reference_host/host_settings.h"
 #include "support/fake_clock.h"
@@ -42,5 +41,5 @@ CHostTest::~CHostTest() {
 }
 
 std::string CHostTest::Path(const std::string& strSuffix) {
-    return std::string(PSZ_STORE_ROOT) + PSZ_CLUSTER_CODE + strSuffix;
+    return std::string("/Cloud") + PSZ_CLUSTER_CODE + strSuffix;
 }

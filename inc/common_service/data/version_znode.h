@@ -1,13 +1,9 @@
 #pragma once
 
 #include "common_service/data/communication_data.h"
-#include "common_service/tarn_def.h"
-
-/// Where the version numbers lie below the cluster's root, and the size of their buffer.
-inline constexpr ORVA_STORE_NODE STORE_NODE_VERSION{"/Version", 512};
 
 /// The two version numbers of the cluster as one document. Its JSON form belongs to the host; it
-/// carries both numbers in full and fits the buffer.
+/// carries both numbers in full and fits a buffer of 512 bytes.
 class [[gnu::visibility("default")]] CVersionZNode : public CBaseJsonObject {
 public:
     int32_t ParseJson(const char* pszJson) override;

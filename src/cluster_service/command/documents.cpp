@@ -11,13 +11,13 @@
 #include "common_service/data/version_znode.h"
 #include "common_service/logger.h"
 #include "common_service/oper_common.h"
-#include "common_service/tarn_conf.h"
 #include "framework_service/cluster_cg_info.h"
 #include "framework_service/cluster_cloud_storage_znode_info.h"
 #include "framework_service/cluster_config_znode_info.h"
 #include "framework_service/cluster_db_znode_info.h"
 #include "framework_service/cluster_mgr_znode_info.h"
 #include "framework_service/cluster_znode_info.h"
+#include "framework_service/schedule_mgr.h"
 #include "reference_host/store.h"
 #include "reference_host/version_keys.h"
 
@@ -337,5 +337,5 @@ bool StoreAnswered(const CStoreDocument& document, int iCode, std::ostream& erro
 }
 
 std::string StorePath(const CStoreDocument& document) {
-    return PSZ_STORE_ROOT + CTARNConf::m_oConf.GetCstClusterCode() + document.node.pszSuffix;
+    return StorePath(document.node);
 }

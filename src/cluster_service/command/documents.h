@@ -10,6 +10,7 @@
 
 #include "common_service/data/communication_data.h"
 #include "common_service/tarn_def.h"
+#include "framework_service/store_path.h"
 
 /// A type that a key's value must have.
 struct CKeyType {

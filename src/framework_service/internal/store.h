@@ -1,7 +1,7 @@
 #pragma once
 
 #include "common_service/oper_common.h"
-#include "common_service/tarn_def.h"
+#include "framework_service/store_path.h"
 
 /// The library's way to its nodes in the store.
 namespace [[gnu::visibility("hidden")]] framework_internal {
