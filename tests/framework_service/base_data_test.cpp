@@ -11,6 +11,7 @@
 #include "framework_service/container_status.h"
 #include "framework_service/node_status.h"
 #include "support/host_fixture.h"
+#include "support/model_values.h"
 
 using testing::Each;
 using testing::ElementsAre;
@@ -20,16 +21,6 @@ namespace {
 
 constexpr int32_t NUMERIC_MAX = std::numeric_limits<int32_t>::max();
 constexpr int32_t NUMERIC_MIN = std::numeric_limits<int32_t>::min();
-
-CSystemResource Figures(int32_t iCpu, int32_t iMem, int32_t iIO, int32_t iNet, int32_t iDisk) {
-    CSystemResource resource;
-    resource.SetCpu(iCpu);
-    resource.SetMem(iMem);
-    resource.SetIO(iIO);
-    resource.SetNet(iNet);
-    resource.SetDisk(iDisk);
-    return resource;
-}
 
 std::vector<int32_t> Values(const CSystemResource& resource) {
     return {resource.GetCpu(), resource.GetMem(), resource.GetIO(), resource.GetNet(),
@@ -43,16 +34,16 @@ TEST_F(ResourceFigures, StartAtZero) {
 }
 
 TEST_F(ResourceFigures, AreCopiedWhole) {
-    const CSystemResource source = Figures(1, 2, 3, 4, 5);
+    const CSystemResource source = MakeResource(1, 2, 3, 4, 5);
     const CSystemResource copy(source);
-    CSystemResource assigned = Figures(9, 9, 9, 9, 9);
+    CSystemResource assigned = MakeResource(9, 9, 9, 9, 9);
     assigned = source;
     EXPECT_THAT(Values(copy), ElementsAre(1, 2, 3, 4, 5));
     EXPECT_THAT(Values(assigned), ElementsAre(1, 2, 3, 4, 5));
 }
 
 TEST_F(ResourceFigures, AreReadByKind) {
-    const CSystemResource resource = Figures(11, 12, 13, 14, 15);
+    const CSystemResource resource = MakeResource(11, 12, 13, 14, 15);
     EXPECT_EQ(resource.GetResourceByType(RESOURCE_TYPE_CPU), 11);
     EXPECT_EQ(resource.GetResourceByType(RESOURCE_TYPE_MEM), 12);
     EXPECT_EQ(resource.GetResourceByType(RESOURCE_TYPE_IO), 13);
@@ -76,7 +67,7 @@ class UnknownResourceKind : public ResourceFigures, public testing::WithParamInt
 
 TEST_P(UnknownResourceKind, IsLoggedAndAnswersOne) {
     const auto eType = static_cast<RESOURCE_TYPE>(GetParam());
-    EXPECT_EQ(Figures(7, 7, 7, 7, 7).GetResourceByType(eType), 1);
+    EXPECT_EQ(MakeResource(7, 7, 7, 7, 7).GetResourceByType(eType), 1);
     EXPECT_THAT(m_logger.GetLines(),
                 ElementsAre(Err("get resource by type", 1, "base_data", "GetResourceByType",
                                 "type[" + std::to_string(GetParam()) + "] not found.")));
@@ -85,7 +76,7 @@ TEST_P(UnknownResourceKind, IsLoggedAndAnswersOne) {
 TEST_P(UnknownResourceKind, AnswersOneWithoutALogger) {
     OMAdapter::getInstance().setLogger(nullptr);
     const auto eType = static_cast<RESOURCE_TYPE>(GetParam());
-    EXPECT_EQ(Figures(7, 7, 7, 7, 7).GetResourceByType(eType), 1);
+    EXPECT_EQ(MakeResource(7, 7, 7, 7, 7).GetResourceByType(eType), 1);
     EXPECT_THAT(m_logger.GetLines(), IsEmpty());
 }
 
@@ -114,7 +105,7 @@ TEST_P(ResourceAverage, TruncatesAndWrapsEachFigure) {
         for (std::size_t i = 0; i < samples.size(); ++i) {
             (samples[i].*pSet)(GetParam().samples[i]);
         }
-        CSystemResource average = Figures(9, 9, 9, 9, 9);
+        CSystemResource average = MakeResource(9, 9, 9, 9, 9);
         CSystemResource expected;
         (expected.*pSet)(GetParam().iAverage);
         CSystemResource().GetAvgSystemResource(samples, average);
@@ -135,15 +126,16 @@ INSTANTIATE_TEST_SUITE_P(Samples, ResourceAverage,
 
 TEST_F(ResourceFigures, AverageOfNothingChangesNothing) {
     std::vector<CSystemResource> samples;
-    CSystemResource average = Figures(1, 2, 3, 4, 5);
+    CSystemResource average = MakeResource(1, 2, 3, 4, 5);
     CSystemResource().GetAvgSystemResource(samples, average);
     EXPECT_THAT(Values(average), ElementsAre(1, 2, 3, 4, 5));
     EXPECT_THAT(m_logger.GetLines(), IsEmpty());
 }
 
 TEST_F(ResourceFigures, AverageTakesNothingFromItsObjectAndLeavesTheSamples) {
-    std::vector<CSystemResource> samples = {Figures(2, 4, 6, 8, 10), Figures(4, 6, 8, 10, 12)};
-    CSystemResource object = Figures(100, 100, 100, 100, 100);
+    std::vector<CSystemResource> samples = {MakeResource(2, 4, 6, 8, 10),
+                                            MakeResource(4, 6, 8, 10, 12)};
+    CSystemResource object = MakeResource(100, 100, 100, 100, 100);
     CSystemResource average;
     object.GetAvgSystemResource(samples, average);
     EXPECT_THAT(Values(average), ElementsAre(3, 5, 7, 9, 11));
@@ -153,7 +145,8 @@ TEST_F(ResourceFigures, AverageTakesNothingFromItsObjectAndLeavesTheSamples) {
 }
 
 TEST_F(ResourceFigures, AverageMayBeWrittenIntoASample) {
-    std::vector<CSystemResource> samples = {Figures(2, 4, 6, 8, 10), Figures(4, 6, 8, 10, 12)};
+    std::vector<CSystemResource> samples = {MakeResource(2, 4, 6, 8, 10),
+                                            MakeResource(4, 6, 8, 10, 12)};
     CSystemResource().GetAvgSystemResource(samples, samples[0]);
     EXPECT_THAT(Values(samples[0]), ElementsAre(3, 5, 7, 9, 11));
 }
@@ -269,11 +262,11 @@ TYPED_TEST(StatusRecord, StartsEmptyIsValidAndKeepsItsFields) {
     EXPECT_THAT(Values(status.GetCurSysResource()), Each(0));
     EXPECT_TRUE(status.IsParamValid());
     status.SetNodeId("N1");
-    status.SetCurSysResource(Figures(1, 2, 3, 4, 5));
+    status.SetCurSysResource(MakeResource(1, 2, 3, 4, 5));
     status.Print();
     const TypeParam copy(status);
     status.SetNodeId("N2");
-    status.SetCurSysResource(Figures(6, 7, 8, 9, 10));
+    status.SetCurSysResource(MakeResource(6, 7, 8, 9, 10));
     EXPECT_EQ(status.GetNodeId(), "N2");
     EXPECT_EQ(copy.GetNodeId(), "N1");
     EXPECT_THAT(Values(copy.GetCurSysResource()), ElementsAre(1, 2, 3, 4, 5));

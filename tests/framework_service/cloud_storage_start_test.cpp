@@ -13,9 +13,9 @@ namespace {
 class CloudStorageStart : public ClusterStart {
 protected:
     CloudStorageStart() {
-        PutCluster(ClusterText({{"n1", "10.0.0.1", {"MeroCloudStorage", "A"}},
-                                {"n2", "10.0.0.2", {"MeroCloudStorage"}},
-                                {"n3", "10.0.0.3", {"A"}}}));
+        PutCluster(ClusterText({{"n1", {"MeroCloudStorage", "A"}, "Normal", "10.0.0.1"},
+                                {"n2", {"MeroCloudStorage"}, "Normal", "10.0.0.2"},
+                                {"n3", {"A"}, "Normal", "10.0.0.3"}}));
     }
 
     /// The order in which entries became tasks, told by their figures.

@@ -102,7 +102,7 @@ TEST_F(CGDocument, TextReplacesTheListWhole) {
     EXPECT_THAT(Tell(m_document), ElementsAre("x y z 3"));
     EXPECT_EQ(
         Parse(R"([{"NVRCode":"","FloatCGCode":"","FloatIP":"","DecisionVerNum":"","Other":1},)" +
-              std::string(ENTRY) + "," + ENTRY + "] behind"),
+              std::string(ENTRY_TEXT) + "," + ENTRY_TEXT + "] behind"),
         ORVA_SUCCEED);
     EXPECT_THAT(Tell(m_document), ElementsAre("   ", "a b c 1", "a b c 1"));
     EXPECT_THAT(m_logger.GetLines(), IsEmpty());
@@ -140,8 +140,9 @@ TEST_F(CGDocument, MalformedTextKeepsTheList) {
 }
 
 TEST_F(CGDocument, WhatIsNoArrayKeepsTheList) {
-    for (const std::string& strText : {std::string(ENTRY), std::string("1"), std::string("\"\""),
-                                       std::string("false"), std::string("1.5")}) {
+    for (const std::string& strText :
+         {std::string(ENTRY_TEXT), std::string("1"), std::string("\"\""), std::string("false"),
+          std::string("1.5")}) {
         m_logger.Clear();
         EXPECT_EQ(Parse(strText), ORVA_DATA_INVALID) << strText;
         EXPECT_EQ(Tell(m_document), m_before) << strText;
@@ -160,7 +161,7 @@ TEST_F(CGDocument, EntryThatIsNoObjectIsRefusedByTheJsonLibraryAndKeepsTheList) 
 
 class BadCGEntry : public CGDocument, public testing::WithParamInterface<CMemberChange> {
 protected:
-    const std::string m_strEntry = WithMember(ENTRY, GetParam());
+    const std::string m_strEntry = WithMember(ENTRY_TEXT, GetParam());
 };
 
 TEST_P(BadCGEntry, IsLeftUntouched) {
@@ -174,7 +175,7 @@ TEST_P(BadCGEntry, IsLeftUntouched) {
 
 TEST_P(BadCGEntry, KeepsTheWholeListAndEndsTheReading) {
     const std::string strText =
-        "[" + std::string(ENTRY) + "," + m_strEntry + "," + m_strEntry + "]";
+        "[" + std::string(ENTRY_TEXT) + "," + m_strEntry + "," + m_strEntry + "]";
     EXPECT_EQ(Parse(strText), ORVA_DATA_INVALID);
     EXPECT_EQ(Tell(m_document), m_before);
     EXPECT_THAT(m_logger.GetLines(),

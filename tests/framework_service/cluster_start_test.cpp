@@ -15,7 +15,7 @@ using namespace cluster_start;
 namespace {
 
 TEST_F(ClusterStart, TellsEachStepInOrder) {
-    PutCluster(ClusterText({{"n1", "10.0.0.1", {"MeroCloudStorage", "B"}}}));
+    PutCluster(ClusterText({{"n1", {"MeroCloudStorage", "B"}, "Normal", "10.0.0.1"}}));
     const std::string strCloudStorage = CloudStorageText(EntryText("n1", 100, ALLOCS));
     PutCloudStorage(strCloudStorage);
     EXPECT_EQ(Framework().InitNodeAndContainerFromZK(), 0);
@@ -48,7 +48,8 @@ TEST_F(ClusterStart, TellsEachStepInOrder) {
 }
 
 TEST_F(ClusterStart, NodesEnterTheTableAsTheyAreStored) {
-    PutCluster(ClusterText({{"n2", "10.0.0.2", {"A"}}, {"n1", "10.0.0.1", {"A", "B"}}}, 5));
+    PutCluster(ClusterText(
+        {{"n2", {"A"}, "Normal", "10.0.0.2"}, {"n1", {"A", "B"}, "Normal", "10.0.0.1"}}, 5));
     EXPECT_EQ(Framework().InitNodeAndContainerFromZK(), 0);
     EXPECT_THAT(NodeIds(), ElementsAre("n1", "n2"));
     EXPECT_THAT(ContainerAddrs(), ElementsAre(CContainerAddr("n1", "A"), CContainerAddr("n1", "B"),
@@ -69,7 +70,7 @@ TEST_F(ClusterStart, NodesEnterTheTableAsTheyAreStored) {
 }
 
 TEST_F(ClusterStart, ContainersAreBornWithTheirDefaults) {
-    PutCluster(ClusterText({{"n1", "10.0.0.1", {"A"}}}));
+    PutCluster(ClusterText({{"n1", {"A"}, "Normal", "10.0.0.1"}}));
     EXPECT_EQ(Framework().InitNodeAndContainerFromZK(), 0);
     const CContainer container = AllContainers()[CContainerAddr("n1", "A")];
     EXPECT_EQ(container.GetNodeId(), "n1");
@@ -85,7 +86,7 @@ TEST_F(ClusterStart, ContainersAreBornWithTheirDefaults) {
 }
 
 TEST_F(ClusterStart, AnotherLoadIsARestartOfTheModel) {
-    const std::vector<CMember> members = {{"n1", "10.0.0.1", {"A"}}};
+    const std::vector<CStoredNode> members = {{"n1", {"A"}, "Normal", "10.0.0.1"}};
     LoadFormer(members);
     CNodeMgr::Instance().SetNodeOnline("n1", false);
     const CContainerAddr addr("n1", "A");
@@ -98,7 +99,8 @@ TEST_F(ClusterStart, AnotherLoadIsARestartOfTheModel) {
 }
 
 TEST_F(ClusterStart, TheSameLoadTwiceTellsAndLeavesTheSame) {
-    PutCluster(ClusterText({{"n1", "10.0.0.1", {"MeroCloudStorage"}}, {"n2", "10.0.0.2", {"A"}}}));
+    PutCluster(ClusterText(
+        {{"n1", {"MeroCloudStorage"}, "Normal", "10.0.0.1"}, {"n2", {"A"}, "Normal", "10.0.0.2"}}));
     PutCloudStorage(CloudStorageText(EntryText("n1", 100)));
     EXPECT_EQ(Framework().InitNodeAndContainerFromZK(), 0);
     const std::vector<CLogLine> lines = m_logger.GetLines();
@@ -114,7 +116,7 @@ TEST_F(ClusterStart, TheSameLoadTwiceTellsAndLeavesTheSame) {
 }
 
 TEST_F(ClusterStart, AbsentClusterLeavesAnEarlierLoadInForce) {
-    LoadFormer({{"n1", "10.0.0.1", {"MeroCloudStorage"}}});
+    LoadFormer({{"n1", {"MeroCloudStorage"}, "Normal", "10.0.0.1"}});
     m_pStore->Erase(Path("/Cluster"));
     PutCloudStorage(CloudStorageText(EntryText("n1", 100)));
     const unsigned int uiCallsBefore = m_pStore->GetCallCount();
@@ -136,7 +138,7 @@ TEST_F(ClusterStart, ClusterWithoutNodesEmptiesTheModel) {
         SCOPED_TRACE(text.value_or("no data"));
         ForgetAcceptedLinks();
         Reconfigure(&CHostSettings::strLocalIp, "10.0.0.2");
-        LoadFormer({{"n1", "10.0.0.1", {"A"}}, {"n2", "10.0.0.2", {"A"}}});
+        LoadFormer({{"n1", {"A"}, "Normal", "10.0.0.1"}, {"n2", {"A"}, "Normal", "10.0.0.2"}});
         PutCluster(text);
         EXPECT_EQ(Framework().InitNodeAndContainerFromZK(), 0);
         EXPECT_THAT(m_logger.GetLines(), ElementsAre(BEGIN, NO_CLOUD_STORAGE));
@@ -158,9 +160,12 @@ TEST_F(ClusterStart, ForwardTypeOfTheWrongKindCountsAsZero) {
 
 TEST_F(ClusterStart, LinksFollowTheMembers) {
     HALD::CNetFactory::Instance().AddValidatedLink("10.0.0.1", 1);
-    LoadFormer({{"gone", "10.0.0.1", {}}, {"moved", "10.0.0.2", {}}, {"stays", "10.0.0.3", {}}});
-    PutCluster(ClusterText(
-        {{"heir", "10.0.0.2", {}}, {"stays", "10.0.0.3", {}}, {"moved", "10.0.0.4", {}}}));
+    LoadFormer({{"gone", {}, "Normal", "10.0.0.1"},
+                {"moved", {}, "Normal", "10.0.0.2"},
+                {"stays", {}, "Normal", "10.0.0.3"}});
+    PutCluster(ClusterText({{"heir", {}, "Normal", "10.0.0.2"},
+                            {"stays", {}, "Normal", "10.0.0.3"},
+                            {"moved", {}, "Normal", "10.0.0.4"}}));
     EXPECT_EQ(Framework().InitNodeAndContainerFromZK(), 0);
     EXPECT_FALSE(IsLinked("10.0.0.1"));
     EXPECT_TRUE(IsLinked("10.0.0.2")) << "another node has the address now";
@@ -171,7 +176,7 @@ TEST_F(ClusterStart, LinksFollowTheMembers) {
 
 TEST_F(ClusterStart, FirstLoadTakesNoLinkAway) {
     HALD::CNetFactory::Instance().AddValidatedLink("10.0.0.9", 70106);
-    PutCluster(ClusterText({{"n1", "10.0.0.1", {}}}));
+    PutCluster(ClusterText({{"n1", {}, "Normal", "10.0.0.1"}}));
     EXPECT_EQ(Framework().InitNodeAndContainerFromZK(), 0);
     EXPECT_TRUE(IsLinked("10.0.0.9"));
 }
@@ -179,11 +184,13 @@ TEST_F(ClusterStart, FirstLoadTakesNoLinkAway) {
 TEST_F(ClusterStart, RemovedNodesLoseTheirLinksAndKeepTheirContainers) {
     Reconfigure(&CHostSettings::strLocalIp, "10.0.0.3");
     const std::string strLocal = "10.0.0.3";
-    LoadFormer({{"n1", "10.0.0.1", {"A"}}, {"n2", "10.0.0.2", {"A"}}, {"n3", strLocal, {"A"}}});
-    PutCluster(ClusterText({{"n1", "10.0.0.1", {"A"}},
-                            {"n2", "10.0.0.2", {"A"}, "Removed"},
-                            {"n3", strLocal, {"A"}},
-                            {"n4", "10.0.0.4", {"A"}}}));
+    LoadFormer({{"n1", {"A"}, "Normal", "10.0.0.1"},
+                {"n2", {"A"}, "Normal", "10.0.0.2"},
+                {"n3", {"A"}, "Normal", strLocal}});
+    PutCluster(ClusterText({{"n1", {"A"}, "Normal", "10.0.0.1"},
+                            {"n2", {"A"}, "Removed", "10.0.0.2"},
+                            {"n3", {"A"}, "Normal", strLocal},
+                            {"n4", {"A"}, "Normal", "10.0.0.4"}}));
     EXPECT_EQ(Framework().InitNodeAndContainerFromZK(), 0);
     EXPECT_TRUE(IsLinked("10.0.0.1"));
     EXPECT_FALSE(IsLinked("10.0.0.2"));
@@ -206,7 +213,7 @@ TEST_F(ClusterStart, RemovedNodesLoseTheirLinksAndKeepTheirContainers) {
 }
 
 TEST_F(ClusterStart, NodeWithoutContainersIsANodeAlone) {
-    PutCluster(ClusterText({{"n1", "10.0.0.1", {}}}));
+    PutCluster(ClusterText({{"n1", {}, "Normal", "10.0.0.1"}}));
     EXPECT_EQ(Framework().InitNodeAndContainerFromZK(), 0);
     EXPECT_THAT(NodeIds(), ElementsAre("n1"));
     EXPECT_THAT(ContainerAddrs(), IsEmpty());
@@ -214,7 +221,7 @@ TEST_F(ClusterStart, NodeWithoutContainersIsANodeAlone) {
 }
 
 TEST_F(ClusterStart, PercentSignsInNamesAreText) {
-    PutCluster(ClusterText({{"%s%n", "10.0.0.1", {"%d"}}}));
+    PutCluster(ClusterText({{"%s%n", {"%d"}, "Normal", "10.0.0.1"}}));
     EXPECT_EQ(Framework().InitNodeAndContainerFromZK(), 0);
     EXPECT_THAT(m_logger.GetLines(),
                 ElementsAreArray(std::vector<CLogLine>{BEGIN} + GenLines({{"%s%n", "%d"}}) +
@@ -222,8 +229,8 @@ TEST_F(ClusterStart, PercentSignsInNamesAreText) {
 }
 
 TEST_F(ClusterStart, ContainerTypeTwiceOnANodeFailsTheLoad) {
-    LoadFormer({{"old", "10.0.0.9", {"A"}}});
-    PutCluster(ClusterText({{"n1", "10.0.0.1", {"A", "B", "A", "C"}}}, 5));
+    LoadFormer({{"old", {"A"}, "Normal", "10.0.0.9"}});
+    PutCluster(ClusterText({{"n1", {"A", "B", "A", "C"}, "Normal", "10.0.0.1"}}, 5));
     PutCloudStorage(CloudStorageText(EntryText("n1", 100)));
     const unsigned int uiCallsBefore = m_pStore->GetCallCount();
     EXPECT_EQ(Framework().InitNodeAndContainerFromZK(), ORVA_FAIL);
@@ -243,7 +250,8 @@ TEST_F(ClusterStart, ContainerTypeTwiceOnANodeFailsTheLoad) {
 }
 
 TEST_F(ClusterStart, NodeListedTwiceFailsByItsContainers) {
-    PutCluster(ClusterText({{"n1", "10.0.0.1", {"A"}}, {"n1", "10.0.0.2", {"A"}}}));
+    PutCluster(
+        ClusterText({{"n1", {"A"}, "Normal", "10.0.0.1"}, {"n1", {"A"}, "Normal", "10.0.0.2"}}));
     EXPECT_EQ(Framework().InitNodeAndContainerFromZK(), ORVA_FAIL);
     EXPECT_THAT(NodeIds(), ElementsAre("n1"));
     EXPECT_TRUE(IsLinked("10.0.0.1"));
@@ -251,15 +259,16 @@ TEST_F(ClusterStart, NodeListedTwiceFailsByItsContainers) {
 }
 
 TEST_F(ClusterStart, AddressesThatReadTheSameCannotBothBeHeld) {
-    PutCluster(ClusterText({{"a", "10.0.0.1", {"bc"}}, {"ab", "10.0.0.2", {"c"}}}));
+    PutCluster(
+        ClusterText({{"a", {"bc"}, "Normal", "10.0.0.1"}, {"ab", {"c"}, "Normal", "10.0.0.2"}}));
     EXPECT_EQ(Framework().InitNodeAndContainerFromZK(), ORVA_FAIL);
     EXPECT_THAT(NodeIds(), ElementsAre("a", "ab"));
     EXPECT_THAT(ContainerAddrs(), IsEmpty());
 }
 
 TEST_F(ClusterStart, FailingStoreStopsTheLoadWhereItFails) {
-    const std::vector<CMember> former = {{"n1", "10.0.0.1", {"MeroCloudStorage"}}};
-    const std::vector<CMember> now = {{"n2", "10.0.0.2", {"MeroCloudStorage"}}};
+    const std::vector<CStoredNode> former = {{"n1", {"MeroCloudStorage"}, "Normal", "10.0.0.1"}};
+    const std::vector<CStoredNode> now = {{"n2", {"MeroCloudStorage"}, "Normal", "10.0.0.2"}};
     const std::string strCloudStorage = CloudStorageText(EntryText("n2", 100));
     std::vector<int> results;
     for (unsigned int uiNth = 1;; ++uiNth) {
@@ -290,7 +299,7 @@ TEST_F(ClusterStart, FailingStoreStopsTheLoadWhereItFails) {
 }
 
 TEST_F(ClusterStart, TextMayFillItsBufferButForOneCharacter) {
-    PutCluster(PadTo(ClusterText({{"n1", "10.0.0.1", {"MeroCloudStorage"}}}), 65535));
+    PutCluster(PadTo(ClusterText({{"n1", {"MeroCloudStorage"}, "Normal", "10.0.0.1"}}), 65535));
     PutCloudStorage(PadTo(CloudStorageText(EntryText("n1", 100)), 65535));
     EXPECT_EQ(Framework().InitNodeAndContainerFromZK(), 0);
     EXPECT_EQ(CloudStorage("n1").GetReqStorage(), 100);
@@ -298,11 +307,11 @@ TEST_F(ClusterStart, TextMayFillItsBufferButForOneCharacter) {
 
 TEST_F(ClusterStart, NullLoggerChangesNoResult) {
     OMAdapter::getInstance().setLogger(nullptr);
-    PutCluster(ClusterText({{"n1", "10.0.0.1", {"A", "A"}}}));
+    PutCluster(ClusterText({{"n1", {"A", "A"}, "Normal", "10.0.0.1"}}));
     EXPECT_EQ(Framework().InitNodeAndContainerFromZK(), ORVA_FAIL);
     PutCluster("no json");
     EXPECT_EQ(Framework().InitNodeAndContainerFromZK(), ORVA_DATA_INVALID);
-    PutCluster(ClusterText({{"n1", "10.0.0.1", {"MeroCloudStorage"}}}));
+    PutCluster(ClusterText({{"n1", {"MeroCloudStorage"}, "Normal", "10.0.0.1"}}));
     PutCloudStorage(CloudStorageText(EntryText("n1", 100) + "," + EntryText("ghost", 1)));
     EXPECT_EQ(Framework().InitNodeAndContainerFromZK(), 0);
     EXPECT_EQ(CloudStorage("n1").GetReqStorage(), 100);
@@ -311,7 +320,7 @@ TEST_F(ClusterStart, NullLoggerChangesNoResult) {
 class BadCluster : public ClusterStart, public testing::WithParamInterface<CBadText> {};
 
 TEST_P(BadCluster, GivesACodeAndChangesNothing) {
-    LoadFormer({{"old", "10.0.0.9", {"A"}}});
+    LoadFormer({{"old", {"A"}, "Normal", "10.0.0.9"}});
     PutCluster(GetParam().strText);
     const unsigned int uiCallsBefore = m_pStore->GetCallCount();
     EXPECT_EQ(Framework().InitNodeAndContainerFromZK(), GetParam().iCode);
@@ -331,7 +340,7 @@ std::string ClusterWithNode(const std::string& strNode) {
 }
 
 std::string GoodNode() {
-    return NodeText({"n1", "10.0.0.1", {"A"}});
+    return NodeText({"n1", {"A"}, "Normal", "10.0.0.1"});
 }
 
 std::string GoodNodeWith(const std::string& strOld, const std::string& strNew) {
@@ -342,11 +351,11 @@ std::string GoodNodeWith(const std::string& strOld, const std::string& strNew) {
 INSTANTIATE_TEST_SUITE_P(
     Text, BadCluster,
     testing::ValuesIn(BadTexts({
-        {"Truncated", ClusterText({{"n1", "10.0.0.1", {"A"}}}).substr(0, 120)},
+        {"Truncated", ClusterText({{"n1", {"A"}, "Normal", "10.0.0.1"}}).substr(0, 120)},
         {"DeepArrays", Repeat("[", NUMERIC_DEEP) + Repeat("]", NUMERIC_DEEP)},
         {"DeepObjects", Repeat("{\"a\":", NUMERIC_DEEP) + "1" + Repeat("}", NUMERIC_DEEP)},
         {"DeepInsideANode", ClusterWithNode(Repeat("[", NUMERIC_DEEP) + Repeat("]", NUMERIC_DEEP))},
-        {"Oversized", PadTo(ClusterText(std::vector<CMember>{}), 65536), STORE_TEXT_TOO_LONG},
+        {"Oversized", PadTo(ClusterText({}), 65536), STORE_TEXT_TOO_LONG},
         {"MissingName", R"({"ClusterRemark":"r","ClusterCode":"X"})"},
         {"NullName", R"({"ClusterName":null,"ClusterRemark":"r","ClusterCode":"X"})"},
         {"NumberForRemark", R"({"ClusterName":"c","ClusterRemark":1,"ClusterCode":"X"})"},

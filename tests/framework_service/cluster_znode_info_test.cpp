@@ -36,13 +36,6 @@ std::vector<CNode> NodesOf(const CClusterZNodeInfo& cluster) {
     return {nodeList.begin(), nodeList.end()};
 }
 
-CNode MakeNode(const std::string& strNodeId, const std::list<std::string>& containerList = {}) {
-    CNode node;
-    node.SetNodeId(strNodeId);
-    node.SetContainerList(containerList);
-    return node;
-}
-
 std::string NodeText(const std::string& strNodeId, const std::string& strStatus) {
     return R"({"NodeID":")" + strNodeId +
            R"(","NodeIP":"","NodeIPType":0,"NodeRole":0,"DomainRole":0,"Status":")" + strStatus +
@@ -71,7 +64,7 @@ CLogLine DocumentLine(const std::string& strMessage, const std::string& strText)
 class ClusterDocument : public CHostTest {
 protected:
     ClusterDocument() : m_cluster("old name", "old remark", "old code", 9) {
-        m_cluster.AddNode(MakeNode("old", {"Old"}));
+        m_cluster.AddNode(MakeStoredNode("old", {"Old"}));
     }
 
     void Parse(const std::string& strText) {
@@ -127,11 +120,11 @@ TEST_F(ClusterDocument, SettersAssign) {
 }
 
 TEST_F(ClusterDocument, NodesAreAddedReplacedAndReadBehindWhatTheListHolds) {
-    CNode node = MakeNode("N1");
+    CNode node = MakeStoredNode("N1");
     m_cluster.SetNodeList({node});
-    m_cluster.AddNode(MakeNode("N2"));
+    m_cluster.AddNode(MakeStoredNode("N2"));
     node.SetNodeId("changed later");
-    std::list<CNode> nodeList = {MakeNode("mine")};
+    std::list<CNode> nodeList = {MakeStoredNode("mine")};
     m_cluster.GetNodeList(nodeList);
     std::vector<std::string> ids;
     for (const CNode& listed : nodeList) {
@@ -166,7 +159,7 @@ TEST_F(ClusterDocument, NodeIsReadWhole) {
 
 TEST_F(ClusterDocument, WhatIsMeasuredIsNotStored) {
     SetClock(NUMERIC_NOW);
-    CNode node = MakeNode("N1");
+    CNode node = MakeStoredNode("N1");
     CSystemResource resource;
     resource.SetCpu(5);
     node.SetTotalResource(resource);
@@ -189,13 +182,13 @@ TEST_F(ClusterDocument, IsWrittenOnOneLineWithSortedKeysAndWithoutEmptyLists) {
     EXPECT_EQ(TextOf(cluster), R"({"ClusterCode":"c","ClusterForwardType":-1,"ClusterName":"n",)"
                                R"("ClusterRemark":""})"
                                "\n");
-    CNode node = MakeNode("N1", {"Cam", "Cam"});
+    CNode node = MakeStoredNode("N1", {"Cam", "Cam"});
     node.SetNodeIp("bad");
     node.SetNodeIpType(1);
     node.SetNodeRole(-2);
     node.SetDomainRole(3);
     cluster.AddNode(node);
-    cluster.AddNode(MakeNode(""));
+    cluster.AddNode(MakeStoredNode(""));
     EXPECT_EQ(TextOf(cluster),
               R"({"ClusterCode":"c","ClusterForwardType":-1,"ClusterName":"n","ClusterNode":[)"
               R"({"Container":[{"ContainerType":"Cam"},{"ContainerType":"Cam"}],"DomainRole":3,)"
@@ -443,7 +436,7 @@ TEST_F(ClusterDocument, NodeIsBuiltIntoWhatTheObjectHolds) {
     Json::Value nodeJson;
     nodeJson["Mine"] = 1;
     nodeJson[PSZ_NODE_CONTAINER].append("old");
-    EXPECT_EQ(BuildNodeJson(MakeNode("N1", {"Cam"}), nodeJson), 0);
+    EXPECT_EQ(BuildNodeJson(MakeStoredNode("N1", {"Cam"}), nodeJson), 0);
     EXPECT_EQ(nodeJson["Mine"].asInt(), 1);
     EXPECT_EQ(nodeJson[PSZ_NODE_ID].asString(), "N1");
     ASSERT_EQ(nodeJson[PSZ_NODE_CONTAINER].size(), 1U) << "the old containers are replaced";
@@ -451,10 +444,10 @@ TEST_F(ClusterDocument, NodeIsBuiltIntoWhatTheObjectHolds) {
 }
 
 TEST_F(ClusterDocument, RefusedNodeIsLeftUntouched) {
-    CNode node = MakeNode("mine", {"Mine"});
+    CNode node = MakeStoredNode("mine", {"Mine"});
     node.SetNodeIp("10.0.0.9");
     Json::Value nodeJson;
-    BuildNodeJson(MakeNode("N1", {"Cam"}), nodeJson);
+    BuildNodeJson(MakeStoredNode("N1", {"Cam"}), nodeJson);
     nodeJson[PSZ_NODE_STATUS] = "Removed";
     nodeJson[PSZ_NODE_CONTAINER].append(Json::objectValue);
     EXPECT_EQ(ParseNodeJson(nodeJson, node), ORVA_DATA_INVALID);
@@ -466,11 +459,11 @@ TEST_F(ClusterDocument, RefusedNodeIsLeftUntouched) {
 }
 
 TEST_F(ClusterDocument, ReadNodeReplacesAllButAnyStatusThatIsNotRemoved) {
-    CNode node = MakeNode("mine", {"Mine"});
+    CNode node = MakeStoredNode("mine", {"Mine"});
     node.SetNodeServiceType(4);
     node.SetMemberStatus(42);
     Json::Value nodeJson;
-    BuildNodeJson(MakeNode("N1"), nodeJson);
+    BuildNodeJson(MakeStoredNode("N1"), nodeJson);
     EXPECT_EQ(ParseNodeJson(nodeJson, node), 0);
     EXPECT_EQ(node.GetNodeId(), "N1");
     EXPECT_THAT(ContainersOf(node), IsEmpty());

@@ -13,14 +13,14 @@ namespace {
 class RefusedNodeManager : public NodeManager {
 protected:
     RefusedNodeManager() {
-        m_manager.Init({MakeNode("N1", "10.0.0.1", {"Cam"})});
+        m_manager.Init({MakeStoredNode("N1", {"Cam"}, "10.0.0.1")});
         m_manager.SetContainerShiftFaultTimes({"N1", "Cam"}, 1);
     }
 };
 
 TEST_F(RefusedNodeManager, AnswersAsForAnUnknownNode) {
     const CRefusedLocks refused;
-    CNode node = MakeNode("mine");
+    CNode node = MakeStoredNode("mine");
     EXPECT_FALSE(m_manager.GetNode("N1", node));
     EXPECT_EQ(node.GetNodeId(), "mine");
     EXPECT_FALSE(m_manager.IsNodeExist("N1"));
@@ -39,10 +39,10 @@ TEST_F(RefusedNodeManager, ChangesNothingAndIsSilent) {
     {
         const CRefusedLocks refused;
         m_manager.Init({});
-        m_manager.AddNode({{"N2", MakeNode("N2")}});
+        m_manager.AddNode({{"N2", MakeStoredNode("N2")}});
         m_manager.SetNodeOnline("N1", false);
-        m_manager.SetSystemResource("N1", Cpu(1), Cpu(1));
-        m_manager.SetSystemResource("unknown", Cpu(1), Cpu(1));
+        m_manager.SetSystemResource("N1", MakeCpu(1), MakeCpu(1));
+        m_manager.SetSystemResource("unknown", MakeCpu(1), MakeCpu(1));
         m_manager.SetMemberStatus({"N1"}, CLUSTER_MEMBER_REMOVED);
         m_manager.RemoveNode("N1");
         m_manager.RemoveNodeContainer("N1", "Cam", uiLeft);

@@ -8,7 +8,9 @@
 #include "framework_service/node_mgr.h"
 #include "support/fake_clock.h"
 #include "support/host_fixture.h"
+#include "support/model_values.h"
 #include "support/refused_locks.h"
+#include "support/registry_fixture.h"
 
 namespace {
 
@@ -58,30 +60,12 @@ private:
     std::string m_strRegistry;
 };
 
-CNode MakeNode(const std::string& strId) {
-    CNode node;
-    node.SetNodeId(strId);
-    node.SetNodeIp("10.0.0.1");
-    node.SetContainerList({"A", "B"});
-    return node;
+CNode MakeBusyNode(const std::string& strId) {
+    return MakeStoredNode(strId, {"A", "B"}, "10.0.0.1");
 }
 
-CSystemResource Cpu(int32_t iCpu) {
-    CSystemResource resource;
-    resource.SetCpu(iCpu);
-    return resource;
-}
-
-CResourceTask MakeTask(const std::string& strId) {
-    CResourceTask task;
-    task.SetTaskId(strId);
-    return task;
-}
-
-CContainer MakeContainer(const CContainerAddr& addr) {
-    CContainer container;
-    container.SetNodeId(addr.GetNodeId());
-    container.SetContainerType(addr.GetContainerType());
+CContainer MakeBusyContainer(const CContainerAddr& addr) {
+    CContainer container = MakeContainer(addr.GetNodeId(), addr.GetContainerType());
     container.SetSupportFaultShift(true);
     container.SetFaultStatus(true);
     container.SetValueByKey("key", "value");
@@ -110,7 +94,7 @@ std::vector<COperation> NodeQuestions(const std::string& strNodeId) {
         of.Answering(
             "GetNode",
             [&mgr, strNodeId] {
-                CNode node = MakeNode("old");
+                CNode node = MakeBusyNode("old");
                 const bool bFound = mgr.GetNode(strNodeId, node);
                 return Tell(bFound, node.GetNodeId());
             },
@@ -140,14 +124,14 @@ std::vector<COperation> NodeChanges(const std::string& strNodeId) {
     const CContainerAddr addr(strNodeId, "A");
     const COperationMaker of("CNodeMgr");
     return {
-        of.Silent("Init", [&mgr] { mgr.Init({MakeNode("n9")}); }),
+        of.Silent("Init", [&mgr] { mgr.Init({MakeBusyNode("n9")}); }),
         of.Silent("AddNode",
                   [&mgr] {
-                      mgr.AddNode({{"n9", MakeNode("n9")}});
+                      mgr.AddNode({{"n9", MakeBusyNode("n9")}});
                   }),
         of.Silent("SetNodeOnline", [&mgr, strNodeId] { mgr.SetNodeOnline(strNodeId, false); }),
         of.Silent("SetSystemResource",
-                  [&mgr, strNodeId] { mgr.SetSystemResource(strNodeId, Cpu(5), Cpu(6)); }),
+                  [&mgr, strNodeId] { mgr.SetSystemResource(strNodeId, MakeCpu(5), MakeCpu(6)); }),
         of.Silent("SetMemberStatus", [&mgr, strNodeId] { mgr.SetMemberStatus({strNodeId}, 1); }),
         of.Silent("RemoveNode", [&mgr, strNodeId] { mgr.RemoveNode(strNodeId); }),
         of.Answering(
@@ -178,13 +162,13 @@ std::vector<COperation> ContainerTable(const std::string& strNodeId) {
         of.Answering(
             "Init",
             [&mgr, added] {
-                return Tell(mgr.Init({{added, MakeContainer(added)}}));
+                return Tell(mgr.Init({{added, MakeBusyContainer(added)}}));
             },
             Tell(ORVA_FAIL)),
         of.Answering(
             "GetAllContainer",
             [&mgr, added] {
-                ContainerMap containerMap = {{added, MakeContainer(added)}};
+                ContainerMap containerMap = {{added, MakeBusyContainer(added)}};
                 mgr.GetAllContainer(containerMap);
                 return Tell(containerMap.size(), containerMap.begin()->first.GetNodeId());
             },
@@ -192,7 +176,7 @@ std::vector<COperation> ContainerTable(const std::string& strNodeId) {
         of.Answering(
             "AddContainer",
             [&mgr, added] {
-                return Tell(mgr.AddContainer({{added, MakeContainer(added)}}));
+                return Tell(mgr.AddContainer({{added, MakeBusyContainer(added)}}));
             },
             Tell(ORVA_FAIL)),
         of.Answering(
@@ -214,7 +198,7 @@ std::vector<COperation> ContainerStates(const std::string& strNodeId) {
         of.Silent("SetContainerOnline", [&mgr, addr] { mgr.SetContainerOnline(addr, false); }),
         question("IsContainerOnline", &CContainerMgr::IsContainerOnline),
         of.Silent("SetSystemResource",
-                  [&mgr, addr] { mgr.SetSystemResource(addr, Cpu(5), Cpu(6)); }),
+                  [&mgr, addr] { mgr.SetSystemResource(addr, MakeCpu(5), MakeCpu(6)); }),
         of.Silent("UpdateContainerReportTime",
                   [&mgr, addr] { mgr.UpdateContainerReportTime(addr); }),
         of.Silent("SetProcessState",
@@ -333,10 +317,10 @@ class LockFailure : public CHostTest {
 protected:
     LockFailure() {
         SetClock(NUMERIC_START);
-        CNodeMgr::Instance().Init({MakeNode(KNOWN), MakeNode("n2")});
+        CNodeMgr::Instance().Init({MakeBusyNode(KNOWN), MakeBusyNode("n2")});
         CNodeMgr::Instance().SetContainerShiftFaultTimes(FAULTY, 3);
         const CContainerAddr addr(KNOWN, CONTAINER_TYPE_CLOUD_STORAGE);
-        CContainerMgr::Instance().Init({{addr, MakeContainer(addr)}});
+        CContainerMgr::Instance().Init({{addr, MakeBusyContainer(addr)}});
         AdvanceClock(NUMERIC_REPORT_AGE);
         ReportNvr(CContainerMgr::Instance());
         m_logger.Clear();

@@ -20,8 +20,9 @@ TEST_F(NodeManager, IsOneInTheProcess) {
 }
 
 TEST_F(NodeManager, InitReplacesTheTableAndTheLaterOfTwoStays) {
-    m_manager.Init({MakeNode("gone")});
-    m_manager.Init({MakeNode("N2"), MakeNode("N1", "10.0.0.1"), MakeNode("N1", "10.0.0.2")});
+    m_manager.Init({MakeStoredNode("gone")});
+    m_manager.Init({MakeStoredNode("N2"), MakeStoredNode("N1", {}, "10.0.0.1"),
+                    MakeStoredNode("N1", {}, "10.0.0.2")});
     EXPECT_THAT(Ids(), ElementsAre("N1", "N2"));
     EXPECT_EQ(m_manager.GetSize(), 2U);
     EXPECT_EQ(Known("N1").GetNodeIp(), "10.0.0.2");
@@ -32,18 +33,19 @@ TEST_F(NodeManager, InitReplacesTheTableAndTheLaterOfTwoStays) {
 
 TEST_F(NodeManager, InitLeavesTheFaultTimes) {
     m_manager.SetContainerShiftFaultTimes({"N1", "Cam"}, 7);
-    m_manager.Init({MakeNode("N1")});
+    m_manager.Init({MakeStoredNode("N1")});
     EXPECT_EQ(m_manager.GetContainerShiftFaultTimes({"N1", "Cam"}), 7U);
 }
 
 TEST_F(NodeManager, AddedNodesReplaceWholeAndOthersStay) {
-    CNode old = MakeNode("N1", "10.0.0.1", {"Cam"});
-    old.SetCurResource(Cpu(10));
-    old.SetCurResource(Cpu(20));
+    CNode old = MakeStoredNode("N1", {"Cam"}, "10.0.0.1");
+    old.SetCurResource(MakeCpu(10));
+    old.SetCurResource(MakeCpu(20));
     old.SetOnline(false);
     old.SetMemberStatus(CLUSTER_MEMBER_REMOVED);
-    m_manager.Init({old, MakeNode("N2", "10.0.0.2")});
-    m_manager.AddNode({{"N1", MakeNode("N1", "10.0.0.9", {"Dev"})}, {"N3", MakeNode("N3")}});
+    m_manager.Init({old, MakeStoredNode("N2", {}, "10.0.0.2")});
+    m_manager.AddNode(
+        {{"N1", MakeStoredNode("N1", {"Dev"}, "10.0.0.9")}, {"N3", MakeStoredNode("N3")}});
     EXPECT_THAT(Ids(), ElementsAre("N1", "N2", "N3"));
     EXPECT_EQ(m_manager.GetSize(), 3U);
     EXPECT_EQ(Known("N2").GetNodeIp(), "10.0.0.2");
@@ -52,27 +54,27 @@ TEST_F(NodeManager, AddedNodesReplaceWholeAndOthersStay) {
     EXPECT_THAT(ContainersOf(added), ElementsAre("Dev"));
     EXPECT_TRUE(added.IsOnline());
     EXPECT_EQ(added.GetMemberStatus(), CLUSTER_MEMBER_NORMAL);
-    m_manager.SetSystemResource("N1", Cpu(0), Cpu(60));
+    m_manager.SetSystemResource("N1", MakeCpu(0), MakeCpu(60));
     EXPECT_EQ(Known("N1").GetCurResource().GetCpu(), 60) << "the old samples are gone";
 }
 
 TEST_F(NodeManager, AddedNodesAreFoundUnderTheMapsKey) {
-    m_manager.AddNode({{"key", MakeNode("id")}});
+    m_manager.AddNode({{"key", MakeStoredNode("id")}});
     EXPECT_TRUE(m_manager.IsNodeExist("key"));
     EXPECT_FALSE(m_manager.IsNodeExist("id"));
     EXPECT_EQ(Known("key").GetNodeId(), "id");
 }
 
 TEST_F(NodeManager, AddingNothingChangesNothing) {
-    m_manager.Init({MakeNode("N1")});
+    m_manager.Init({MakeStoredNode("N1")});
     m_manager.AddNode({});
     EXPECT_THAT(Ids(), ElementsAre("N1"));
 }
 
 TEST_F(NodeManager, AllNodesComeInKeyOrderBehindWhatTheListHolds) {
-    m_manager.Init({MakeNode("b"), MakeNode("\x80"), MakeNode("B"), MakeNode("N10"), MakeNode("N2"),
-                    MakeNode("")});
-    std::list<CNode> nodeList = {MakeNode("z"), MakeNode("y")};
+    m_manager.Init({MakeStoredNode("b"), MakeStoredNode("\x80"), MakeStoredNode("B"),
+                    MakeStoredNode("N10"), MakeStoredNode("N2"), MakeStoredNode("")});
+    std::list<CNode> nodeList = {MakeStoredNode("z"), MakeStoredNode("y")};
     m_manager.GetAllNode(nodeList);
     std::vector<std::string> ids;
     for (const CNode& node : nodeList) {
@@ -82,7 +84,7 @@ TEST_F(NodeManager, AllNodesComeInKeyOrderBehindWhatTheListHolds) {
 }
 
 TEST_F(NodeManager, HandsOutCopies) {
-    m_manager.Init({MakeNode("N1", "10.0.0.1")});
+    m_manager.Init({MakeStoredNode("N1", {}, "10.0.0.1")});
     CNode copy = Known("N1");
     copy.SetNodeIp("10.0.0.9");
     std::list<CNode> nodeList;
@@ -92,14 +94,14 @@ TEST_F(NodeManager, HandsOutCopies) {
 }
 
 TEST_F(NodeManager, UnknownNodeLeavesTheArgument) {
-    CNode node = MakeNode("mine", "10.0.0.1");
+    CNode node = MakeStoredNode("mine", {}, "10.0.0.1");
     EXPECT_FALSE(m_manager.GetNode("N1", node));
     EXPECT_EQ(node.GetNodeId(), "mine");
     EXPECT_EQ(node.GetNodeIp(), "10.0.0.1");
 }
 
 TEST_F(NodeManager, UnknownNodesChangeNothingAndAreSilent) {
-    m_manager.Init({MakeNode("N1", "", {"Cam"})});
+    m_manager.Init({MakeStoredNode("N1", {"Cam"}, "")});
     m_manager.SetNodeOnline("N2", true);
     m_manager.SetMemberStatus({"N2", "N3"}, CLUSTER_MEMBER_REMOVED);
     m_manager.RemoveNode("N2");
@@ -111,7 +113,7 @@ TEST_F(NodeManager, UnknownNodesChangeNothingAndAreSilent) {
 }
 
 TEST_F(NodeManager, OnlineFlagIsThatOfTheNode) {
-    m_manager.Init({MakeNode("N1"), MakeNode("N2")});
+    m_manager.Init({MakeStoredNode("N1"), MakeStoredNode("N2")});
     EXPECT_TRUE(m_manager.IsNodeOnline("N1"));
     m_manager.SetNodeOnline("N1", false);
     EXPECT_FALSE(m_manager.IsNodeOnline("N1"));
@@ -121,9 +123,9 @@ TEST_F(NodeManager, OnlineFlagIsThatOfTheNode) {
 }
 
 TEST_F(NodeManager, ReportSetsTheTotalAndFeedsTheSamples) {
-    m_manager.Init({MakeNode("N1"), MakeNode("N2")});
+    m_manager.Init({MakeStoredNode("N1"), MakeStoredNode("N2")});
     for (const int iCpu : {10, 20, 30, 60}) {
-        m_manager.SetSystemResource("N1", Cpu(100 + iCpu), Cpu(iCpu));
+        m_manager.SetSystemResource("N1", MakeCpu(100 + iCpu), MakeCpu(iCpu));
     }
     EXPECT_EQ(Known("N1").GetTotalResource().GetCpu(), 160);
     EXPECT_EQ(Known("N1").GetCurResource().GetCpu(), 36);
@@ -133,14 +135,14 @@ TEST_F(NodeManager, ReportSetsTheTotalAndFeedsTheSamples) {
 
 TEST_F(NodeManager, ReportLeavesTheReportTime) {
     SetClock(NUMERIC_NOW);
-    m_manager.Init({MakeNode("N1")});
+    m_manager.Init({MakeStoredNode("N1")});
     AdvanceClock(91);
-    m_manager.SetSystemResource("N1", Cpu(1), Cpu(1));
+    m_manager.SetSystemResource("N1", MakeCpu(1), MakeCpu(1));
     EXPECT_TRUE(Known("N1").IsReportStatusOutTime());
 }
 
 TEST_F(NodeManager, ReportOfAnUnknownNodeIsLogged) {
-    m_manager.SetSystemResource("N%d", Cpu(1), Cpu(1));
+    m_manager.SetSystemResource("N%d", MakeCpu(1), MakeCpu(1));
     EXPECT_THAT(m_logger.GetLines(),
                 ElementsAre(Err("Node mgr set system resource", 1, "node_mgr", "SetSystemResource",
                                 "can not find the node, node id=N%d")));
@@ -149,13 +151,13 @@ TEST_F(NodeManager, ReportOfAnUnknownNodeIsLogged) {
 
 TEST_F(NodeManager, ReportOfAnUnknownNodeWithoutALoggerIsSilent) {
     OMAdapter::getInstance().setLogger(nullptr);
-    m_manager.SetSystemResource("N1", Cpu(1), Cpu(1));
+    m_manager.SetSystemResource("N1", MakeCpu(1), MakeCpu(1));
     EXPECT_EQ(m_manager.GetSize(), 0U);
     EXPECT_THAT(m_logger.GetLines(), IsEmpty());
 }
 
 TEST_F(NodeManager, MemberStatusIsSetOnListedNodesAndTakesAnyNumber) {
-    m_manager.Init({MakeNode("N1"), MakeNode("N2"), MakeNode("N3")});
+    m_manager.Init({MakeStoredNode("N1"), MakeStoredNode("N2"), MakeStoredNode("N3")});
     m_manager.SetMemberStatus({"N3", "unknown", "N1", "N1"}, 42);
     EXPECT_EQ(Known("N1").GetMemberStatus(), 42);
     EXPECT_EQ(Known("N2").GetMemberStatus(), CLUSTER_MEMBER_NORMAL);
@@ -163,7 +165,7 @@ TEST_F(NodeManager, MemberStatusIsSetOnListedNodesAndTakesAnyNumber) {
 }
 
 TEST_F(NodeManager, RemovedNodeLeavesTheOthersAndItsFaultTimes) {
-    m_manager.Init({MakeNode("N1"), MakeNode("N2")});
+    m_manager.Init({MakeStoredNode("N1"), MakeStoredNode("N2")});
     m_manager.SetContainerShiftFaultTimes({"N1", "Cam"}, 3);
     m_manager.RemoveNode("N1");
     EXPECT_THAT(Ids(), ElementsAre("N2"));
@@ -183,7 +185,7 @@ TEST_F(NodeManager, RemovesTheFirstContainerOfTheTypeAndTellsHowManyAreLeft) {
           CRemovalCase{{"Cam", "Dev"}, "Dev", {"Cam"}},
           CRemovalCase{{"Cam", "Dev"}, "cam", {"Cam", "Dev"}}, CRemovalCase{{"Cam"}, "Cam", {}},
           CRemovalCase{{}, "Cam", {}}}) {
-        m_manager.Init({MakeNode("N1", "", before), MakeNode("N2", "", before)});
+        m_manager.Init({MakeStoredNode("N1", before), MakeStoredNode("N2", before)});
         unsigned int uiLeft = 99;
         m_manager.RemoveNodeContainer("N1", strType, uiLeft);
         EXPECT_EQ(uiLeft, after.size());
@@ -206,8 +208,8 @@ struct CSubnetCase {
 };
 
 TEST_F(NodeManager, NearbyNodesHaveTheSameAddressUnderTheMask) {
-    m_manager.Init({MakeNode("far", "10.2.0.1"), MakeNode("b", "10.1.0.2"),
-                    MakeNode("a", "10.1.0.1"), MakeNode("none")});
+    m_manager.Init({MakeStoredNode("far", {}, "10.2.0.1"), MakeStoredNode("b", {}, "10.1.0.2"),
+                    MakeStoredNode("a", {}, "10.1.0.1"), MakeStoredNode("none")});
     for (const auto& [uiIp, uiMask, ids] :
          {CSubnetCase{0x0A010063, 0xFFFFFF00, {"a", "b"}},
           CSubnetCase{0x0A010001, 0xFFFFFFFF, {"a"}},
@@ -221,7 +223,8 @@ TEST_F(NodeManager, NearbyNodesHaveTheSameAddressUnderTheMask) {
 }
 
 TEST_F(NodeManager, NearbyNodesAreNamedByTheirOwnIdInKeyOrder) {
-    m_manager.AddNode({{"1", MakeNode("z", "10.1.0.1")}, {"2", MakeNode("a", "10.1.0.2")}});
+    m_manager.AddNode(
+        {{"1", MakeStoredNode("z", {}, "10.1.0.1")}, {"2", MakeStoredNode("a", {}, "10.1.0.2")}});
     std::list<std::string> nodeList;
     EXPECT_EQ(m_manager.GetNearbyNodeListByIP(0x0A010000, 0xFFFF0000, nodeList), 0);
     EXPECT_THAT(nodeList, ElementsAre("z", "a"));
@@ -296,8 +299,8 @@ TEST_F(FaultTimes, OfNoNodeStay) {
 }
 
 TEST_F(NodeManager, ServesManyThreadsAtOnce) {
-    m_manager.Init({MakeNode("N1", "10.0.0.1", {"Cam"})});
-    const NodeMap second = {{"N2", MakeNode("N2", "10.0.0.2")}};
+    m_manager.Init({MakeStoredNode("N1", {"Cam"}, "10.0.0.1")});
+    const NodeMap second = {{"N2", MakeStoredNode("N2", {}, "10.0.0.2")}};
     const std::vector<std::function<void()>> turns = {
         [&] {
             m_manager.AddNode(second);
@@ -308,7 +311,7 @@ TEST_F(NodeManager, ServesManyThreadsAtOnce) {
             EXPECT_THAT(Ids(), AnyOf(ElementsAre("N1"), ElementsAre("N1", "N2")));
         },
         [&] {
-            m_manager.SetSystemResource("N1", Cpu(100), Cpu(50));
+            m_manager.SetSystemResource("N1", MakeCpu(100), MakeCpu(50));
             m_manager.SetNodeOnline("N1", true);
             m_manager.SetMemberStatus({"N1", "N2"}, CLUSTER_MEMBER_NORMAL);
         },
@@ -326,7 +329,7 @@ TEST_F(NodeManager, ServesManyThreadsAtOnce) {
         [&] {
             EXPECT_THAT(m_manager.GetContainerShiftFaultTimes({"N1", "Cam"}), AnyOf(0U, 1U));
         },
-        [&] { m_manager.Init({MakeNode("N1", "10.0.0.1", {"Cam"})}); }};
+        [&] { m_manager.Init({MakeStoredNode("N1", {"Cam"}, "10.0.0.1")}); }};
     std::vector<std::thread> threads;
     for (const auto& turn : turns) {
         threads.emplace_back([&turn] {

@@ -17,12 +17,8 @@ namespace {
 constexpr unsigned int NUMERIC_THREADS = 8;
 constexpr int NUMERIC_ROUNDS = 150;
 
-CClusterCGInfo MakeCG(const std::string& strSuffix) {
-    CClusterCGInfo info;
-    info.SetCGCode("n" + strSuffix);
-    info.SetFloatCode("f" + strSuffix);
-    info.SetFloatIp("i" + strSuffix);
-    return info;
+CClusterCGInfo MakeThreadsCG(const std::string& strSuffix) {
+    return MakeCG("n" + strSuffix, "f" + strSuffix, "i" + strSuffix);
 }
 
 /// What a thread does over and over, told apart by the thread's suffix.
@@ -122,8 +118,8 @@ std::vector<COperation> RegistriesUnderThreads::NumbersAndLists() {
             ExpectZero(m_scheduleMgr.IncreaseMasterVerNum());
         },
         [this](const std::string& strSuffix) {
-            ExpectZero(m_cgRegistry.AddSingleClusterCGInfo(MakeCG(strSuffix)));
-            ExpectZero(m_cgRegistry.UpdateClusterCGInfoByFloatCode(MakeCG(strSuffix)));
+            ExpectZero(m_cgRegistry.AddSingleClusterCGInfo(MakeThreadsCG(strSuffix)));
+            ExpectZero(m_cgRegistry.UpdateClusterCGInfoByFloatCode(MakeThreadsCG(strSuffix)));
             CClusterCGInfoList cached;
             m_cgRegistry.GetClusterCGInfoList(cached);
             ExpectZero(!cached.IsCGExist("f" + strSuffix));
@@ -197,7 +193,7 @@ TEST_F(RegistriesUnderThreads, AdmitEachCGOnce) {
     std::atomic<unsigned int> uiAdmitted{0};
     Hammer({[&](const std::string&) {
         for (const char* pszSuffix : {"0", "1", "2"}) {
-            uiAdmitted += m_cgRegistry.AddSingleClusterCGInfo(MakeCG(pszSuffix)) == 0;
+            uiAdmitted += m_cgRegistry.AddSingleClusterCGInfo(MakeThreadsCG(pszSuffix)) == 0;
         }
     }});
     EXPECT_EQ(uiAdmitted, 3U);

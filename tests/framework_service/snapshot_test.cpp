@@ -207,7 +207,7 @@ protected:
     ~Snapshots() override { CContainerMgr::Instance().Init({}); }
 };
 
-CResourceTask MakeTask(unsigned int uiMark) {
+CResourceTask MakeMarkedTask(unsigned int uiMark) {
     CResourceTask task;
     task.SetTaskId(std::to_string(uiMark));
     task.InsertSingleKeyValue("mark", std::to_string(uiMark));
@@ -251,9 +251,10 @@ void ChangeAtRandom(const CContainerAddr& addr, std::mt19937& random) {
     const auto uiMark = static_cast<unsigned int>(iMark);
     switch (random() % 10) {
         case 0:
-            return containerMgr.SetResourceTask(addr, {MakeTask(uiMark), MakeTask(uiMark + 1)}, 0);
+            return containerMgr.SetResourceTask(
+                addr, {MakeMarkedTask(uiMark), MakeMarkedTask(uiMark + 1)}, 0);
         case 1:
-            return containerMgr.AddResourceTask(addr, {MakeTask(uiMark)});
+            return containerMgr.AddResourceTask(addr, {MakeMarkedTask(uiMark)});
         case 2:
             return containerMgr.RemoveResourceTask(addr, {std::to_string(uiMark)});
         case 3:
@@ -284,7 +285,7 @@ void ChangeAtRandom(const CContainerAddr& addr, std::mt19937& random) {
 
 /// Writes to every part of a copy that it may share with others.
 void ChangeACopy(CContainer container) {
-    container.AddTask(MakeTask(1000));
+    container.AddTask(MakeMarkedTask(1000));
     container.SetValueByKey("mark", "other");
     container.SetProcessState({{"other", 1}});
     container.SetCurResource(CSystemResource());

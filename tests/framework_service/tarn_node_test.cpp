@@ -4,6 +4,7 @@
 
 #include "support/fake_clock.h"
 #include "support/host_fixture.h"
+#include "support/model_values.h"
 #include "support/registry_fixture.h"
 
 using testing::ElementsAre;
@@ -13,12 +14,6 @@ namespace {
 
 constexpr std::time_t NUMERIC_NOW = 1000000;
 
-CSystemResource Cpu(int32_t iCpu) {
-    CSystemResource resource;
-    resource.SetCpu(iCpu);
-    return resource;
-}
-
 class Node : public CHostTest {
 protected:
     Node() {
@@ -27,7 +22,7 @@ protected:
     }
 
     int32_t CpuAfterSample(int32_t iCpu) {
-        m_node.SetCurResource(Cpu(iCpu));
+        m_node.SetCurResource(MakeCpu(iCpu));
         return m_node.GetCurResource().GetCpu();
     }
 
@@ -147,7 +142,7 @@ TEST_F(Node, ClockGoneBackIsOutOfTimeOnceAndCountsFromThen) {
 
 TEST_F(Node, SamplesDoNotTouchTheReportTime) {
     AdvanceClock(91);
-    m_node.SetCurResource(Cpu(1));
+    m_node.SetCurResource(MakeCpu(1));
     EXPECT_TRUE(m_node.IsReportStatusOutTime());
 }
 
@@ -170,10 +165,10 @@ CNode FullNode() {
     node.SetNodeRole(2);
     node.SetDomainRole(3);
     node.SetNodeServiceType(4);
-    node.SetTotalResource(Cpu(100));
-    node.SetCurResource(Cpu(10));
-    node.SetCurResource(Cpu(20));
-    node.SetCurResource(Cpu(30));
+    node.SetTotalResource(MakeCpu(100));
+    node.SetCurResource(MakeCpu(10));
+    node.SetCurResource(MakeCpu(20));
+    node.SetCurResource(MakeCpu(30));
     node.SetContainerList({"Cam", "Dev"});
     node.SetOnline(false);
     node.SetMemberStatus(CLUSTER_MEMBER_REMOVED);
@@ -193,7 +188,7 @@ void ExpectFullNode(CNode node) {
     EXPECT_THAT(ContainersOf(node), ElementsAre("Cam", "Dev"));
     EXPECT_FALSE(node.IsOnline());
     EXPECT_EQ(node.GetMemberStatus(), CLUSTER_MEMBER_REMOVED);
-    node.SetCurResource(Cpu(60));
+    node.SetCurResource(MakeCpu(60));
     EXPECT_EQ(node.GetCurResource().GetCpu(), 36) << "the samples came along";
     SetClock(NUMERIC_NOW + 90);
     EXPECT_FALSE(node.IsReportStatusOutTime());
@@ -221,7 +216,7 @@ TEST_F(Node, SelfAssignmentChangesNothing) {
 TEST_F(Node, CopiesAreIndependent) {
     CNode copy = m_node;
     copy.SetContainerList({"Cam"});
-    copy.SetCurResource(Cpu(10));
+    copy.SetCurResource(MakeCpu(10));
     copy.SetOnline(false);
     EXPECT_THAT(ContainersOf(m_node), IsEmpty());
     EXPECT_EQ(m_node.GetCurResource().GetCpu(), 0);

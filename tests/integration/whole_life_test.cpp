@@ -172,13 +172,9 @@ void WholeLife::RemoveContainers() {
     EXPECT_THAT(NodeIds(), ElementsAre("n1", "n3", "n4"));
 }
 
-CClusterCGInfo MakeCG(const std::string& strNode, const std::string& strFloatCode) {
-    CClusterCGInfo info;
-    info.SetCGCode(strNode);
-    info.SetFloatCode(strFloatCode);
-    info.SetFloatIp("i-" + strFloatCode);
-    info.SetDecVerNum(std::to_string(CScheduleMgr::Instance().GetDecisionVerNum()));
-    return info;
+CClusterCGInfo MakeDecidedCG(const std::string& strNode, const std::string& strFloatCode) {
+    return MakeCG(strNode, strFloatCode, "i-" + strFloatCode,
+                  std::to_string(CScheduleMgr::Instance().GetDecisionVerNum()));
 }
 
 void WholeLife::AddAndRemoveCGs() {
@@ -186,14 +182,14 @@ void WholeLife::AddAndRemoveCGs() {
     const std::string strFirst =
         "[{\"DecisionVerNum\":\"1\",\"FloatCGCode\":\"f1\",\"FloatIP\":\"i-f1\","
         "\"NVRCode\":\"n1\"}]\n";
-    EXPECT_EQ(registry.AddSingleClusterCGInfo(MakeCG("n1", "f1")), 0);
+    EXPECT_EQ(registry.AddSingleClusterCGInfo(MakeDecidedCG("n1", "f1")), 0);
     EXPECT_EQ(Stored("/MERO/CGList"), strFirst);
     EXPECT_TRUE(AwaitFired(NodePath("/MERO/CGList"))) << "the load has set the watch";
-    EXPECT_EQ(registry.AddSingleClusterCGInfo(MakeCG("n3", "f3")), ORVA_TARN_FCG_EXCEED_MAX);
+    EXPECT_EQ(registry.AddSingleClusterCGInfo(MakeDecidedCG("n3", "f3")), ORVA_TARN_FCG_EXCEED_MAX);
     EXPECT_EQ(Stored("/MERO/CGList"), strFirst);
     EXPECT_EQ(registry.RemoveClusterCGInfo("f1"), 0);
     EXPECT_EQ(Stored("/MERO/CGList"), "");
-    EXPECT_EQ(registry.AddSingleClusterCGInfo(MakeCG("n3", "f3")), 0);
+    EXPECT_EQ(registry.AddSingleClusterCGInfo(MakeDecidedCG("n3", "f3")), 0);
     EXPECT_EQ(Stored("/MERO/CGList"),
               "[{\"DecisionVerNum\":\"1\",\"FloatCGCode\":\"f3\",\"FloatIP\":\"i-f3\","
               "\"NVRCode\":\"n3\"}]\n");

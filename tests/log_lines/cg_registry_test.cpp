@@ -6,15 +6,6 @@ CFrameworkCGCommon& Registry() {
     return CFrameworkCGCommon::Instance();
 }
 
-CClusterCGInfo MakeCG(const std::string& strNode, const std::string& strFloatCode,
-                      const std::string& strFloatIp) {
-    CClusterCGInfo info;
-    info.SetCGCode(strNode);
-    info.SetFloatCode(strFloatCode);
-    info.SetFloatIp(strFloatIp);
-    return info;
-}
-
 CClusterCGInfoList ListOf(const CClusterCGInfo& info) {
     CClusterCGInfoList list;
     list.AddClusterCGInfo(info);

@@ -6,11 +6,12 @@
 #include "common_service/tarn_def.h"
 #include "framework_service/cluster_cg_info.h"
 #include "support/host_fixture.h"
+#include "support/registry_fixture.h"
 
 namespace cg_document {
 
 inline constexpr char FILE_NAME[] = "cluster_cg_info";
-inline constexpr char ENTRY[] =
+inline constexpr char ENTRY_TEXT[] =
     R"({"NVRCode":"a","FloatCGCode":"b","FloatIP":"c","DecisionVerNum":"1"})";
 
 /// Node, float code, float address and version number.
@@ -27,18 +28,6 @@ inline std::vector<std::string> Tell(const CClusterCGInfoList& list) {
         records.push_back(Tell(info));
     }
     return records;
-}
-
-inline CClusterCGInfo MakeCG(const std::string& strNode, const std::string& strFloatCode,
-                             const std::string& strFloatIp, const std::string& strDecVerNum,
-                             const std::string& strStatus = "") {
-    CClusterCGInfo info;
-    info.SetCGCode(strNode);
-    info.SetFloatCode(strFloatCode);
-    info.SetFloatIp(strFloatIp);
-    info.SetDecVerNum(strDecVerNum);
-    info.SetStatus(strStatus);
-    return info;
 }
 
 inline CClusterCGInfoList MakeList(const std::list<CClusterCGInfo>& entries) {

@@ -37,12 +37,7 @@ struct CEntry {
 using Entries = std::vector<CEntry>;
 
 inline CClusterCGInfo ToInfo(const CEntry& entry) {
-    CClusterCGInfo info;
-    info.SetCGCode(entry.strNode);
-    info.SetFloatCode(entry.strFloatCode);
-    info.SetFloatIp(entry.strFloatIp);
-    info.SetDecVerNum(entry.strDecVerNum);
-    return info;
+    return MakeCG(entry.strNode, entry.strFloatCode, entry.strFloatIp, entry.strDecVerNum);
 }
 
 inline CClusterCGInfoList ToList(const Entries& entries) {

@@ -68,34 +68,6 @@ inline const auto NAME_OF_BAD_TEXT = [](const testing::TestParamInfo<CBadText>& 
     return info.param.strName;
 };
 
-/// A node as the cluster document has it.
-struct CMember {
-    std::string strId;
-    std::string strIp;
-    std::vector<std::string> containers;
-    std::string strStatus = "Normal";
-};
-
-inline std::string NodeText(const CMember& member) {
-    std::string strContainers;
-    for (const std::string& strType : member.containers) {
-        strContainers += (strContainers.empty() ? "" : ",");
-        strContainers += R"({"ContainerType":")" + strType + R"("})";
-    }
-    return R"({"NodeID":")" + member.strId + R"(","NodeIP":")" + member.strIp +
-           R"(","NodeIPType":1,"NodeRole":2,"DomainRole":3,"Status":")" + member.strStatus +
-           R"(","Container":[)" + strContainers + "]}";
-}
-
-inline std::string ClusterText(const std::vector<CMember>& members, int iForwardType = 0) {
-    std::string strNodes;
-    for (const CMember& member : members) {
-        strNodes += (strNodes.empty() ? "" : ",") + NodeText(member);
-    }
-    return R"({"ClusterName":"c","ClusterRemark":"r","ClusterCode":"X","ClusterForwardType":)" +
-           std::to_string(iForwardType) + R"(,"ClusterNode":[)" + strNodes + "]}";
-}
-
 /// An entry of the cloud storage document; strAllocs is the text of its "NodeList".
 inline std::string EntryText(const std::string& strNodeId, int iReqStorage,
                              const std::string& strAllocs = "[]") {
@@ -111,21 +83,6 @@ inline std::string CloudStorageText(const std::string& strEntries) {
 inline constexpr char ALLOCS[] =
     R"([{"Code":"c2","AllocSize":20,"UsedSize":2,"Dns":"d2","Path":"/2"},)"
     R"({"Code":"c1","AllocSize":10,"UsedSize":1,"Dns":"d1","Path":"/1"}])";
-
-inline CNode MakeNode(const std::string& strId, const std::list<std::string>& containers) {
-    CNode node;
-    node.SetNodeId(strId);
-    node.SetContainerList(containers);
-    return node;
-}
-
-inline std::vector<CContainerAddr> Addresses(const ContainerMap& containerMap) {
-    std::vector<CContainerAddr> addresses;
-    for (const auto& [containerAddr, container] : containerMap) {
-        addresses.push_back(containerAddr);
-    }
-    return addresses;
-}
 
 /// What becomes of each address on its way to a container, no plug-in being loaded.
 inline std::vector<CLogLine> GenLines(const std::vector<CContainerAddr>& addresses,
@@ -182,13 +139,13 @@ protected:
     }
 
     /// A first load, of which later ones find the traces.
-    void LoadFormer(const std::vector<CMember>& members) {
+    void LoadFormer(const std::vector<CStoredNode>& members) {
         PutCluster(ClusterText(members, 7));
         ASSERT_EQ(Framework().InitNodeAndContainerFromZK(), 0);
         m_logger.Clear();
     }
 
-    static std::vector<CContainerAddr> ContainerAddrs() { return Addresses(AllContainers()); }
+    static std::vector<CContainerAddr> ContainerAddrs() { return AddressesOf(AllContainers()); }
 
     static CContainer CloudStorage(const std::string& strNodeId) {
         return AllContainers()[CContainerAddr(strNodeId, CONTAINER_TYPE_CLOUD_STORAGE)];

@@ -3,6 +3,7 @@
 #include <optional>
 #include <string>
 
+#include "support/json_document.h"
 #include "support/registry_fixture.h"
 
 namespace database_front {
@@ -40,12 +41,6 @@ inline CClusterDBInfo MakeDB(int iType, const std::string& strNode, const std::s
     info.SetCDBToken(strToken);
     info.SetPort(9999);
     return info;
-}
-
-inline std::string TextOf(CBaseJsonObject& document) {
-    char szText[1024];
-    EXPECT_EQ(document.ToJson(szText, sizeof(szText)), 0);
-    return szText;
 }
 
 inline std::string CachedText() {

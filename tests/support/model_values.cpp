@@ -112,6 +112,10 @@ std::vector<std::string> TaskIds(const CContainer& container) {
     return TaskIds(TasksOf(container));
 }
 
+CSystemResource MakeCpu(int32_t iCpu) {
+    return MakeResource(iCpu, 0, 0, 0, 0);
+}
+
 CSystemResource MakeDisk(int32_t iDisk) {
     return MakeResource(0, 0, 0, 0, iDisk);
 }

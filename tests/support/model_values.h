@@ -30,6 +30,7 @@ std::vector<Shown> ShowAll(const std::list<Item>& items) {
 std::vector<std::string> TaskIds(const std::list<CResourceTask>& tasks);
 std::vector<std::string> TaskIds(const CContainer& container);
 
+CSystemResource MakeCpu(int32_t iCpu);
 CSystemResource MakeDisk(int32_t iDisk);
 CSystemResource MakeResource(int32_t iCpu, int32_t iMem, int32_t iIO, int32_t iNet, int32_t iDisk);
 CResourceTask MakeTask(const std::string& strId, int32_t iDisk = 0, int32_t iNet = 0,

@@ -5,25 +5,12 @@
 
 #include "framework_service/node_mgr.h"
 #include "support/host_fixture.h"
+#include "support/model_values.h"
+#include "support/registry_fixture.h"
 
 namespace node_manager {
 
 inline constexpr std::time_t NUMERIC_NOW = 1000000;
-
-inline CSystemResource Cpu(int32_t iCpu) {
-    CSystemResource resource;
-    resource.SetCpu(iCpu);
-    return resource;
-}
-
-inline CNode MakeNode(const std::string& strNodeId, const std::string& strIp = "",
-                      const std::list<std::string>& containerList = {}) {
-    CNode node;
-    node.SetNodeId(strNodeId);
-    node.SetNodeIp(strIp);
-    node.SetContainerList(containerList);
-    return node;
-}
 
 /// The manager without nodes and without fault times of the nodes N1, N10 and N2.
 class NodeManager : public CHostTest {

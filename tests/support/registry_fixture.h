@@ -40,32 +40,51 @@ struct CStoredNode {
     std::string strId;
     std::vector<std::string> containers;
     std::string strStatus = "Normal";
+    std::string strIp = "10.0.0.1";
 };
 
-/// The cluster document, to the letter as the library writes it.
-inline std::string ClusterText(const std::vector<CStoredNode>& nodes) {
-    std::string strNodes;
-    for (const CStoredNode& node : nodes) {
-        std::string strContainers;
-        for (const std::string& strType : node.containers) {
-            strContainers += (strContainers.empty() ? "" : ",");
-            strContainers += R"({"ContainerType":")" + strType + R"("})";
-        }
-        strNodes += strNodes.empty() ? R"("ClusterNode":[{)" : ",{";
-        strNodes += strContainers.empty() ? "" : R"("Container":[)" + strContainers + "],";
-        strNodes += R"("DomainRole":3,"NodeID":")" + node.strId +
-                    R"(","NodeIP":"10.0.0.1","NodeIPType":1,"NodeRole":2,"Status":")" +
-                    node.strStatus + R"("})";
+/// An entry of the cluster document, to the letter as the library writes it.
+inline std::string NodeText(const CStoredNode& node) {
+    std::string strContainers;
+    for (const std::string& strType : node.containers) {
+        strContainers += (strContainers.empty() ? "" : ",");
+        strContainers += R"({"ContainerType":")" + strType + R"("})";
     }
-    return R"({"ClusterCode":"X","ClusterForwardType":7,"ClusterName":"c",)" + strNodes +
-           (strNodes.empty() ? "" : "],") + R"("ClusterRemark":"r"})" + "\n";
+    return (strContainers.empty() ? "{" : R"({"Container":[)" + strContainers + "],") +
+           R"("DomainRole":3,"NodeID":")" + node.strId + R"(","NodeIP":")" + node.strIp +
+           R"(","NodeIPType":1,"NodeRole":2,"Status":")" + node.strStatus + R"("})";
 }
 
-inline CNode MakeStoredNode(const std::string& strId, const std::list<std::string>& containers) {
+/// The cluster document, to the letter as the library writes it.
+inline std::string ClusterText(const std::vector<CStoredNode>& nodes, int iForwardType = 7) {
+    std::string strNodes;
+    for (const CStoredNode& node : nodes) {
+        strNodes += (strNodes.empty() ? R"("ClusterNode":[)" : ",") + NodeText(node);
+    }
+    return R"({"ClusterCode":"X","ClusterForwardType":)" + std::to_string(iForwardType) +
+           R"(,"ClusterName":"c",)" + strNodes + (strNodes.empty() ? "" : "],") +
+           R"("ClusterRemark":"r"})" + "\n";
+}
+
+inline CNode MakeStoredNode(const std::string& strId, const std::list<std::string>& containers = {},
+                            const std::string& strIp = "") {
     CNode node;
     node.SetNodeId(strId);
+    node.SetNodeIp(strIp);
     node.SetContainerList(containers);
     return node;
+}
+
+inline CClusterCGInfo MakeCG(const std::string& strNode, const std::string& strFloatCode,
+                             const std::string& strFloatIp, const std::string& strDecVerNum = "0",
+                             const std::string& strStatus = "") {
+    CClusterCGInfo info;
+    info.SetCGCode(strNode);
+    info.SetFloatCode(strFloatCode);
+    info.SetFloatIp(strFloatIp);
+    info.SetDecVerNum(strDecVerNum);
+    info.SetStatus(strStatus);
+    return info;
 }
 
 inline std::list<std::string> ContainersOf(const CNode& node) {
