@@ -8,7 +8,7 @@
 
 #include "command/documents.h"
 #include "command/exit_code.h"
-#include "command/store_name.h"
+#include "command/open_store.h"
 
 namespace {
 

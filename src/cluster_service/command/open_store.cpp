@@ -1,4 +1,4 @@
-#include "command/store_name.h"
+#include "command/open_store.h"
 
 #include <algorithm>
 #include <charconv>
