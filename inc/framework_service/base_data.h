@@ -66,9 +66,9 @@ public:
     int32_t GetResourceByType(RESOURCE_TYPE eType) const;
 
     /// Averages each figure over the vector: a 32-bit sum that wraps, divided with truncation
-    /// toward zero. An empty vector leaves sysResource as it is.
-    static void GetAvgSystemResource(std::vector<CSystemResource>& resourceVector,
-                                     CSystemResource& sysResource);
+    /// toward zero. An empty vector leaves sysResource as it is. The object itself plays no part.
+    void GetAvgSystemResource(std::vector<CSystemResource>& resourceVector,
+                              CSystemResource& sysResource);
 
 private:
     int32_t m_iCpu = 0;
@@ -78,16 +78,15 @@ private:
     int32_t m_iDisk = 0;
 };
 
-/// The identity of a container: the node it runs on and its type. No lock.
+/// The identity of a container: the node it runs on and its type. No lock. Here and in the classes
+/// of the model a move is a copy: what was moved from stays whole.
 class CContainerAddr {
 public:
     CContainerAddr() = default;
     CContainerAddr(const std::string& strNodeId, const std::string& strContainerType)
         : m_strNodeId(strNodeId), m_strContainerType(strContainerType) {}
     CContainerAddr(const CContainerAddr&) = default;
-    CContainerAddr(CContainerAddr&&) = default;
     CContainerAddr& operator=(const CContainerAddr&) = default;
-    CContainerAddr& operator=(CContainerAddr&&) = default;
     virtual ~CContainerAddr() = default;
 
     const std::string& GetNodeId() const { return m_strNodeId; }

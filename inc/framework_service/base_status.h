@@ -5,9 +5,7 @@ class CBaseStatusInfo {
 public:
     CBaseStatusInfo() = default;
     CBaseStatusInfo(const CBaseStatusInfo&) = default;
-    CBaseStatusInfo(CBaseStatusInfo&&) = default;
     CBaseStatusInfo& operator=(const CBaseStatusInfo&) = default;
-    CBaseStatusInfo& operator=(CBaseStatusInfo&&) = default;
     virtual ~CBaseStatusInfo() = default;
 
     /// Always true.

@@ -22,14 +22,13 @@ bool CompareTaskByDisk(const CResourceTask& t1, const CResourceTask& t2);
 bool CompareTaskByNet(const CResourceTask& t1, const CResourceTask& t2);
 
 /// One service instance of a named type on one node, with its tasks. A plain value without a lock:
-/// CContainerMgr guards the registered ones, a copy is a full snapshot and belongs to its taker.
+/// CContainerMgr guards the registered ones, a copy is a full snapshot and belongs to its taker. A
+/// move is a copy.
 class CContainer {
 public:
     CContainer();
     CContainer(const CContainer&) = default;
-    CContainer(CContainer&&) = default;
     CContainer& operator=(const CContainer&) = default;
-    CContainer& operator=(CContainer&&) = default;
     virtual ~CContainer() = default;
 
     /// Declared, never defined: containers are not compared.

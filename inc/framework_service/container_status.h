@@ -8,6 +8,8 @@
 /// Status of a container. Within CContainer only the resource figures are filled.
 class CContainerStatus : public CBaseStatusInfo {
 public:
+    ~CContainerStatus() override;
+
     const std::string& GetNodeId() const { return m_strNodeId; }
     void SetNodeId(const std::string& strNodeId) { m_strNodeId = strNodeId; }
     const std::string& GetContainerType() const { return m_strContainerType; }

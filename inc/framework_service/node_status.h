@@ -8,6 +8,8 @@
 /// Status of a node. Within CNode only the resource figures are filled.
 class CNodeStatus : public CBaseStatusInfo {
 public:
+    ~CNodeStatus() override;
+
     const std::string& GetNodeId() const { return m_strNodeId; }
     void SetNodeId(const std::string& strNodeId) { m_strNodeId = strNodeId; }
     const CSystemResource& GetCurSysResource() const { return m_curSysResource; }

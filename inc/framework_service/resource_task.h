@@ -9,14 +9,12 @@
 #include "framework_service/detail/copy_on_write.h"
 #include "orva_plugin_service/tarn_orva_data.h"
 
-/// One unit of scheduled work and what it costs. A plain value; no lock.
+/// One unit of scheduled work and what it costs. A plain value; no lock. A move is a copy.
 class CResourceTask {
 public:
     CResourceTask() = default;
     CResourceTask(const CResourceTask&) = default;
-    CResourceTask(CResourceTask&&) = default;
     CResourceTask& operator=(const CResourceTask&) = default;
-    CResourceTask& operator=(CResourceTask&&) = default;
     virtual ~CResourceTask() = default;
 
     const std::string& GetTaskId() const { return m_strTaskId; }

@@ -13,14 +13,13 @@
 #include "framework_service/node_status.h"
 
 /// One machine of the cluster: identity, address, roles, resources, and the types of the containers
-/// that run on it. A plain value; no lock.
+/// that run on it. A plain value; no lock. A move is a copy: address text and
+/// number never part.
 class CNode {
 public:
     CNode();
     CNode(const CNode&) = default;
-    CNode(CNode&&) = default;
     CNode& operator=(const CNode&) = default;
-    CNode& operator=(CNode&&) = default;
     virtual ~CNode() = default;
 
     const std::string& GetNodeId() const { return m_strNodeId; }

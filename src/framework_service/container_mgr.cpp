@@ -109,8 +109,8 @@ bool SortHighSpeedInfo(const HighSpeedDownLoadInfo& cHighSpeedDownLoadInfoA,
     return cHighSpeedDownLoadInfoA.uiFreeBrandwidth > cHighSpeedDownLoadInfoB.uiFreeBrandwidth;
 }
 
-// What callers hand in is copied before a lock is taken, and what is dropped goes after the lock: a
-// report waits for neither.
+// Long tables that callers hand in are copied before a lock is taken, and what is dropped goes after
+// the lock: a report waits for neither.
 
 int32_t CContainerMgr::Init(const ContainerMap& containerMap) {
     CContainerTable containerTable;
@@ -148,17 +148,15 @@ void CContainerMgr::GetAllContainer(ContainerMap& containerTable) {
 }
 
 int32_t CContainerMgr::AddContainer(const ContainerMap& containerMap) {
-    ContainerMap additions(containerMap);
     const MutexGuard guard(m_mutex);
     if (!guard.locked()) {
         return ORVA_FAIL;
     }
-    for (auto& [containerAddr, container] : additions) {
-        CContainer* const pKnown = m_containerTable.Edit(containerAddr);
-        if (pKnown == nullptr) {
-            m_containerTable.Insert(containerAddr, std::move(container));
+    for (const auto& [containerAddr, container] : containerMap) {
+        if (m_containerTable.Insert(containerAddr, container) != nullptr) {
             continue;
         }
+        CContainer* const pKnown = m_containerTable.Edit(containerAddr);
         pKnown->SetMemberStatus(CLUSTER_MEMBER_NORMAL);
         pKnown->SetOnline(true);
         pKnown->SetResTaskNeedUpdate(true);

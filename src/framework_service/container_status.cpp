@@ -1,1 +1,3 @@
 #include "framework_service/container_status.h"
+
+CContainerStatus::~CContainerStatus() = default;

@@ -103,15 +103,15 @@ void DelValidatedLinks(const CSnapshotTable<std::string, CNode>& oldNodes,
 }
 
 /// Puts a new container under the address. Null when there is one.
-CContainer* InsertNew(ContainerMap& containerMap, CContainerAddr containerAddr) {
+CContainer* InsertNew(ContainerMap& containerMap, const CContainerAddr& containerAddr) {
     const std::size_t uiBefore = containerMap.size();
-    const auto it = containerMap.try_emplace(containerMap.end(), std::move(containerAddr));
+    const auto it = containerMap.try_emplace(containerMap.end(), containerAddr);
     return containerMap.size() != uiBefore ? &it->second : nullptr;
 }
 
 CContainer* InsertNew(CSnapshotTable<CContainerAddr, CContainer>& containerTable,
-                      CContainerAddr containerAddr) {
-    return containerTable.Insert(std::move(containerAddr));
+                      const CContainerAddr& containerAddr) {
+    return containerTable.Insert(containerAddr);
 }
 
 /// The operation of that name for one container.

@@ -13,6 +13,18 @@ using namespace operation_log;
 
 CNodeMgr CNodeMgr::m_Instance;
 
+namespace {
+
+/// Puts the node under the key, in place of the one that is there.
+void PutNode(CSnapshotTable<std::string, CNode>& nodeTable, const std::string& strNodeId,
+             const CNode& node) {
+    if (nodeTable.Insert(strNodeId, node) == nullptr) {
+        *nodeTable.Edit(strNodeId) = node;
+    }
+}
+
+}  // namespace
+
 void CNodeMgr::RefreshSizeLocked() {
     m_uiSize = static_cast<unsigned int>(m_nodeTable.Size());
 }
@@ -20,9 +32,7 @@ void CNodeMgr::RefreshSizeLocked() {
 void CNodeMgr::Init(const std::list<CNode>& nodeList) {
     CNodeTable nodeTable;
     for (const CNode& node : nodeList) {
-        if (nodeTable.Insert(node.GetNodeId(), node) == nullptr) {
-            *nodeTable.Edit(node.GetNodeId()) = node;
-        }
+        PutNode(nodeTable, node.GetNodeId(), node);
     }
     const MutexGuard guard(m_mutex);
     if (guard.locked()) {
@@ -32,17 +42,12 @@ void CNodeMgr::Init(const std::list<CNode>& nodeList) {
 }
 
 void CNodeMgr::AddNode(const NodeMap& nodeMap) {
-    NodeMap nodes(nodeMap);  // takes what is replaced out of the lock
     const MutexGuard guard(m_mutex);
     if (!guard.locked()) {
         return;
     }
-    for (auto& [strNodeId, node] : nodes) {
-        if (CNode* const pKnown = m_nodeTable.Edit(strNodeId); pKnown != nullptr) {
-            std::swap(*pKnown, node);
-        } else {
-            m_nodeTable.Insert(strNodeId, std::move(node));
-        }
+    for (const auto& [strNodeId, node] : nodeMap) {
+        PutNode(m_nodeTable, strNodeId, node);
     }
     RefreshSizeLocked();
 }

@@ -1,1 +1,3 @@
 #include "framework_service/node_status.h"
+
+CNodeStatus::~CNodeStatus() = default;

@@ -100,7 +100,7 @@ public:
     /// Adds the key with its value and returns that, as Edit does; null, with nothing changed, when
     /// the table holds the key. Costs least for keys that come in order.
     template <typename... Args>
-    Value* Insert(Key key, Args&&... args) {
+    Value* Insert(const Key& key, Args&&... args) {
         CPlace place = PlaceOfNew(key);
         if (place.bTaken) {
             return nullptr;
@@ -115,7 +115,7 @@ public:
         }
         CRun& run = runs[place.uiRun].Edit();
         const auto it = run.emplace(At(run, place.uiEntry), std::piecewise_construct,
-                                    std::forward_as_tuple(std::move(key)),
+                                    std::forward_as_tuple(key),
                                     std::forward_as_tuple(std::forward<Args>(args)...));
         return &it->second;
     }

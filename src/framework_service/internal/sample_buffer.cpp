@@ -10,7 +10,7 @@ CSystemResource TakeSample(std::vector<CSystemResource>& samples, int32_t iSlot,
         samples.push_back(sample);
     }
     CSystemResource average;
-    CSystemResource::GetAvgSystemResource(samples, average);
+    average.GetAvgSystemResource(samples, average);
     return average;
 }
 
