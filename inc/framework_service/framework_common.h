@@ -168,6 +168,6 @@ private:
 
     static CFrameworkCGCommon m_instance;
 
-    CClusterCGInfoList m_clusterCGList;
-    HALD_Recursive_Thread_Mutex m_MutexCGInfo{nullptr, nullptr};
+    CClusterCGInfoList m_clusterCGList;                           ///< guarded by m_MutexCGInfo
+    HALD_Recursive_Thread_Mutex m_MutexCGInfo{nullptr, nullptr};  ///< held during store calls
 };

@@ -84,9 +84,10 @@ private:
 
     static CNodeMgr m_Instance;
 
-    CNodeTable m_nodeTable;
-    std::map<CContainerAddr, uint64_t> m_containerFaultShiftFailMap;
+    CNodeTable m_nodeTable;  ///< guarded by m_mutex
+    std::map<CContainerAddr, uint64_t>
+        m_containerFaultShiftFailMap;  ///< guarded by m_shiftStatusMutex
     HALD_Recursive_Thread_Mutex m_shiftStatusMutex{nullptr, nullptr};
     HALD_Recursive_Thread_Mutex m_mutex{nullptr, nullptr};
-    std::atomic<unsigned int> m_uiSize{0};  ///< the table's size, for readers without the lock
+    std::atomic<unsigned int> m_uiSize{0};  ///< the table's; atomic for GetSize, which has no lock
 };

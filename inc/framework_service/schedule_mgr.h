@@ -59,11 +59,14 @@ private:
 
     static CScheduleMgr m_instance;
 
-    // Atomic, since they are read without the lock under which they are written.
+    // Written under m_recMutex; atomic for their getters, which have no lock.
     std::atomic<unsigned long long> m_ullDecisionVerNum{0};
     std::atomic<unsigned long long> m_ullMasterVerNum{0};
-    HALD_Recursive_Thread_Mutex m_recMutex{nullptr, nullptr};
-    std::list<CContainerAddr> m_listShiftContianerAddr;
+    HALD_Recursive_Thread_Mutex m_recMutex{nullptr, nullptr};  ///< held during store calls
+    std::list<CContainerAddr> m_listShiftContianerAddr;        ///< guarded by m_containerMutex
     HALD_Recursive_Thread_Mutex m_containerMutex{nullptr, nullptr};
-    std::atomic<bool> m_bShifting{false};  ///< is the list not empty, for readers without its lock
+
+    /// Is the list not empty? Written under m_containerMutex; atomic for IsScheduling, which holds
+    /// the other.
+    std::atomic<bool> m_bShifting{false};
 };

@@ -41,61 +41,77 @@ bool Ask(HALD_Recursive_Thread_Mutex& mutex,
 constexpr time_t NUMERIC_HIGH_SPEED_EXPIRY = 30;
 constexpr char OPERATION_UPDATE_HIGH_SPEED[] = "UpdateHighSpeedNvrInfo";
 
-/// Where the two selections differ.
-struct Selection {
+/// What a selection says.
+struct CSelectionTexts {
     const char* pszOperation;
     const char* pszEmptyOnEntry;
     const char* pszEmptyAfterCleaning;
     const char* pszFound;
 };
 
-constexpr Selection HIGH_SPEED{"get high speed nvr code", "", "m_HighSpeedInfoList is empty",
-                               "find most free mpu_t"};
-constexpr Selection PIC_HIGH_SPEED{"get pic high speed nvr code", "m_PicHighSpeedInfoList is empty",
-                                   "m_PicHighSpeedInfoList is empty", "find most free pic mpu_t"};
+constexpr CSelectionTexts HIGH_SPEED{"get high speed nvr code", "", "m_HighSpeedInfoList is empty",
+                                     "find most free mpu_t"};
+constexpr CSelectionTexts PIC_HIGH_SPEED{
+    "get pic high speed nvr code", "m_PicHighSpeedInfoList is empty",
+    "m_PicHighSpeedInfoList is empty", "find most free pic mpu_t"};
+
+/// One of the two lists, with what a selection from it needs.
+struct CHighSpeedList {
+    const CSelectionTexts& texts;
+    HALD_Recursive_Thread_Mutex& mutex;
+    std::atomic<bool>& bFilled;  ///< follows infoList; asked before the mutex is taken
+    std::list<HighSpeedDownLoadInfo>& infoList;
+};
 
 /// Drops the entries that are out of date, and in silence those without any or with impossible
-/// bandwidth.
-void CleanHighSpeedList(const CPlacedText& operation, std::list<HighSpeedDownLoadInfo>& infoList) {
+/// bandwidth. The lines come last: a logger may select and report on its own.
+void CleanLocked(const CHighSpeedList& list, const CPlacedText& operation) {
     const time_t tNow = time(nullptr);
-    infoList.remove_if([&](const HighSpeedDownLoadInfo& info) {
-        if (tNow - info.tUpdateTime > NUMERIC_HIGH_SPEED_EXPIRY) {
+    const auto isExpired = [tNow](const HighSpeedDownLoadInfo& info) {
+        return tNow - info.tUpdateTime > NUMERIC_HIGH_SPEED_EXPIRY;
+    };
+    std::list<HighSpeedDownLoadInfo> dropped;
+    for (auto it = list.infoList.begin(); it != list.infoList.end();) {
+        const auto itInfo = it++;
+        if (isExpired(*itInfo) || itInfo->uiFreeBrandwidth == 0 ||
+            itInfo->uiFreeBrandwidth > itInfo->uiTotalBrandwidth) {
+            dropped.splice(dropped.end(), list.infoList, itInfo);
+        }
+    }
+    for (const HighSpeedDownLoadInfo& info : dropped) {
+        if (isExpired(info)) {
             LogFailure(operation, ORVA_FAIL,
                        "nvrCode:%s expire,expire time:%d,currentTime:%ld,updateTime:%ld",
                        info.strNvrCode.c_str(), static_cast<int>(NUMERIC_HIGH_SPEED_EXPIRY), tNow,
                        info.tUpdateTime);
-            return true;
         }
-        return info.uiFreeBrandwidth == 0 || info.uiFreeBrandwidth > info.uiTotalBrandwidth;
-    });
+    }
+    list.bFilled = !list.infoList.empty();
 }
 
-/// A selection from one list; bFilled follows the list and is asked before the lock is taken.
-int SelectHighSpeedNvr(const Selection& selection, HALD_Recursive_Thread_Mutex& mutex,
-                       std::atomic<bool>& bFilled, std::list<HighSpeedDownLoadInfo>& infoList,
-                       std::string& strNvrCode, int32_t iBitRate, CPlace place = CPlace::Here()) {
-    const CPlacedText operation(selection.pszOperation, place);
-    if (!bFilled) {
-        return LogFailure(operation, ORVA_FAIL, selection.pszEmptyOnEntry);
+int SelectHighSpeedNvr(const CHighSpeedList& list, std::string& strNvrCode, int32_t iBitRate,
+                       CPlace place = CPlace::Here()) {
+    const CPlacedText operation(list.texts.pszOperation, place);
+    if (!list.bFilled) {
+        return LogFailure(operation, ORVA_FAIL, list.texts.pszEmptyOnEntry);
     }
-    const MutexGuard guard(mutex);
+    const MutexGuard guard(list.mutex);
     if (!guard.locked()) {
         return ORVA_FAIL;
     }
-    CleanHighSpeedList(operation, infoList);
-    bFilled = !infoList.empty();
-    if (infoList.empty()) {
-        return LogFailure(operation, ORVA_FAIL, selection.pszEmptyAfterCleaning);
+    CleanLocked(list, operation);
+    if (list.infoList.empty()) {
+        return LogFailure(operation, ORVA_FAIL, list.texts.pszEmptyAfterCleaning);
     }
-    infoList.sort(SortHighSpeedInfo);
-    HighSpeedDownLoadInfo& head = infoList.front();
+    list.infoList.sort(SortHighSpeedInfo);
+    HighSpeedDownLoadInfo& head = list.infoList.front();
     const auto iNeed = static_cast<int32_t>(static_cast<uint32_t>(iBitRate) << 4);
     if (iNeed >= head.uiFreeBrandwidth) {
         return LogFailure(operation, ORVA_FAIL, "fail");
     }
     head.uiFreeBrandwidth = WrapSub(head.uiFreeBrandwidth, iNeed);
     strNvrCode = head.strNvrCode;
-    LogInfo({selection.pszFound, place},
+    LogInfo({list.texts.pszFound, place},
             "strNvrCode:%s,TotalBrandwidth:%u,UsedBrandwidth:%u,FreeBrandwidth:%u",
             strNvrCode.c_str(), head.uiTotalBrandwidth, head.uiUsedBrandwidth,
             head.uiFreeBrandwidth);
@@ -399,13 +415,14 @@ void CContainerMgr::UpdateHighSpeedInfoList(const std::string& strNvrCode,
 }
 
 int CContainerMgr::GetHighSpeedNvrCode(std::string& strNvrCode, int32_t BitRate) {
-    return SelectHighSpeedNvr(HIGH_SPEED, m_HighSpeedMutex, m_bHighSpeed, m_HighSpeedInfoList,
+    return SelectHighSpeedNvr({HIGH_SPEED, m_HighSpeedMutex, m_bHighSpeed, m_HighSpeedInfoList},
                               strNvrCode, BitRate);
 }
 
 int CContainerMgr::GetPicHighSpeedNvrCode(std::string& strNvrCode, int32_t BitRate) {
-    return SelectHighSpeedNvr(PIC_HIGH_SPEED, m_PicHighSpeedMutex, m_bPicHighSpeed,
-                              m_PicHighSpeedInfoList, strNvrCode, BitRate);
+    return SelectHighSpeedNvr(
+        {PIC_HIGH_SPEED, m_PicHighSpeedMutex, m_bPicHighSpeed, m_PicHighSpeedInfoList}, strNvrCode,
+        BitRate);
 }
 
 void CContainerMgr::SetUptadeFlag(const std::string& strServiceType, bool bFalg) {
