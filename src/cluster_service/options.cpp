@@ -6,9 +6,9 @@
 #include <iostream>
 #include <map>
 
-#include "command/documents.h"
 #include "command/exit_code.h"
 #include "command/open_store.h"
+#include "command/store_document.h"
 
 namespace {
 

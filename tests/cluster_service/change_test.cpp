@@ -1,7 +1,7 @@
 #include <filesystem>
 
 #include "command/cluster_text.h"
-#include "command/documents.h"
+#include "command/json_text.h"
 #include "framework_service/cluster_db_znode_info.h"
 #include "framework_service/cluster_znode_info.h"
 #include "service_fixture.h"

@@ -1,7 +1,7 @@
 #include <algorithm>
 #include <filesystem>
 
-#include "command/documents.h"
+#include "command/store_document.h"
 #include "command/whole_file.h"
 #include "service_fixture.h"
 

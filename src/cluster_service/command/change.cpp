@@ -9,9 +9,11 @@
 
 #include "command/cluster_text.h"
 #include "command/confirm.h"
-#include "command/documents.h"
 #include "command/exit_code.h"
+#include "command/json_text.h"
 #include "command/load.h"
+#include "command/store_document.h"
+#include "command/store_text.h"
 #include "framework_service/cluster_znode_info.h"
 #include "framework_service/framework_common.h"
 #include "framework_service/node_mgr.h"

@@ -12,10 +12,13 @@
 #include <vector>
 
 #include "command/cluster_text.h"
-#include "command/documents.h"
+#include "command/document_fault.h"
 #include "command/exit_code.h"
+#include "command/json_text.h"
 #include "command/load.h"
 #include "command/plugin_table.h"
+#include "command/store_document.h"
+#include "command/store_text.h"
 #include "command/table.h"
 #include "common_service/oper_common.h"
 #include "framework_service/cluster_cg_info.h"

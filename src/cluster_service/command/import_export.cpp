@@ -7,8 +7,10 @@
 #include <vector>
 
 #include "command/confirm.h"
-#include "command/documents.h"
+#include "command/document_fault.h"
 #include "command/exit_code.h"
+#include "command/store_document.h"
+#include "command/store_text.h"
 #include "command/whole_file.h"
 #include "reference_host/store.h"
 

@@ -3,7 +3,8 @@
 #include <filesystem>
 #include <string>
 
-#include "command/documents.h"
+#include "command/store_document.h"
+#include "command/store_text.h"
 #include "common_service/data/version_znode.h"
 #include "common_service/directory.h"
 #include "common_service/tarn_def.h"

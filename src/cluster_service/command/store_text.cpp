@@ -1,0 +1,32 @@
+#include "command/store_text.h"
+
+#include "command/text_document.h"
+#include "common_service/oper_common.h"
+#include "reference_host/store.h"
+
+CStoredText ReadFromStore(const CStoreDocument& document) {
+    CTextDocument text;
+    bool bDataEmpty = false;
+    CStoredText stored;
+    stored.iCode = COperCommon::GetDataFromZK(StorePath(document).c_str(), nullptr,
+                                              document.node.uiBufLen, &text, bDataEmpty);
+    if (stored.iCode == STORE_NODE_ABSENT) {
+        return {};
+    }
+    stored.bExists = stored.iCode == ORVA_SUCCEED;
+    stored.strText = text.GetText();
+    return stored;
+}
+
+int WriteToStore(const CStoreDocument& document, const std::string& strText) {
+    CTextDocument text(strText);
+    return COperCommon::SetDataToZK(StorePath(document).c_str(), document.node.uiBufLen, &text);
+}
+
+bool StoreAnswered(const CStoreDocument& document, int iCode, std::ostream& errors) {
+    if (iCode != ORVA_SUCCEED) {
+        errors << StorePath(document) << ": the store answered code " << iCode
+               << ", the log says why\n";
+    }
+    return iCode == ORVA_SUCCEED;
+}

@@ -1,0 +1,22 @@
+#pragma once
+
+#include <ostream>
+#include <string>
+
+#include "command/store_document.h"
+#include "common_service/tarn_def.h"
+
+/// What the store answered for a document.
+struct CStoredText {
+    int iCode = ORVA_SUCCEED;  ///< not 0 when the store failed
+    bool bExists = false;
+    std::string strText;
+};
+
+CStoredText ReadFromStore(const CStoreDocument& document);
+
+/// Writes the text as it stands. Returns 0, or a code with the store unchanged.
+int WriteToStore(const CStoreDocument& document, const std::string& strText);
+
+/// Says on the stream that the store failed with this code, unless it is 0. Is it?
+bool StoreAnswered(const CStoreDocument& document, int iCode, std::ostream& errors);
