@@ -44,10 +44,16 @@ int CallPlugin(const char* pszCall, const std::string& strLibName, std::string& 
     }
 }
 
-/// Opens a library and finds its entry point. Returns 0; or, logged, a code, with a library that
-/// has no entry point closed again.
-int Open(const std::string& strDllName, ACE_DLL& dll, void*& pEntryPoint, std::string& strFailure,
+/// Opens a library of the plug-in folder and finds its entry point. Returns 0; or, logged, a code,
+/// with a library that has no entry point closed again.
+int Open(const std::string& strLibName, ACE_DLL& dll, void*& pEntryPoint, std::string& strFailure,
          CPlace place = CPlace::Here()) {
+    std::string strFolder;
+    if (const int iRet = GetPluginFolder(strFolder); iRet != ORVA_SUCCEED) {
+        strFailure = "no library directory";
+        return LogFailure({"plugin info load library", place}, iRet, "get lib dir failed.");
+    }
+    const std::string strDllName = strFolder + "/" + strLibName;
     if (const int iRet = dll.open(strDllName.c_str(), RTLD_LAZY | RTLD_GLOBAL, true);
         iRet != ORVA_SUCCEED) {
         strFailure = ErrorText(dll);
@@ -107,13 +113,8 @@ int CPluginInfo::LoadLibrary() {
         m_strFailure = "no file name";
         return LogFailure(OPERATION_LOAD, ORVA_FAIL, "lib name is empty.");
     }
-    std::string strFolder;
-    if (const int iRet = GetPluginFolder(strFolder); iRet != ORVA_SUCCEED) {
-        m_strFailure = "no library directory";
-        return LogFailure("plugin info load library", iRet, "get lib dir failed.");
-    }
     void* pEntryPoint = nullptr;
-    if (const int iRet = Open(strFolder + "/" + m_strLibName, m_sdkDll, pEntryPoint, m_strFailure);
+    if (const int iRet = Open(m_strLibName, m_sdkDll, pEntryPoint, m_strFailure);
         iRet != ORVA_SUCCEED) {
         return iRet;
     }
