@@ -16,8 +16,8 @@ inline constexpr const char* STR_LOG_LEVEL[7] = {"EMERG",   "ALERT",  "CRIT", "E
                                                  "WARNING", "NOTICE", "INFO"};
 
 /// The log sink. Callable from any thread, also with a registry's mutex held: during a call it may
-/// read the registries, but neither add to them nor remove from them. The texts belong to the
-/// caller and live only during the call. A line that was logged is on its way on return.
+/// read the registries and change them. The texts belong to the caller and live only during the
+/// call. A line that was logged is on its way on return.
 class [[gnu::visibility("default")]] Logger {
 public:
     virtual ~Logger() = default;

@@ -72,7 +72,7 @@ public:
     std::map<std::string, CloudStorageInfo> GetCloudStorageInfoMap() const;
 
 private:
-    friend class CFrameworkCommon;
+    friend class CFrameworkInternal;
 
     /// The two above, which clear the flag when an integer has another form than ToJson gives it.
     int32_t ParseNodeJson(const Json::Value& nodeJson, ORVA_CLOUD_STORAGE_ALLOC_INFO& nodeInfo,

@@ -67,7 +67,7 @@ public:
     void SetClusterForwardType(int iForwardType) { m_iClusterForwardType = iForwardType; }
 
 private:
-    friend class CFrameworkCommon;
+    friend class CFrameworkInternal;
 
     std::string m_strClusterName;
     std::string m_strClusterRemark;

@@ -1,6 +1,5 @@
 #pragma once
 
-#include <cstddef>
 #include <cstdint>
 #include <ctime>
 #include <list>
@@ -176,7 +175,8 @@ public:
     void AddDiskToLastestResource(int32_t iDisk);
     void DelDiskToLastestResource(int32_t iDisk);
 
-    /// Stable sorts.
+    /// Stable sorts. The caller's comparison finds the table as it was; what it adds stands behind
+    /// what was sorted, and what it takes out is gone.
     void SortTaskTableByDisk();
     void SortTaskTableByNet();
     void SortTaskTableByPrivateFunc(TaskCompareFunc pFunc);
@@ -236,26 +236,7 @@ public:
     /// @}
 
 private:
-    friend class CContainerMgr;
-
-    using CTaskTable = CCopyOnWrite<std::list<CResourceTask>>;
-
-    /// A reported task table, made ready before the container's lock is taken.
-    struct CTaskReport {
-        explicit CTaskReport(std::list<CResourceTask> resTaskTable);
-
-        CTaskTable taskTable;
-        int32_t iTotalNet;
-    };
-
-    /// SetResourceTask by swapping: the report leaves with the former table.
-    void TakeReport(CTaskReport& report, int iMsgType);
-
-    /// AddResourceTask by moving the tasks out of the argument.
-    void TakeTasks(std::list<CResourceTask>& tasks);
-
-    /// RemoveResourceTask by moving the tasks behind what the argument holds.
-    void TakeOutTasks(const std::list<std::string>& taskIdList, std::list<CResourceTask>& removed);
+    friend class CFrameworkInternal;
 
     /// What only a cloud storage container has.
     struct CCloudStorage {
@@ -269,12 +250,11 @@ private:
         CCopyOnWrite<std::list<ORVA_CLOUD_STORAGE_ALLOC_INFO>> allocInfoList;
     };
 
-    /// The newest sample's place in the ring, and its disk figure; there must be one.
-    std::size_t NewestSample() const;
+    /// The disk figure of the newest sample; there must be one.
     int32_t NewestDisk() const;
-    void SetNewestDisk(int32_t iDisk);
 
-    void ReadCloudStorageFigures(const CResourceTask& task);
+    /// Sets it, and the disk ratio; without a sample nothing happens.
+    void SetNewestDisk(int32_t iDisk);
 
     // What a search asks of many containers comes first.
     std::string m_strContainerType;
@@ -298,7 +278,7 @@ private:
     int32_t m_iMsgType = 0;
     int32_t m_iLowPriStoreDay = 0;
     uint32_t m_uiCount = 0;
-    CTaskTable m_taskTable;
+    CCopyOnWrite<std::list<CResourceTask>> m_taskTable;
     CCopyOnWrite<KeyValueMap> m_privateInfo;
     CCopyOnWrite<KeyFloatValueMap> m_floatPrivateInfo;
     CCopyOnWrite<CCloudStorage> m_cloudStorage;

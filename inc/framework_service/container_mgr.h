@@ -39,6 +39,11 @@ bool SortHighSpeedInfo(const HighSpeedDownLoadInfo& cHighSpeedDownLoadInfoA,
 /// one under the lock. Containers are held by value and handed out as copies. A container that is
 /// unknown by CContainerAddr's order is logged, or passed over in silence where it says so; a
 /// lock that cannot be had is never logged.
+///
+/// What the host does on this thread while an operation calls it (a line, a conversion, the store)
+/// happens in between: other containers stand as it leaves them, of the one at work each field
+/// keeps what was written last, and what is left to do to one that it removes or replaces goes
+/// nowhere.
 class CContainerMgr {
 public:
     static CContainerMgr& Instance() { return m_Instance; }
@@ -166,32 +171,40 @@ public:
     void SetUptadeFlag(const std::string& strServiceType, bool bFalg);
 
 private:
-    friend class CFrameworkCommon;
+    friend class CFrameworkInternal;
 
     using CContainerTable = CSnapshotTable<CContainerAddr, CContainer>;
 
     CContainerMgr() = default;
 
+    class CChange;
+
     /// False without the lock.
     bool ReplaceTable(CContainerTable containerTable);
 
     /// SetResourceTask with tasks that are given away.
-    void SetResourceTask(const CContainerAddr& containerAddr, int iMsgType,
-                         std::list<CResourceTask>&& taskTable);
+    void TakeResourceTask(const CContainerAddr& containerAddr, std::list<CResourceTask> taskTable,
+                          int iMsgType);
+
+    /// Ends the changes under way of containers that have left the table.
+    template <typename Predicate>
+    void EndChangesLocked(const Predicate& isGone);
 
     /// The table as it is now; nothing without the lock.
     std::optional<CContainerTable> Snapshot();
 
     static CContainerMgr m_Instance;
 
-    CContainerTable m_containerTable;
+    CContainerTable m_containerTable;  ///< guarded by m_mutex
+    CChange* m_pChanges = nullptr;     ///< under way, innermost first; guarded by m_mutex
     HALD_Recursive_Thread_Mutex m_mutex{nullptr, nullptr};
-    HALD_Recursive_Thread_Mutex m_HighSpeedMutex{nullptr, nullptr};
-    std::list<HighSpeedDownLoadInfo> m_HighSpeedInfoList;
-    HALD_Recursive_Thread_Mutex m_PicHighSpeedMutex{nullptr, nullptr};
-    std::list<HighSpeedDownLoadInfo> m_PicHighSpeedInfoList;
 
-    // Are the lists not empty? For selections, which ask before they lock.
+    HALD_Recursive_Thread_Mutex m_HighSpeedMutex{nullptr, nullptr};  ///< before the other
+    std::list<HighSpeedDownLoadInfo> m_HighSpeedInfoList;  ///< guarded by m_HighSpeedMutex
+    HALD_Recursive_Thread_Mutex m_PicHighSpeedMutex{nullptr, nullptr};
+    std::list<HighSpeedDownLoadInfo> m_PicHighSpeedInfoList;  ///< guarded by m_PicHighSpeedMutex
+
+    // Are the lists not empty? Written under their locks; atomic for selections, which ask first.
     std::atomic<bool> m_bHighSpeed{false};
     std::atomic<bool> m_bPicHighSpeed{false};
 };

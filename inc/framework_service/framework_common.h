@@ -105,14 +105,10 @@ public:
 private:
     CFrameworkCommon() = default;
 
-    /// The operation of that name on a map, and the same on the registry's own table.
-    template <typename Table>
-    int GenContainerTable(const std::list<CNode>& nodeList, Table& containerTable);
-
     int RemoveNodeContainer(const std::string& strNodeId, const std::string& strContainerType,
                             uint32_t& uiContainerNumLeft);
-    int AddCloudStorageContainer(std::map<std::string, CloudStorageInfo>&& CloudStorageMap);
-    void CloudStorageInfoToResTask(CloudStorageInfo&& CloudStorage,
+    int AddCloudStorageContainer(const std::map<std::string, CloudStorageInfo>& CloudStorageMap);
+    void CloudStorageInfoToResTask(const CloudStorageInfo& CloudStorage,
                                    std::list<CResourceTask>& resTaskList);
 
     static CFrameworkCommon m_instance;

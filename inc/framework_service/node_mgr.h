@@ -71,7 +71,7 @@ public:
     /// @}
 
 private:
-    friend class CFrameworkCommon;
+    friend class CFrameworkInternal;
 
     using CNodeTable = CSnapshotTable<std::string, CNode>;
 

@@ -64,8 +64,7 @@ public:
     void GetAllocInfoList(std::list<ORVA_CLOUD_STORAGE_ALLOC_INFO>& allocInfoList) const;
 
 private:
-    friend class CContainer;
-    friend class CFrameworkCommon;
+    friend class CFrameworkInternal;
 
     std::string m_strTaskId;
     std::string m_strTaskName;

@@ -1,7 +1,5 @@
 #pragma once
 
-#include <json/forwards.h>
-
 #include <cstdint>
 #include <ctime>
 #include <list>
@@ -65,8 +63,7 @@ public:
     void SetContainerList(const std::list<std::string>& containerList);
 
 private:
-    friend class CFrameworkCommon;
-    friend int ParseNodeJson(const Json::Value& nodeJson, CNode& node);
+    friend class CFrameworkInternal;
 
     // What a search asks of many nodes comes first.
     int m_iMemberStatus = CLUSTER_MEMBER_NORMAL;

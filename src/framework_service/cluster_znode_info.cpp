@@ -5,6 +5,7 @@
 #include <string_view>
 #include <utility>
 
+#include "internal/framework_internal.h"
 #include "internal/json_text.h"
 #include "internal/null_pointer.h"
 #include "operation_log/operation_log.h"
@@ -87,7 +88,7 @@ int ParseNodeJson(const Json::Value& nodeJson, CNode& node) {
                                 {PSZ_NODE_ROLE, iNodeRole},
                                 {PSZ_NODE_STATUS, strStatus},
                                 {PSZ_NODE_DOMAIN_ROLE, iDomainRole}}) ||
-        !ReadContainerTypes(nodeJson, node.m_containerList)) {
+        !ReadContainerTypes(nodeJson, CFrameworkInternal::ContainerTypes(node))) {
         return LogFailure(OPERATION, ORVA_DATA_INVALID, "node id or node name is null or illegal.");
     }
     node.SetNodeId(strNodeId);

@@ -1,7 +1,6 @@
 #include "framework_service/container.h"
 
 #include <algorithm>
-#include <cstddef>
 #include <limits>
 #include <set>
 #include <string_view>
@@ -9,7 +8,7 @@
 
 #include "common_service/tarn_def.h"
 #include "common_service/tool_help.h"
-#include "framework_service/cluster_cloud_storage_znode_info.h"
+#include "internal/framework_internal.h"
 #include "internal/key_values.h"
 #include "internal/sample_buffer.h"
 #include "internal/store.h"
@@ -30,6 +29,8 @@ bool CompareTaskByNet(const CResourceTask& t1, const CResourceTask& t2) {
 namespace {
 
 constexpr char SERVICE_TYPE_MPU_R[] = "MPU-R";
+constexpr char CALC_CLOUD_STORAGE_INFO[] = "CalcCloudStorageInfo";
+constexpr char SAVE_CLOUD_STORAGE_REPORT_INFO[] = "SaveCloudStorageReportInfoToZK";
 
 int32_t AddPositive(int32_t iTotal, int32_t iValue) {
     return iValue >= 1 ? WrapAdd(iTotal, iValue) : iTotal;
@@ -56,6 +57,18 @@ auto HasId(const std::string& strTaskId) {
     return [&strTaskId](const CResourceTask& task) { return task.GetTaskId() == strTaskId; };
 }
 
+/// Brings the tasks of the table into the order of their ids in the other, ahead of the rest.
+void ArrangeAs(const std::list<CResourceTask>& order, std::list<CResourceTask>& taskTable) {
+    std::list<CResourceTask> arranged;
+    for (const CResourceTask& task : order) {
+        const auto it = FindTask(taskTable, HasId(task.GetTaskId()));
+        if (it != taskTable.end()) {
+            arranged.splice(arranged.end(), taskTable, it);
+        }
+    }
+    taskTable.splice(taskTable.begin(), arranged);
+}
+
 }  // namespace
 
 CContainer::CContainer() : m_tLastReportTime(time(nullptr)) {}
@@ -70,20 +83,18 @@ void CContainer::SetTotalResource(const CSystemResource& systemResource) {
 void CContainer::SetCurResource(const CSystemResource& systemResource) {
     CalcDiskRatio(GetTotalDisk(), systemResource.GetDisk());
     m_status.SetCurSysResource(TakeSample(m_statusVector.Edit(), m_iCurStatusPos, systemResource));
-    m_iCurStatusPos = (m_iCurStatusPos + 1) % NUMERIC_SAMPLES;
-}
-
-std::size_t CContainer::NewestSample() const {
-    return static_cast<std::size_t>((m_iCurStatusPos + NUMERIC_SAMPLES - 1) % NUMERIC_SAMPLES);
+    m_iCurStatusPos = NextSlot(m_iCurStatusPos);
 }
 
 int32_t CContainer::NewestDisk() const {
-    return (*m_statusVector)[NewestSample()].GetDisk();
+    return (*m_statusVector)[NewestSlot(m_iCurStatusPos)].GetDisk();
 }
 
 void CContainer::SetNewestDisk(int32_t iDisk) {
-    m_statusVector.Edit()[NewestSample()].SetDisk(iDisk);
-    CalcDiskRatio(GetTotalDisk(), iDisk);
+    if (!m_statusVector->empty()) {
+        m_statusVector.Edit()[NewestSlot(m_iCurStatusPos)].SetDisk(iDisk);
+        CalcDiskRatio(GetTotalDisk(), iDisk);
+    }
 }
 
 int32_t CContainer::GetCurResourceByType(RESOURCE_TYPE eType) const {
@@ -130,14 +141,18 @@ void CContainer::GetProcessState(std::map<std::string, int>& processTable) const
 }
 
 bool CContainer::IsProcessRunning() const {
-    for (const auto& [strProcess, iState] : *m_processTable) {
-        if (iState != PROCESS_STATE_RUNNING) {
-            LogInfo("", "containerType=%s nodeId=%s process=%s stopped.",
-                    m_strContainerType.c_str(), m_strNodeId.c_str(), strProcess.c_str());
-            return false;
-        }
+    const auto isStopped = [](const auto& process) {
+        return process.second != PROCESS_STATE_RUNNING;
+    };
+    const auto it = std::find_if(m_processTable->begin(), m_processTable->end(), isStopped);
+    if (it == m_processTable->end()) {
+        return true;
     }
-    return true;
+    // The copy holds what the line says: the logger may change this container, or remove it.
+    const CContainer stopped(*this);
+    LogInfo("", "containerType=%s nodeId=%s process=%s stopped.",
+            stopped.m_strContainerType.c_str(), stopped.m_strNodeId.c_str(), it->first.c_str());
+    return false;
 }
 
 int CContainer::InsertSingleKeyValue(const std::string& strKey, const std::string& strValue) {
@@ -189,24 +204,30 @@ void CContainer::SetExtParam(const KeyValueMap& privateInfo) {
     m_privateInfo = privateInfo;
 }
 
-CContainer::CTaskReport::CTaskReport(std::list<CResourceTask> resTaskTable)
+CFrameworkInternal::CTaskReport::CTaskReport(std::list<CResourceTask> resTaskTable)
     : taskTable(std::move(resTaskTable)), iTotalNet(SumNet(*taskTable)) {}
 
 void CContainer::SetResourceTask(const std::list<CResourceTask>& resTaskTable, int iMsgType) {
-    CTaskReport report(resTaskTable);
-    TakeReport(report, iMsgType);
+    CFrameworkInternal::CTaskReport report(resTaskTable);
+    CFrameworkInternal::TakeReport(*this, report, iMsgType, [this] { return this; });
 }
 
-void CContainer::TakeReport(CTaskReport& report, int iMsgType) {
-    std::swap(m_taskTable, report.taskTable);
-    m_iTaskTotalNet = report.iTotalNet;
-    if (m_strContainerType == CONTAINER_TYPE_CLOUD_STORAGE) {
-        CalcCloudStorageInfo(iMsgType);
+void CFrameworkInternal::TakeReport(CContainer& container, CTaskReport& report, int iMsgType,
+                                    const ContainerFinder& find) {
+    std::swap(container.m_taskTable, report.taskTable);
+    container.m_iTaskTotalNet = report.iTotalNet;
+    CContainer* pContainer = &container;
+    if (container.m_strContainerType == CONTAINER_TYPE_CLOUD_STORAGE) {
+        CalcCloudStorage(CTaskTable(container.m_taskTable), iMsgType, find);
+        pContainer = find();
     }
-    if (m_uiCount != 0) {
-        m_bNeedUpdate = false;
+    if (pContainer == nullptr) {
+        return;
+    }
+    if (pContainer->m_uiCount != 0) {
+        pContainer->m_bNeedUpdate = false;
     } else {
-        m_uiCount = 1;
+        pContainer->m_uiCount = 1;
     }
 }
 
@@ -216,31 +237,32 @@ void CContainer::GetResoureTask(std::list<CResourceTask>& resTaskList) const {
 
 void CContainer::AddResourceTask(const std::list<CResourceTask>& resTaskList) {
     std::list<CResourceTask> tasks(resTaskList);
-    TakeTasks(tasks);
+    CFrameworkInternal::TakeTasks(*this, tasks);
 }
 
-void CContainer::TakeTasks(std::list<CResourceTask>& tasks) {
+void CFrameworkInternal::TakeTasks(CContainer& container, std::list<CResourceTask>& tasks) {
     for (const CResourceTask& task : tasks) {
-        AddTaskDisk(task.GetDisk());
-        AddTaskNet(task.GetNet());
+        container.AddTaskDisk(task.GetDisk());
+        container.AddTaskNet(task.GetNet());
     }
-    std::list<CResourceTask>& taskTable = m_taskTable.Edit();
+    std::list<CResourceTask>& taskTable = container.m_taskTable.Edit();
     taskTable.splice(taskTable.end(), tasks);
 }
 
 void CContainer::RemoveResourceTask(const std::list<std::string>& taskIdList) {
     std::list<CResourceTask> removed;
-    TakeOutTasks(taskIdList, removed);
+    CFrameworkInternal::TakeOutTasks(*this, taskIdList, removed);
 }
 
-void CContainer::TakeOutTasks(const std::list<std::string>& taskIdList,
-                              std::list<CResourceTask>& removed) {
+void CFrameworkInternal::TakeOutTasks(CContainer& container,
+                                      const std::list<std::string>& taskIdList,
+                                      std::list<CResourceTask>& removed) {
     const std::set<std::string_view> ids(taskIdList.begin(), taskIdList.end());
     const auto isListed = [&ids](const CResourceTask& task) {
         return ids.count(task.GetTaskId()) != 0;
     };
-    if (FindTask(*m_taskTable, isListed) != m_taskTable->end()) {
-        std::list<CResourceTask>& taskTable = m_taskTable.Edit();
+    if (FindTask(*container.m_taskTable, isListed) != container.m_taskTable->end()) {
+        std::list<CResourceTask>& taskTable = container.m_taskTable.Edit();
         for (auto it = taskTable.begin(); it != taskTable.end();) {
             const auto itTask = it++;
             if (isListed(*itTask)) {
@@ -248,7 +270,7 @@ void CContainer::TakeOutTasks(const std::list<std::string>& taskIdList,
             }
         }
     }
-    CalcTaskTotalNet();
+    container.CalcTaskTotalNet();
 }
 
 int CContainer::AddTask(const CResourceTask& resTask) {
@@ -322,7 +344,15 @@ void CContainer::SortTaskTableByNet() {
 }
 
 void CContainer::SortTaskTableByPrivateFunc(TaskCompareFunc pFunc) {
-    m_taskTable.Edit().sort(pFunc);
+    const CFrameworkInternal::CTaskTable former(m_taskTable);
+    std::list<CResourceTask> sorted(*former);
+    sorted.sort(pFunc);
+    const bool bChanged = &*m_taskTable != &*former;
+    if (bChanged) {
+        ArrangeAs(sorted, m_taskTable.Edit());
+    } else {
+        m_taskTable = std::move(sorted);
+    }
 }
 
 int CContainer::GetFirstTask(CResourceTask& resTask) const {
@@ -363,8 +393,10 @@ int CContainer::GetFirstScheduleableTask(CResourceTask& resTask, bool bCnt, bool
         }
         return !strKey.empty() && isMarked(task);
     };
-    const auto it = FindTask(*m_taskTable, isScheduleable);
-    if (it == m_taskTable->end()) {
+    // Held: a key that a task lacks is logged, and the logger may change this container.
+    const CFrameworkInternal::CTaskTable taskTable(m_taskTable);
+    const auto it = FindTask(*taskTable, isScheduleable);
+    if (it == taskTable->end()) {
         return LogFailure("container get first scheduleable task", ORVA_FAIL,
                           "container have no scheduleable task.");
     }
@@ -373,43 +405,65 @@ int CContainer::GetFirstScheduleableTask(CResourceTask& resTask, bool bCnt, bool
 }
 
 void CContainer::CalcCloudStorageInfo(int iMsgType) {
-    for (const CResourceTask& task : *m_taskTable) {
+    const CFrameworkInternal::CTaskTable taskTable(m_taskTable);
+    CFrameworkInternal::CalcCloudStorage(taskTable, iMsgType, [this] { return this; });
+}
+
+void CFrameworkInternal::CalcCloudStorage(const CTaskTable& taskTable, int iMsgType,
+                                          const ContainerFinder& find) {
+    for (const CResourceTask& task : *taskTable) {
         if (iMsgType != ALLOC_CLOUD_STORAGE_NOTIFY_RSP) {
-            ReadCloudStorageFigures(task);
-            LogTrace(
-                "CContainer:m_iReqStorage:%d,m_iBitRate:%d,m_iReqPicStorage:%d,"
-                "m_bUpdateFlag:%d.",
-                m_cloudStorage->iReqStorage, m_cloudStorage->iBitRate,
-                m_cloudStorage->iReqPicStorage, m_cloudStorage->bUpdateFlag);
+            TakeFigures(task, find);
         }
-        m_cloudStorage.Edit().allocInfoList = task.m_allocInfoList;
+        CContainer* const pContainer = find();
+        if (pContainer == nullptr) {
+            return;
+        }
+        pContainer->m_cloudStorage.Edit().allocInfoList = task.m_allocInfoList;
         for (const ORVA_CLOUD_STORAGE_ALLOC_INFO& allocInfo : *task.m_allocInfoList) {
-            LogTrace("CContainer:CloudStorageCode:%s,AllocStorage:%d.",
+            LogTrace({"CContainer:CloudStorageCode:%s,AllocStorage:%d.",
+                      CPlace::Of(CALC_CLOUD_STORAGE_INFO)},
                      allocInfo.cloudStorageCode.c_str(), allocInfo.allocStorage);
         }
     }
 }
 
-void CContainer::ReadCloudStorageFigures(const CResourceTask& task) {
+void CFrameworkInternal::TakeFigures(const CResourceTask& task, const ContainerFinder& find) {
+    using CCloudStorage = CContainer::CCloudStorage;
+    static constexpr std::pair<const char*, std::string CCloudStorage::*> TEXTS[] = {
+        {PSZ_TASK_PRODUCT_TYPE, &CCloudStorage::strProductType},
+        {PSZ_TASK_SERVICE_TYPE, &CCloudStorage::strServiceType}};
+    static constexpr std::pair<const char*, int32_t CCloudStorage::*> NUMBERS[] = {
+        {PSZ_TASK_REQ_STORAGE, &CCloudStorage::iReqStorage},
+        {PSZ_TASK_REQ_PIC_STORAGE, &CCloudStorage::iReqPicStorage},
+        {PSZ_TASK_LOW_PRI_BIT_RATE, &CCloudStorage::iBitRate},
+        {PSZ_TASK_TRAN_BAND_WIDTH, &CCloudStorage::iTranBandWidth}};
+    const auto put = [&find](auto pField, const auto& value) {
+        if (CContainer* const pContainer = find(); pContainer != nullptr) {
+            pContainer->m_cloudStorage.Edit().*pField = value;
+        }
+    };
     // One text for all keys: a key that the task lacks leaves that of the key before it.
     std::string strValue;
-    const auto readText = [&task, &strValue](const char* pszKey) -> const std::string& {
+    for (const auto& [pszKey, pText] : TEXTS) {
         task.GetValueByKey(pszKey, strValue);
-        return strValue;
-    };
-    const auto readNumber = [&readText](const char* pszKey) {
-        return HALD::CToolHelp::StrToInt(readText(pszKey), false);
-    };
-    // Unshared for each figure anew: a missing key is logged, and a logger may copy the container.
-    m_cloudStorage.Edit().strProductType = readText(PSZ_TASK_PRODUCT_TYPE);
-    m_cloudStorage.Edit().strServiceType = readText(PSZ_TASK_SERVICE_TYPE);
-    m_cloudStorage.Edit().iReqStorage = readNumber(PSZ_TASK_REQ_STORAGE);
-    m_cloudStorage.Edit().iReqPicStorage = readNumber(PSZ_TASK_REQ_PIC_STORAGE);
-    m_cloudStorage.Edit().iBitRate = readNumber(PSZ_TASK_LOW_PRI_BIT_RATE);
-    m_cloudStorage.Edit().iTranBandWidth = readNumber(PSZ_TASK_TRAN_BAND_WIDTH);
-    if (m_cloudStorage->strServiceType == SERVICE_TYPE_MPU_R) {
-        m_cloudStorage.Edit().bUpdateFlag = true;
+        put(pText, strValue);
     }
+    for (const auto& [pszKey, pNumber] : NUMBERS) {
+        task.GetValueByKey(pszKey, strValue);
+        put(pNumber, HALD::CToolHelp::StrToInt(strValue, false));
+    }
+    CContainer* const pContainer = find();
+    if (pContainer == nullptr) {
+        return;
+    }
+    if (ServiceType(*pContainer) == SERVICE_TYPE_MPU_R) {
+        pContainer->SetUptadeFlag(true);
+    }
+    const CCloudStorage& figures = *pContainer->m_cloudStorage;
+    LogTrace({"CContainer:m_iReqStorage:%d,m_iBitRate:%d,m_iReqPicStorage:%d,m_bUpdateFlag:%d.",
+              CPlace::Of(CALC_CLOUD_STORAGE_INFO)},
+             figures.iReqStorage, figures.iBitRate, figures.iReqPicStorage, figures.bUpdateFlag);
 }
 
 void CContainer::SaveDataToZK() {
@@ -419,28 +473,37 @@ void CContainer::SaveDataToZK() {
 }
 
 void CContainer::SaveCloudStorageReportInfoToZK() {
+    CFrameworkInternal::SaveCloudStorage([this] { return this; });
+}
+
+void CFrameworkInternal::SaveCloudStorage(const ConstContainerFinder& find) {
+    const CContainer before(*find());
     CClusterCloudStorageZNodeInfo document;
     bool bDataEmpty = true;
     const int iRead = ReadStore(STORE_NODE_CLOUD_STORAGE, EWatch::NO, document, bDataEmpty);
     if (iRead != ORVA_SUCCEED && !bDataEmpty) {
-        LogFailure("GetDataFromZK", iRead,
+        LogFailure({"GetDataFromZK", CPlace::Of(SAVE_CLOUD_STORAGE_REPORT_INFO)}, iRead,
                    "get cloud storage info from zk fail. nodeId: %s  cType: %s",
-                   m_strNodeId.c_str(), m_strContainerType.c_str());
+                   before.m_strNodeId.c_str(), before.m_strContainerType.c_str());
     }
+    const CContainer* const pContainer = find();
+    const CContainer container(pContainer != nullptr ? *pContainer : before);
+    const CContainer::CCloudStorage& figures = *container.m_cloudStorage;
     CloudStorageInfo info;
-    info.strProductType = m_cloudStorage->strProductType;
-    info.strServiceType = m_cloudStorage->strServiceType;
-    info.iReqStorage = m_cloudStorage->iReqStorage;
-    info.iReqPicStorage = m_cloudStorage->iReqPicStorage;
-    info.iLowPriorityBitRate = m_cloudStorage->iBitRate;
-    info.allocInfo = *m_cloudStorage->allocInfoList;
-    LogInfo("save cloud storage report info to zk", "alloc info list=%d",
-            static_cast<int>(info.allocInfo.size()));
-    document.SetCloudStorageInfo(m_strNodeId, info);
+    info.strProductType = figures.strProductType;
+    info.strServiceType = figures.strServiceType;
+    info.iReqStorage = figures.iReqStorage;
+    info.iReqPicStorage = figures.iReqPicStorage;
+    info.iLowPriorityBitRate = figures.iBitRate;
+    info.allocInfo = *figures.allocInfoList;
+    LogInfo({"save cloud storage report info to zk", CPlace::Of(SAVE_CLOUD_STORAGE_REPORT_INFO)},
+            "alloc info list=%d", static_cast<int>(info.allocInfo.size()));
+    document.SetCloudStorageInfo(container.m_strNodeId, info);
     const int iWritten = WriteStore(STORE_NODE_CLOUD_STORAGE, document);
     if (iWritten != ORVA_SUCCEED) {
-        LogFailure("init cluster session, on successful response", iWritten,
-                   "set cloud storage info to zk fail.");
+        LogFailure({"init cluster session, on successful response",
+                    CPlace::Of(SAVE_CLOUD_STORAGE_REPORT_INFO)},
+                   iWritten, "set cloud storage info to zk fail.");
     }
 }
 

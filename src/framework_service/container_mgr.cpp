@@ -4,6 +4,7 @@
 #include <utility>
 
 #include "common_service/tarn_def.h"
+#include "internal/framework_internal.h"
 #include "internal/registry.h"
 #include "internal/wrap.h"
 #include "operation_log/operation_log.h"
@@ -19,12 +20,18 @@ constexpr char MESSAGE_CODE[] = "find container failed, code[%s:%s]";
 constexpr char MESSAGE_CONTAINER_ID[] = "find container failed, node id=%s container id=%s";
 constexpr char MESSAGE_CONTAINER_TYPE[] = "find container failed, node id=%s container type=%s";
 
-void ReportUnknown(ELookup eLookup, const CPlacedText& operation, int iCode, const char* pszMessage,
+/// Writes that there is no such container.
+auto ReportUnknown(const CPlacedText& operation, int iCode, const char* pszMessage,
                    const CContainerAddr& containerAddr) {
-    if (eLookup == ELookup::UNKNOWN) {
+    return [=, &containerAddr] {
         LogFailure(operation, iCode, pszMessage, containerAddr.GetNodeId().c_str(),
                    containerAddr.GetContainerType().c_str());
-    }
+    };
+}
+
+/// What a container calls itself, for a line: the logger may take the container itself away.
+CContainerAddr NamesOf(const CContainer& container) {
+    return {container.GetNodeId(), container.GetContainerType()};
 }
 
 /// The container's answer to a question; false for an unknown container.
@@ -125,8 +132,41 @@ bool SortHighSpeedInfo(const HighSpeedDownLoadInfo& cHighSpeedDownLoadInfoA,
     return cHighSpeedDownLoadInfoA.uiFreeBrandwidth > cHighSpeedDownLoadInfoB.uiFreeBrandwidth;
 }
 
-// Long tables that callers hand in are copied before a lock is taken, and what is dropped goes after
-// the lock: a report waits for neither.
+/// A container that is changed with calls to the host in between, which may come back on this
+/// thread and change the table. Lives with m_mutex held.
+class CContainerMgr::CChange {
+public:
+    CChange(CContainerMgr& mgr, const CContainerAddr& containerAddr)
+        : m_mgr(mgr),
+          m_containerAddr(containerAddr),
+          m_pOuter(std::exchange(mgr.m_pChanges, this)) {}
+    CChange(const CChange&) = delete;
+    CChange& operator=(const CChange&) = delete;
+    ~CChange() { m_mgr.m_pChanges = m_pOuter; }
+
+    /// The container as it stands now, until the next call. Null once it was taken out of the
+    /// table, whatever stands under its address since.
+    CContainer* Find() const {
+        return m_bEnded ? nullptr : m_mgr.m_containerTable.Edit(m_containerAddr);
+    }
+
+    void EndIf(bool bGone) { m_bEnded = m_bEnded || bGone; }
+
+    bool IsOf(const CContainerAddr& containerAddr) const {
+        return !(m_containerAddr < containerAddr) && !(containerAddr < m_containerAddr);
+    }
+
+    CChange* Outer() const { return m_pOuter; }
+
+private:
+    CContainerMgr& m_mgr;
+    const CContainerAddr& m_containerAddr;
+    CChange* const m_pOuter;
+    bool m_bEnded = false;
+};
+
+// Long tables that callers hand in are copied before a lock is taken, and what is dropped goes
+// after the lock: a report waits for neither.
 
 int32_t CContainerMgr::Init(const ContainerMap& containerMap) {
     CContainerTable containerTable;
@@ -136,10 +176,18 @@ int32_t CContainerMgr::Init(const ContainerMap& containerMap) {
     return ReplaceTable(std::move(containerTable)) ? ORVA_SUCCEED : ORVA_FAIL;
 }
 
+template <typename Predicate>
+void CContainerMgr::EndChangesLocked(const Predicate& isGone) {
+    for (CChange* pChange = m_pChanges; pChange != nullptr; pChange = pChange->Outer()) {
+        pChange->EndIf(isGone(*pChange));
+    }
+}
+
 bool CContainerMgr::ReplaceTable(CContainerTable containerTable) {
     const MutexGuard guard(m_mutex);
     if (guard.locked()) {
         std::swap(m_containerTable, containerTable);
+        EndChangesLocked([](const CChange&) { return true; });
     }
     return guard.locked();
 }
@@ -187,22 +235,25 @@ int32_t CContainerMgr::RemoveContainer(const CContainerAddr& containerAddr) {
         return ORVA_FAIL;
     }
     removed = m_containerTable.Remove(containerAddr);
+    EndChangesLocked([&](const CChange& change) { return change.IsOf(containerAddr); });
     return ORVA_SUCCEED;
 }
 
 void CContainerMgr::SetContainerOnline(const CContainerAddr& containerAddr, bool bOnline) {
     const CPlace place = CPlace::Here();
-    const ELookup eLookup =
-        ChangeEntry(m_mutex, m_containerTable, containerAddr, [&](CContainer& container) {
+    ChangeEntry(
+        m_mutex, m_containerTable, containerAddr,
+        [&](CContainer& container) {
             container.SetOnline(bOnline);
             if (bOnline) {
                 container.SetFaultShift(false);
             } else {
+                const CContainerAddr names = NamesOf(container);
                 LogInfo({"", place}, "containerType=%s nodeId=%s set container offline",
-                        container.GetContainerType().c_str(), container.GetNodeId().c_str());
+                        names.GetContainerType().c_str(), names.GetNodeId().c_str());
             }
-        });
-    ReportUnknown(eLookup, "set container online", ORVA_FAIL, MESSAGE_CODE, containerAddr);
+        },
+        ReportUnknown("set container online", ORVA_FAIL, MESSAGE_CODE, containerAddr));
 }
 
 bool CContainerMgr::IsContainerOnline(const CContainerAddr& containerAddr) {
@@ -212,14 +263,15 @@ bool CContainerMgr::IsContainerOnline(const CContainerAddr& containerAddr) {
 void CContainerMgr::SetSystemResource(const CContainerAddr& containerAddr,
                                       const CSystemResource& totalSysRes,
                                       const CSystemResource& curSysRes) {
-    const ELookup eLookup =
-        ChangeEntry(m_mutex, m_containerTable, containerAddr, [&](CContainer& container) {
+    ChangeEntry(
+        m_mutex, m_containerTable, containerAddr,
+        [&](CContainer& container) {
             container.SetStatusReportTime();
             container.SetTotalResource(totalSysRes);
             container.SetCurResource(curSysRes);
-        });
-    ReportUnknown(eLookup, "Container mgr set system resource", ORVA_PARA_INVALID,
-                  MESSAGE_CONTAINER_ID, containerAddr);
+        },
+        ReportUnknown("Container mgr set system resource", ORVA_PARA_INVALID, MESSAGE_CONTAINER_ID,
+                      containerAddr));
 }
 
 void CContainerMgr::UpdateContainerReportTime(const CContainerAddr& containerAddr) {
@@ -230,11 +282,13 @@ void CContainerMgr::UpdateContainerReportTime(const CContainerAddr& containerAdd
 void CContainerMgr::SetProcessState(const CContainerAddr& containerAddr,
                                     const std::map<std::string, int>& processTable) {
     CCopyOnWrite<std::map<std::string, int>> table(processTable);
-    const ELookup eLookup =
-        ChangeEntry(m_mutex, m_containerTable, containerAddr,
-                    [&](CContainer& container) { std::swap(container.m_processTable, table); });
-    ReportUnknown(eLookup, "Container mgr set process list", ORVA_PARA_INVALID,
-                  MESSAGE_CONTAINER_ID, containerAddr);
+    ChangeEntry(
+        m_mutex, m_containerTable, containerAddr,
+        [&](CContainer& container) {
+            std::swap(CFrameworkInternal::ProcessTable(container), table);
+        },
+        ReportUnknown("Container mgr set process list", ORVA_PARA_INVALID, MESSAGE_CONTAINER_ID,
+                      containerAddr));
 }
 
 bool CContainerMgr::IsProcessRunning(const CContainerAddr& containerAddr) {
@@ -243,53 +297,57 @@ bool CContainerMgr::IsProcessRunning(const CContainerAddr& containerAddr) {
 
 void CContainerMgr::SetResourceTask(const CContainerAddr& containerAddr,
                                     const std::list<CResourceTask>& taskTable, int iMsgType) {
-    SetResourceTask(containerAddr, iMsgType, std::list<CResourceTask>(taskTable));
+    TakeResourceTask(containerAddr, taskTable, iMsgType);
 }
 
-void CContainerMgr::SetResourceTask(const CContainerAddr& containerAddr, int iMsgType,
-                                    std::list<CResourceTask>&& taskTable) {
-    CContainer::CTaskReport report(std::move(taskTable));
-    const ELookup eLookup =
-        ChangeEntry(m_mutex, m_containerTable, containerAddr, [&](CContainer& container) {
-            if (container.GetContainerType() == CONTAINER_TYPE_IMG_DEV &&
-                !report.taskTable->empty()) {
-                container.SetFaultShift(false);
-            }
-            container.TakeReport(report, iMsgType);
-        });
-    ReportUnknown(eLookup, "Container mgr set resource task", ORVA_PARA_INVALID,
-                  MESSAGE_CONTAINER_TYPE, containerAddr);
+void CContainerMgr::TakeResourceTask(const CContainerAddr& containerAddr,
+                                     std::list<CResourceTask> taskTable, int iMsgType) {
+    CFrameworkInternal::CTaskReport report(std::move(taskTable));
+    const auto takeReport = [&](CContainer& container) {
+        if (container.GetContainerType() == CONTAINER_TYPE_IMG_DEV && !report.taskTable->empty()) {
+            container.SetFaultShift(false);
+        }
+        const CChange change(*this, containerAddr);
+        CFrameworkInternal::TakeReport(container, report, iMsgType,
+                                       [&change] { return change.Find(); });
+    };
+    ChangeEntry(m_mutex, m_containerTable, containerAddr, takeReport,
+                ReportUnknown({"Container mgr set resource task", CPlace::Of("SetResourceTask")},
+                              ORVA_PARA_INVALID, MESSAGE_CONTAINER_TYPE, containerAddr));
 }
 
 void CContainerMgr::GetResTaskList(const CContainerAddr& containerAddr,
                                    std::list<CResourceTask>& resTaskList) {
-    const ELookup eLookup =
-        ReadEntry(m_mutex, m_containerTable, containerAddr,
-                  [&](const CContainer& container) { container.GetResoureTask(resTaskList); });
-    ReportUnknown(eLookup, "Container mgr get resource task", ORVA_PARA_INVALID,
-                  MESSAGE_CONTAINER_ID, containerAddr);
+    ReadEntry(
+        m_mutex, m_containerTable, containerAddr,
+        [&](const CContainer& container) { container.GetResoureTask(resTaskList); },
+        ReportUnknown("Container mgr get resource task", ORVA_PARA_INVALID, MESSAGE_CONTAINER_ID,
+                      containerAddr));
 }
 
 void CContainerMgr::RemoveResourceTask(const CContainerAddr& containerAddr,
                                        const std::list<std::string>& taskIdList) {
     std::list<CResourceTask> removed;
-    const ELookup eLookup =
-        ChangeEntry(m_mutex, m_containerTable, containerAddr,
-                    [&](CContainer& container) { container.TakeOutTasks(taskIdList, removed); });
-    ReportUnknown(eLookup, "Container mgr remove resource task", ORVA_PARA_INVALID,
-                  MESSAGE_CONTAINER_ID, containerAddr);
+    ChangeEntry(
+        m_mutex, m_containerTable, containerAddr,
+        [&](CContainer& container) {
+            CFrameworkInternal::TakeOutTasks(container, taskIdList, removed);
+        },
+        ReportUnknown("Container mgr remove resource task", ORVA_PARA_INVALID, MESSAGE_CONTAINER_ID,
+                      containerAddr));
 }
 
 void CContainerMgr::AddResourceTask(const CContainerAddr& containerAddr,
                                     const std::list<CResourceTask>& resTaskList) {
     std::list<CResourceTask> tasks(resTaskList);
-    const ELookup eLookup =
-        ChangeEntry(m_mutex, m_containerTable, containerAddr, [&](CContainer& container) {
-            container.TakeTasks(tasks);
+    ChangeEntry(
+        m_mutex, m_containerTable, containerAddr,
+        [&](CContainer& container) {
+            CFrameworkInternal::TakeTasks(container, tasks);
             container.SetOnline(true);
-        });
-    ReportUnknown(eLookup, "Container mgr add resource task", ORVA_PARA_INVALID,
-                  MESSAGE_CONTAINER_ID, containerAddr);
+        },
+        ReportUnknown("Container mgr add resource task", ORVA_PARA_INVALID, MESSAGE_CONTAINER_ID,
+                      containerAddr));
 }
 
 void CContainerMgr::SetContainerResTaskNeedUpdate(const CContainerAddr& containerAddr,
@@ -299,19 +357,23 @@ void CContainerMgr::SetContainerResTaskNeedUpdate(const CContainerAddr& containe
 }
 
 void CContainerMgr::SaveDataToZK(const CContainerAddr& containerAddr) {
-    // A copy is saved: what the store calls back on this thread may change the table.
-    const ELookup eLookup = ReadEntry(m_mutex, m_containerTable, containerAddr,
-                                      [](CContainer container) { container.SaveDataToZK(); });
-    ReportUnknown(eLookup, "Container mgr set data to zk", ORVA_PARA_INVALID,
-                  MESSAGE_CONTAINER_TYPE, containerAddr);
+    const auto save = [&](const CContainer& container) {
+        if (container.GetContainerType() == CONTAINER_TYPE_CLOUD_STORAGE) {
+            CFrameworkInternal::SaveCloudStorage(
+                [&] { return std::as_const(m_containerTable).Find(containerAddr); });
+        }
+    };
+    ReadEntry(m_mutex, m_containerTable, containerAddr, save,
+              ReportUnknown("Container mgr set data to zk", ORVA_PARA_INVALID,
+                            MESSAGE_CONTAINER_TYPE, containerAddr));
 }
 
 void CContainerMgr::SetContainerFaultShift(const CContainerAddr& containerAddr, bool bFaultShift) {
-    const ELookup eLookup =
-        ChangeEntry(m_mutex, m_containerTable, containerAddr,
-                    [&](CContainer& container) { container.SetFaultShift(bFaultShift); });
-    ReportUnknown(eLookup, "Container mgr set container fault shift", ORVA_PARA_INVALID,
-                  MESSAGE_CONTAINER_ID, containerAddr);
+    ChangeEntry(
+        m_mutex, m_containerTable, containerAddr,
+        [&](CContainer& container) { container.SetFaultShift(bFaultShift); },
+        ReportUnknown("Container mgr set container fault shift", ORVA_PARA_INVALID,
+                      MESSAGE_CONTAINER_ID, containerAddr));
 }
 
 bool CContainerMgr::IsContainerSupportFaultShift(const CContainerAddr& containerAddr) {
@@ -322,14 +384,15 @@ void CContainerMgr::SetContainerDoingFaultShift(const CContainerAddr& containerA
                                                 bool isDoingFaultShift) {
     const CPlace place = CPlace::Here();
     constexpr char OPERATION[] = "set container Doing Fault Shift";
-    const ELookup eLookup =
-        ChangeEntry(m_mutex, m_containerTable, containerAddr, [&](CContainer& container) {
+    ChangeEntry(
+        m_mutex, m_containerTable, containerAddr,
+        [&](CContainer& container) {
             container.SetFaultStatus(isDoingFaultShift);
+            const CContainerAddr names = NamesOf(container);
             LogInfo({OPERATION, place}, "container code[%s:%s], Doing Fault Shit[%d].",
-                    container.GetNodeId().c_str(), container.GetContainerType().c_str(),
-                    isDoingFaultShift);
-        });
-    ReportUnknown(eLookup, OPERATION, ORVA_FAIL, MESSAGE_CODE, containerAddr);
+                    names.GetNodeId().c_str(), names.GetContainerType().c_str(), isDoingFaultShift);
+        },
+        ReportUnknown(OPERATION, ORVA_FAIL, MESSAGE_CODE, containerAddr));
 }
 
 bool CContainerMgr::IsContainerDoingFaultShift(const CContainerAddr& containerAddr) {
@@ -345,8 +408,9 @@ void CContainerMgr::SetContainerMemberStatus(const CContainerAddr& containerAddr
 void CContainerMgr::SetExtParam(const CContainerAddr& containerAddr,
                                 const KeyValueMap& privateInfo) {
     CCopyOnWrite<KeyValueMap> table(privateInfo);
-    ChangeEntry(m_mutex, m_containerTable, containerAddr,
-                [&](CContainer& container) { std::swap(container.m_privateInfo, table); });
+    ChangeEntry(m_mutex, m_containerTable, containerAddr, [&](CContainer& container) {
+        std::swap(CFrameworkInternal::PrivateInfo(container), table);
+    });
 }
 
 void CContainerMgr::SetExtParamValueByKey(const CContainerAddr& containerAddr,
@@ -433,7 +497,7 @@ void CContainerMgr::SetUptadeFlag(const std::string& strServiceType, bool bFalg)
     }
     former = m_containerTable;
     for (const auto& [containerAddr, container] : former) {
-        if (container.m_cloudStorage->strServiceType == strServiceType) {
+        if (CFrameworkInternal::ServiceType(container) == strServiceType) {
             m_containerTable.Edit(containerAddr)->SetUptadeFlag(bFalg);
         }
     }

@@ -14,6 +14,7 @@
 #include "framework_service/container_mgr.h"
 #include "framework_service/node_mgr.h"
 #include "framework_service/plugin_mgr.h"
+#include "internal/framework_internal.h"
 #include "internal/node_containers.h"
 #include "internal/registry.h"
 #include "internal/store.h"
@@ -114,10 +115,10 @@ CContainer* InsertNew(CSnapshotTable<CContainerAddr, CContainer>& containerTable
     return containerTable.Insert(containerAddr);
 }
 
-/// The operation of that name for one container.
+/// LoadContainerInfo for one container, on a map or on the registry's own table.
 template <typename Table>
-int LoadContainerInfo(const std::string& strNodeId, const std::string& strType,
-                      Table& containerTable) {
+int LoadOneContainer(const std::string& strNodeId, const std::string& strType,
+                     Table& containerTable) {
     const bool bSupportFaultShift = CPluginMgr::Instance().IsContainerSupportFaultShift(strType);
     LogInfo({"load Container info", CPlace::Of(LOAD_CONTAINER_INFO)}, "node=%s container type=%s ",
             strNodeId.c_str(), strType.c_str());
@@ -129,6 +130,27 @@ int LoadContainerInfo(const std::string& strNodeId, const std::string& strType,
     pContainer->SetNodeId(strNodeId);
     pContainer->SetContainerType(strType);
     pContainer->SetSupportFaultShift(bSupportFaultShift);
+    return ORVA_SUCCEED;
+}
+
+/// GenContainerTable, on a map or on the registry's own table.
+template <typename Table>
+int LoadAllContainers(const std::list<CNode>& nodeList, Table& containerTable) {
+    for (const CNode& node : nodeList) {
+        for (const std::string& strType : *CFrameworkInternal::ContainerTypes(node)) {
+            LogInfo({"Gen Container Table", CPlace::Of(GEN_CONTAINER_TABLE)},
+                    "node=%s container type=%s ", node.GetNodeId().c_str(), strType.c_str());
+        }
+    }
+    for (const CNode& node : nodeList) {
+        for (const std::string& strType : *CFrameworkInternal::ContainerTypes(node)) {
+            if (const int iRet = LoadOneContainer(node.GetNodeId(), strType, containerTable);
+                iRet != ORVA_SUCCEED) {
+                return LogFailure({"init container mgr", CPlace::Of(GEN_CONTAINER_TABLE)}, iRet,
+                                  "load container info fail.");
+            }
+        }
+    }
     return ORVA_SUCCEED;
 }
 
@@ -172,9 +194,12 @@ int CFrameworkCommon::InitNodeAndContainerFromZK() {
                                "get data from cluster node fail.");
     }
     CGlobalConfig::Instance().SetClusterForwardType(cluster.GetClusterForwardType());
-    const NodeAddresses newNodeIPs = AddValidatedLinks(cluster.m_nodeList);
-    DelValidatedLinks(CNodeMgr::Instance().Snapshot().value_or(CNodeMgr::CNodeTable()), newNodeIPs);
-    iRet = InitNodeAndContainer(cluster.m_nodeList);
+    const std::list<CNode>& nodeList = CFrameworkInternal::Nodes(cluster);
+    const NodeAddresses newNodeIPs = AddValidatedLinks(nodeList);
+    DelValidatedLinks(CFrameworkInternal::Snapshot(CNodeMgr::Instance())
+                          .value_or(CFrameworkInternal::CNodeTable()),
+                      newNodeIPs);
+    iRet = InitNodeAndContainer(nodeList);
     if (iRet != ORVA_SUCCEED) {
         return LogFailure("framework common, InitNodeAndContainerFromZK", iRet,
                           "init node Container fail.");
@@ -186,7 +211,7 @@ int CFrameworkCommon::InitNodeAndContainerFromZK() {
                                "cloud storage info is empty, not need to init framework.",
                                "get cloud storage info from cluster node fail.");
     }
-    return AddCloudStorageContainer(cloudStorage.TakeMap());
+    return AddCloudStorageContainer(CFrameworkInternal::TakeMap(cloudStorage));
 }
 
 int CFrameworkCommon::InitNodeAndContainer(const std::list<CNode>& nodeList) {
@@ -206,44 +231,24 @@ int CFrameworkCommon::InitNodeMgr(const std::list<CNode>& nodeList) {
 }
 
 int CFrameworkCommon::InitContainerMgr(const std::list<CNode>& nodeList) {
-    CContainerMgr::CContainerTable containerTable;
-    if (const int iRet = GenContainerTable(nodeList, containerTable); iRet != ORVA_SUCCEED) {
+    CFrameworkInternal::CContainerTable containerTable;
+    if (const int iRet = LoadAllContainers(nodeList, containerTable); iRet != ORVA_SUCCEED) {
         return LogFailure(OPERATION_INIT_CONTAINER_MGR, iRet, "gen container table fail.");
     }
-    CContainerMgr::Instance().ReplaceTable(std::move(containerTable));
+    CFrameworkInternal::ReplaceTable(CContainerMgr::Instance(), std::move(containerTable));
     return ORVA_SUCCEED;
 }
 
 int CFrameworkCommon::GenContainerTable(const std::list<CNode>& nodeList,
                                         ContainerMap& containerMap) {
-    return GenContainerTable<ContainerMap>(nodeList, containerMap);
-}
-
-template <typename Table>
-int CFrameworkCommon::GenContainerTable(const std::list<CNode>& nodeList, Table& containerTable) {
-    for (const CNode& node : nodeList) {
-        for (const std::string& strType : *node.m_containerList) {
-            LogInfo({"Gen Container Table", CPlace::Of(GEN_CONTAINER_TABLE)},
-                    "node=%s container type=%s ", node.GetNodeId().c_str(), strType.c_str());
-        }
-    }
-    for (const CNode& node : nodeList) {
-        for (const std::string& strType : *node.m_containerList) {
-            if (const int iRet = ::LoadContainerInfo(node.GetNodeId(), strType, containerTable);
-                iRet != ORVA_SUCCEED) {
-                return LogFailure({"init container mgr", CPlace::Of(GEN_CONTAINER_TABLE)}, iRet,
-                                  "load container info fail.");
-            }
-        }
-    }
-    return ORVA_SUCCEED;
+    return LoadAllContainers(nodeList, containerMap);
 }
 
 int CFrameworkCommon::LoadContainerInfo(const std::list<CContainerAddr>& containerAddrList,
                                         ContainerMap& containerMap) {
     for (const CContainerAddr& containerAddr : containerAddrList) {
-        if (const int iRet = ::LoadContainerInfo(containerAddr.GetNodeId(),
-                                                 containerAddr.GetContainerType(), containerMap);
+        if (const int iRet = LoadOneContainer(containerAddr.GetNodeId(),
+                                              containerAddr.GetContainerType(), containerMap);
             iRet != ORVA_SUCCEED) {
             return iRet;
         }
@@ -252,29 +257,30 @@ int CFrameworkCommon::LoadContainerInfo(const std::list<CContainerAddr>& contain
 }
 
 int CFrameworkCommon::AddCloudStorageContainer(
-    std::map<std::string, CloudStorageInfo>&& CloudStorageMap) {
+    const std::map<std::string, CloudStorageInfo>& CloudStorageMap) {
     CContainerAddr containerAddr("", CONTAINER_TYPE_CLOUD_STORAGE);
-    for (auto& [strNodeId, cloudStorage] : CloudStorageMap) {
+    for (const auto& [strNodeId, cloudStorage] : CloudStorageMap) {
         containerAddr.SetNodeId(strNodeId);
         std::list<CResourceTask> resTaskList;
-        CloudStorageInfoToResTask(std::move(cloudStorage), resTaskList);
-        CContainerMgr::Instance().SetResourceTask(containerAddr, CONTAINER_STATUS_REPORT_REQ,
-                                                  std::move(resTaskList));
+        CloudStorageInfoToResTask(cloudStorage, resTaskList);
+        CFrameworkInternal::TakeResourceTask(CContainerMgr::Instance(), containerAddr,
+                                             std::move(resTaskList), CONTAINER_STATUS_REPORT_REQ);
     }
     return ORVA_SUCCEED;
 }
 
-void CFrameworkCommon::CloudStorageInfoToResTask(CloudStorageInfo&& CloudStorage,
+void CFrameworkCommon::CloudStorageInfoToResTask(const CloudStorageInfo& CloudStorage,
                                                  std::list<CResourceTask>& resTaskList) {
     const auto toText = [](int32_t iValue) { return HALD::CToolHelp::IntToStr(iValue, false); };
     CResourceTask& task = resTaskList.emplace_back();
-    KeyValueMap& privateInfo = task.m_privateInfo.Edit();
-    privateInfo.emplace(PSZ_TASK_PRODUCT_TYPE, CloudStorage.strProductType);
-    privateInfo.emplace(PSZ_TASK_SERVICE_TYPE, CloudStorage.strServiceType);
-    privateInfo.emplace(PSZ_TASK_REQ_STORAGE, toText(CloudStorage.iReqStorage));
-    privateInfo.emplace(PSZ_TASK_REQ_PIC_STORAGE, toText(CloudStorage.iReqPicStorage));
-    privateInfo.emplace(PSZ_TASK_LOW_PRI_BIT_RATE, toText(CloudStorage.iLowPriorityBitRate));
-    task.m_allocInfoList = std::move(CloudStorage.allocInfo);
+    task.InsertSingleKeyValue(PSZ_TASK_PRODUCT_TYPE, CloudStorage.strProductType);
+    task.InsertSingleKeyValue(PSZ_TASK_SERVICE_TYPE, CloudStorage.strServiceType);
+    task.InsertSingleKeyValue(PSZ_TASK_REQ_STORAGE, toText(CloudStorage.iReqStorage));
+    task.InsertSingleKeyValue(PSZ_TASK_REQ_PIC_STORAGE, toText(CloudStorage.iReqPicStorage));
+    task.InsertSingleKeyValue(PSZ_TASK_LOW_PRI_BIT_RATE, toText(CloudStorage.iLowPriorityBitRate));
+    for (const ORVA_CLOUD_STORAGE_ALLOC_INFO& allocInfo : CloudStorage.allocInfo) {
+        task.SetAllocInfoList(allocInfo);
+    }
     LogInfo("ORVA Cloud storage info to resTask",
             "product[%s] service[%s] reqStorage[%d] reqPicStorage[%d] lowPri[%d]",
             CloudStorage.strProductType.c_str(), CloudStorage.strServiceType.c_str(),
@@ -349,8 +355,8 @@ int CFrameworkCommon::SetNodeClusterStatus(const std::list<std::string>& nodeCod
 void CFrameworkCommon::GetAvailableContainer(const std::string& strContainerType,
                                              ContainerMap& containerMap) {
     ContainerMap available;
-    const auto containers = CContainerMgr::Instance().Snapshot();
-    const auto nodes = CNodeMgr::Instance().Snapshot();
+    const auto containers = CFrameworkInternal::Snapshot(CContainerMgr::Instance());
+    const auto nodes = CFrameworkInternal::Snapshot(CNodeMgr::Instance());
     if (!containers || !nodes) {
         containerMap.clear();
         return;
@@ -362,7 +368,7 @@ void CFrameworkCommon::GetAvailableContainer(const std::string& strContainerType
             candidates.push_back(&entry);
         }
     }
-    CNodeMgr::CNodeTable::CAscendingSearch nodeSearch(*nodes);
+    CFrameworkInternal::CNodeTable::CAscendingSearch nodeSearch(*nodes);
     const auto isNotNormalMember = [&nodeSearch](const auto* pEntry) {
         const CNode* const pNode = nodeSearch.Find(pEntry->second.GetNodeId());
         return pNode == nullptr || pNode->GetMemberStatus() != CLUSTER_MEMBER_NORMAL;

@@ -72,11 +72,11 @@ void CNodeMgr::GetAllNode(std::list<CNode>& nodeList) {
 
 bool CNodeMgr::GetNode(const std::string& strNodeId, CNode& node) {
     return ReadEntry(m_mutex, m_nodeTable, strNodeId,
-                     [&node](const CNode& known) { node = known; }) == ELookup::FOUND;
+                     [&node](const CNode& known) { node = known; });
 }
 
 bool CNodeMgr::IsNodeExist(const std::string& strNodeCode) {
-    return ReadEntry(m_mutex, m_nodeTable, strNodeCode, [](const CNode&) {}) == ELookup::FOUND;
+    return ReadEntry(m_mutex, m_nodeTable, strNodeCode, [](const CNode&) {});
 }
 
 void CNodeMgr::SetNodeOnline(const std::string& strNodeId, bool bOnline) {
@@ -93,14 +93,14 @@ bool CNodeMgr::IsNodeOnline(const std::string& strNodeId) {
 
 void CNodeMgr::SetSystemResource(const std::string& strNodeID, const CSystemResource& totalSysRes,
                                  const CSystemResource& curSysRes) {
-    const ELookup eLookup = ChangeEntry(m_mutex, m_nodeTable, strNodeID, [&](CNode& node) {
+    const CPlacedText operation("Node mgr set system resource");
+    const auto setResource = [&](CNode& node) {
         node.SetTotalResource(totalSysRes);
         node.SetCurResource(curSysRes);
+    };
+    ChangeEntry(m_mutex, m_nodeTable, strNodeID, setResource, [&] {
+        LogFailure(operation, ORVA_FAIL, "can not find the node, node id=%s", strNodeID.c_str());
     });
-    if (eLookup == ELookup::UNKNOWN) {
-        LogFailure("Node mgr set system resource", ORVA_FAIL, "can not find the node, node id=%s",
-                   strNodeID.c_str());
-    }
 }
 
 void CNodeMgr::SetMemberStatus(const std::list<std::string>& nodeCodeList, int iStatus) {
@@ -128,12 +128,10 @@ void CNodeMgr::RemoveNode(const std::string& strNodeId) {
 void CNodeMgr::RemoveNodeContainer(const std::string& strNodeId,
                                    const std::string& strContainerType,
                                    unsigned int& uiContainerLeftNum) {
-    const ELookup eLookup = ChangeEntry(m_mutex, m_nodeTable, strNodeId, [&](CNode& node) {
+    const auto dropContainer = [&](CNode& node) {
         uiContainerLeftNum = DropContainerType(node, strContainerType);
-    });
-    if (eLookup == ELookup::UNKNOWN) {
-        uiContainerLeftNum = 0;
-    }
+    };
+    ChangeEntry(m_mutex, m_nodeTable, strNodeId, dropContainer, [&] { uiContainerLeftNum = 0; });
 }
 
 int CNodeMgr::GetNearbyNodeListByIP(uint32_t uiIP, uint32_t uiMask,

@@ -52,7 +52,10 @@ int CResourceTask::GetIntValueByKey(const std::string& strKey, int& iValue) cons
 
 int CResourceTask::ParsePrivateInfoFromXml(PELU::CXml& xml) {
     m_privateInfo = {};
-    return CXmlCommon::Instance().ParseKeyValueInfoFromXml(xml, m_privateInfo.Edit());
+    KeyValueMap parsed;
+    const int iRet = CXmlCommon::Instance().ParseKeyValueInfoFromXml(xml, parsed);
+    m_privateInfo = std::move(parsed);
+    return iRet;
 }
 
 void CResourceTask::GetAllPrivateInfo(KeyValueMap& privateInfo) const {

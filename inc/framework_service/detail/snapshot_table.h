@@ -33,7 +33,11 @@ public:
     /// Walks through the entries, pairs of a key and its value, in key order. Lives until the table
     /// is changed.
     class CIterator {
+        using CItRun = typename CRuns::const_iterator;
+
     public:
+        CIterator(CItRun itRun, CItRun itEnd) : m_itRun(itRun), m_itEnd(itEnd) { EnterRun(); }
+
         const CEntry& operator*() const { return *m_pEntry; }
 
         CIterator& operator++() {
@@ -47,11 +51,6 @@ public:
         bool operator!=(const CIterator& other) const { return m_pEntry != other.m_pEntry; }
 
     private:
-        friend class CSnapshotTable;
-        using CItRun = typename CRuns::const_iterator;
-
-        CIterator(CItRun itRun, CItRun itEnd) : m_itRun(itRun), m_itEnd(itEnd) { EnterRun(); }
-
         void EnterRun() {
             const bool bEnd = m_itRun == m_itEnd;
             m_pEntry = bEnd ? nullptr : (*m_itRun)->data();
