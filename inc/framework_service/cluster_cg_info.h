@@ -9,6 +9,7 @@
 #include "common_service/data/communication_data.h"
 #include "common_service/tarn_def.h"
 #include "common_service/xml.h"
+#include "framework_service/document_keys.h"
 #include "framework_service/store_path.h"
 
 inline constexpr ORVA_STORE_NODE STORE_NODE_CG_LIST{"/MERO/CGList", 1024};
@@ -17,6 +18,16 @@ inline constexpr char PSZ_CG_NVRCODE[] = "NVRCode";
 inline constexpr char PSZ_CG_FLOAT_CODE[] = "FloatCGCode";
 inline constexpr char PSZ_CG_FLOAT_IP[] = "FloatIP";
 inline constexpr char PSZ_CG_DECISION_VER_NUM[] = "DecisionVerNum";
+
+inline constexpr CDocumentKey CG_KEYS[] = {
+    {PSZ_CG_NVRCODE, EKeyType::STRING, EKeyNeed::REQUIRED},
+    {PSZ_CG_FLOAT_CODE, EKeyType::STRING, EKeyNeed::REQUIRED},
+    {PSZ_CG_FLOAT_IP, EKeyType::STRING, EKeyNeed::REQUIRED},
+    {PSZ_CG_DECISION_VER_NUM, EKeyType::STRING, EKeyNeed::REQUIRED},
+};
+
+/// An object without keys is read as well, as no entries.
+inline constexpr CDocumentKey CG_LIST_DOCUMENT{"", EKeyType::ARRAY, EKeyNeed::REQUIRED, CG_KEYS};
 
 /// One CG entry: a node bound to a float code and a float address, with the version number of the
 /// decision as text. A plain value; no lock. The same names are JSON keys and XML elements; the

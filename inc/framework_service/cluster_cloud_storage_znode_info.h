@@ -10,6 +10,7 @@
 #include "common_service/data/communication_data.h"
 #include "common_service/tarn_def.h"
 #include "framework_service/detail/copy_on_write.h"
+#include "framework_service/document_keys.h"
 #include "framework_service/store_path.h"
 #include "orva_plugin_service/tarn_orva_data.h"
 
@@ -28,6 +29,31 @@ inline constexpr char PSZ_CLOUD_STORAGE_ALLOC_SIZE[] = "AllocSize";
 inline constexpr char PSZ_CLOUD_STORAGE_USED_SIZE[] = "UsedSize";
 inline constexpr char PSZ_CLOUD_STORAGE_DNS[] = "Dns";
 inline constexpr char PSZ_CLOUD_STORAGE_PATH[] = "Path";
+
+inline constexpr CDocumentKey CLOUD_STORAGE_ALLOC_KEYS[] = {
+    {PSZ_CLOUD_STORAGE_CODE, EKeyType::STRING, EKeyNeed::REQUIRED},
+    {PSZ_CLOUD_STORAGE_ALLOC_SIZE, EKeyType::INTEGER, EKeyNeed::REQUIRED},
+    {PSZ_CLOUD_STORAGE_USED_SIZE, EKeyType::INTEGER, EKeyNeed::REQUIRED},
+    {PSZ_CLOUD_STORAGE_DNS, EKeyType::STRING, EKeyNeed::REQUIRED},
+    {PSZ_CLOUD_STORAGE_PATH, EKeyType::STRING, EKeyNeed::REQUIRED},
+};
+
+inline constexpr CDocumentKey CLOUD_STORAGE_ENTRY_KEYS[] = {
+    {PSZ_CLOUD_STORAGE_NVRCODE, EKeyType::STRING, EKeyNeed::REQUIRED},
+    {PSZ_CLOUD_STORAGE_SERVICE_TYPE, EKeyType::STRING, EKeyNeed::REQUIRED},
+    {PSZ_CLOUD_STORAGE_PRODUCT_TYPE, EKeyType::STRING, EKeyNeed::REQUIRED},
+    {PSZ_CLOUD_STORAGE_REQ, EKeyType::INTEGER, EKeyNeed::REQUIRED},
+    {PSZ_CLOUD_STORAGE_REQ_PIC, EKeyType::INTEGER, EKeyNeed::REQUIRED},
+    {PSZ_CLOUD_STORAGE_LOWPRI_BIT, EKeyType::INTEGER, EKeyNeed::REQUIRED},
+    {PSZ_CLOUD_STORAGE_NODE_LIST, EKeyType::ARRAY, EKeyNeed::OPTIONAL, CLOUD_STORAGE_ALLOC_KEYS},
+};
+
+inline constexpr CDocumentKey CLOUD_STORAGE_KEYS[] = {
+    {PSZ_CLOUD_STORAGE_SET, EKeyType::ARRAY, EKeyNeed::REQUIRED, CLOUD_STORAGE_ENTRY_KEYS},
+};
+
+inline constexpr CDocumentKey CLOUD_STORAGE_DOCUMENT{"", EKeyType::OBJECT, EKeyNeed::REQUIRED,
+                                                     CLOUD_STORAGE_KEYS};
 
 /// What cloud storage one node asked for and holds.
 struct CloudStorageInfo {
@@ -73,12 +99,6 @@ public:
 
 private:
     friend class CFrameworkInternal;
-
-    /// The two above, which clear the flag when an integer has another form than ToJson gives it.
-    int32_t ParseNodeJson(const Json::Value& nodeJson, ORVA_CLOUD_STORAGE_ALLOC_INFO& nodeInfo,
-                          bool& bAsBuilt);
-    int32_t ParseCloudStorageNodeJson(const Json::Value& nodeJson,
-                                      CloudStorageInfo& tempCloudStorageInfo, bool& bAsBuilt);
 
     /// The map itself; the document is empty afterwards.
     std::map<std::string, CloudStorageInfo> TakeMap();

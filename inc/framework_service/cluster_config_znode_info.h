@@ -4,6 +4,7 @@
 
 #include "common_service/data/communication_data.h"
 #include "common_service/tarn_def.h"
+#include "framework_service/document_keys.h"
 #include "framework_service/store_path.h"
 
 inline constexpr ORVA_STORE_NODE STORE_NODE_CLUSTER_CONFIG{"/ClusterConfig", 512};
@@ -15,6 +16,24 @@ inline constexpr char PSZ_CLUSTER_LOAD_BALANCE_THRESHOLD[] = "LoadBalanceThresho
 inline constexpr char PSZ_CLUSTER_DISK_THRESHOLD[] = "DiskThreshold";
 inline constexpr char PSZ_CLUSTER_NET_THRESHOLD[] = "NetThreshold";
 inline constexpr char PSZ_CLUSTER_CHANNEL_THRESHOLD[] = "ChannelThreshold";
+
+inline constexpr CDocumentKey CLUSTER_THRESHOLD_KEYS[] = {
+    {PSZ_CLUSTER_DISK_THRESHOLD, EKeyType::INTEGER, EKeyNeed::REQUIRED},
+    {PSZ_CLUSTER_NET_THRESHOLD, EKeyType::INTEGER, EKeyNeed::REQUIRED},
+    {PSZ_CLUSTER_CHANNEL_THRESHOLD, EKeyType::INTEGER, EKeyNeed::REQUIRED},
+};
+
+/// The thresholds are written and not read; an array in their place refuses the document.
+inline constexpr CDocumentKey CLUSTER_CONFIG_KEYS[] = {
+    {PSZ_CLUSTER_LOAD_BALANCE, EKeyType::BOOLEAN, EKeyNeed::REQUIRED},
+    {PSZ_CLUSTER_FAULT_SHIFT, EKeyType::BOOLEAN, EKeyNeed::REQUIRED},
+    {PSZ_CLUSTER_LOAD_BALANCE_ONE_PERIOD, EKeyType::BOOLEAN, EKeyNeed::REQUIRED},
+    {PSZ_CLUSTER_LOAD_BALANCE_THRESHOLD, EKeyType::OBJECT, EKeyNeed::OPTIONAL,
+     CLUSTER_THRESHOLD_KEYS},
+};
+
+inline constexpr CDocumentKey CLUSTER_CONFIG_DOCUMENT{"", EKeyType::OBJECT, EKeyNeed::REQUIRED,
+                                                      CLUSTER_CONFIG_KEYS};
 
 /// The cluster's behaviour switches and load balance thresholds. The thresholds are written as an
 /// object and never read back: they reach an object only through the setters.

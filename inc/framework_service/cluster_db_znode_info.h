@@ -10,6 +10,7 @@
 #include "common_service/data/communication_data.h"
 #include "common_service/tarn_def.h"
 #include "common_service/xml.h"
+#include "framework_service/document_keys.h"
 #include "framework_service/store_path.h"
 
 inline constexpr ORVA_STORE_NODE STORE_NODE_CENTER_DB{"/CenterDB", 512};
@@ -24,6 +25,36 @@ inline constexpr char PSZ_CLUSTER_DB_TOKEN[] = "DBToken";
 inline constexpr char PSZ_CLUSTER_CDB_VER_SET[] = "CdbVerSet";
 inline constexpr char PSZ_CLUSTER_CDB_NODECODE[] = "NvrCode";
 inline constexpr char PSZ_CLUSTER_CDB_VER_VALUE[] = "CdbVer";
+
+/// A token that is no text becomes what the JSON library makes of it, and refuses the document when
+/// that makes no text of it.
+inline constexpr CDocumentKey CLUSTER_DB_NODE_KEYS[] = {
+    {PSZ_CLUSTER_DB_NODE, EKeyType::STRING, EKeyNeed::REQUIRED},
+    {PSZ_CLUSTER_DB_IP, EKeyType::STRING, EKeyNeed::REQUIRED},
+    {PSZ_CLUSTER_DB_PORT, EKeyType::INTEGER, EKeyNeed::REQUIRED},
+    {PSZ_CLUSTER_DB_TOKEN, EKeyType::STRING, EKeyNeed::OPTIONAL},
+};
+
+/// Of the slaves only the last one's keys refuse the document.
+inline constexpr CDocumentKey CLUSTER_DB_KEYS[] = {
+    {PSZ_CLUSTER_DB_MASTER, EKeyType::OBJECT, EKeyNeed::REQUIRED, CLUSTER_DB_NODE_KEYS},
+    {PSZ_CLUSTER_DB_SLAVE, EKeyType::OBJECT_OR_ARRAY, EKeyNeed::REQUIRED, CLUSTER_DB_NODE_KEYS},
+};
+
+inline constexpr CDocumentKey CLUSTER_DB_DOCUMENT{"", EKeyType::OBJECT, EKeyNeed::REQUIRED,
+                                                  CLUSTER_DB_KEYS};
+
+inline constexpr CDocumentKey CLUSTER_CDB_VER_ENTRY_KEYS[] = {
+    {PSZ_CLUSTER_CDB_NODECODE, EKeyType::STRING, EKeyNeed::REQUIRED},
+    {PSZ_CLUSTER_CDB_VER_VALUE, EKeyType::STRING, EKeyNeed::REQUIRED},
+};
+
+inline constexpr CDocumentKey CLUSTER_CDB_VER_KEYS[] = {
+    {PSZ_CLUSTER_CDB_VER_SET, EKeyType::ARRAY, EKeyNeed::REQUIRED, CLUSTER_CDB_VER_ENTRY_KEYS},
+};
+
+inline constexpr CDocumentKey CLUSTER_CDB_VER_DOCUMENT{"", EKeyType::OBJECT, EKeyNeed::REQUIRED,
+                                                       CLUSTER_CDB_VER_KEYS};
 
 /// Roles of a database.
 enum {

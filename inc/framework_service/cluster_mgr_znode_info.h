@@ -9,6 +9,7 @@
 #include "common_service/data/communication_data.h"
 #include "common_service/tarn_def.h"
 #include "common_service/xml.h"
+#include "framework_service/document_keys.h"
 #include "framework_service/store_path.h"
 
 inline constexpr ORVA_STORE_NODE STORE_NODE_MGR{"/MEROMGR", 1024};
@@ -16,6 +17,18 @@ inline constexpr ORVA_STORE_NODE STORE_NODE_MGR{"/MEROMGR", 1024};
 inline constexpr char PSZ_CLUSTER_MGR_MASTER[] = "MasterMGR";
 inline constexpr char PSZ_CLUSTER_MGR_NODE[] = "NodeCode";
 inline constexpr char PSZ_CLUSTER_MGR_IP[] = "NodeIp";
+
+inline constexpr CDocumentKey CLUSTER_MGR_NODE_KEYS[] = {
+    {PSZ_CLUSTER_MGR_NODE, EKeyType::STRING, EKeyNeed::REQUIRED},
+    {PSZ_CLUSTER_MGR_IP, EKeyType::STRING, EKeyNeed::REQUIRED},
+};
+
+inline constexpr CDocumentKey CLUSTER_MGR_KEYS[] = {
+    {PSZ_CLUSTER_MGR_MASTER, EKeyType::OBJECT, EKeyNeed::REQUIRED, CLUSTER_MGR_NODE_KEYS},
+};
+
+inline constexpr CDocumentKey CLUSTER_MGR_DOCUMENT{"", EKeyType::OBJECT, EKeyNeed::REQUIRED,
+                                                   CLUSTER_MGR_KEYS};
 
 /// The types of a manager.
 enum tagTARN_E_DOMAIN_TYPE {

@@ -8,6 +8,7 @@
 
 #include "common_service/data/communication_data.h"
 #include "common_service/tarn_def.h"
+#include "framework_service/document_keys.h"
 #include "framework_service/store_path.h"
 #include "framework_service/tarn_node.h"
 
@@ -28,6 +29,34 @@ inline constexpr char PSZ_NODE_CONTAINER[] = "Container";
 inline constexpr char PSZ_NODE_CONTAINER_TYPE[] = "ContainerType";
 inline constexpr char PSZ_NODE_STATUS_NORMAL[] = "Normal";
 inline constexpr char PSZ_NODE_STATUS_REMOVED[] = "Removed";
+
+inline constexpr const char* NODE_STATUS_TEXTS[] = {PSZ_NODE_STATUS_NORMAL,
+                                                    PSZ_NODE_STATUS_REMOVED};
+
+inline constexpr CDocumentKey NODE_CONTAINER_KEYS[] = {
+    {PSZ_NODE_CONTAINER_TYPE, EKeyType::STRING, EKeyNeed::REQUIRED},
+};
+
+inline constexpr CDocumentKey CLUSTER_NODE_KEYS[] = {
+    {PSZ_NODE_ID, EKeyType::STRING, EKeyNeed::REQUIRED},
+    {PSZ_NODE_IP, EKeyType::STRING, EKeyNeed::REQUIRED},
+    {PSZ_NODE_IP_TYPE, EKeyType::INTEGER, EKeyNeed::REQUIRED},
+    {PSZ_NODE_ROLE, EKeyType::INTEGER, EKeyNeed::REQUIRED},
+    {PSZ_NODE_DOMAIN_ROLE, EKeyType::INTEGER, EKeyNeed::REQUIRED},
+    {PSZ_NODE_STATUS, EKeyType::STRING, EKeyNeed::REQUIRED, {}, NODE_STATUS_TEXTS},
+    {PSZ_NODE_CONTAINER, EKeyType::ARRAY, EKeyNeed::OPTIONAL, NODE_CONTAINER_KEYS},
+};
+
+inline constexpr CDocumentKey CLUSTER_KEYS[] = {
+    {PSZ_CLUSTER_NAME, EKeyType::STRING, EKeyNeed::REQUIRED},
+    {PSZ_CLUSTER_REMARK, EKeyType::STRING, EKeyNeed::REQUIRED},
+    {PSZ_CLUSTER_CODE, EKeyType::STRING, EKeyNeed::REQUIRED},
+    {PSZ_CLUSTER_FORWARD_TYPE, EKeyType::INTEGER, EKeyNeed::OPTIONAL},
+    {PSZ_CLUSTER_NODE, EKeyType::ARRAY, EKeyNeed::OPTIONAL, CLUSTER_NODE_KEYS},
+};
+
+inline constexpr CDocumentKey CLUSTER_DOCUMENT{"", EKeyType::OBJECT, EKeyNeed::REQUIRED,
+                                               CLUSTER_KEYS};
 
 /// Sets a node's stored members on an object. Always 0.
 int BuildNodeJson(const CNode& node, Json::Value& nodeJson);

@@ -101,10 +101,10 @@ int32_t CClusterCGInfo::ToJson(Json::Value& cgJson) const {
 
 int32_t CClusterCGInfo::ParseJson(const Json::Value& nodeJson) {
     CClusterCGInfo parsed(*this);
-    if (!ReadMembers(nodeJson, {{PSZ_CG_NVRCODE, parsed.m_strCode},
-                                {PSZ_CG_FLOAT_CODE, parsed.m_strFloatCode},
-                                {PSZ_CG_FLOAT_IP, parsed.m_strFloatIp},
-                                {PSZ_CG_DECISION_VER_NUM, parsed.m_strDecVerNum}})) {
+    if (!ReadMembers<CG_KEYS>(nodeJson, To<PSZ_CG_NVRCODE>(parsed.m_strCode),
+                              To<PSZ_CG_FLOAT_CODE>(parsed.m_strFloatCode),
+                              To<PSZ_CG_FLOAT_IP>(parsed.m_strFloatIp),
+                              To<PSZ_CG_DECISION_VER_NUM>(parsed.m_strDecVerNum))) {
         return LogFailure(OPERATION_JSON, ORVA_DATA_INVALID, "parse json fail.");
     }
     *this = std::move(parsed);

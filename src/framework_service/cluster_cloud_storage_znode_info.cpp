@@ -13,8 +13,9 @@ using namespace operation_log;
 namespace {
 
 constexpr char OPERATION[] = "cluster storage info";
-constexpr Json::ArrayIndex NUMERIC_ALLOC_MEMBERS = 5;
-constexpr Json::ArrayIndex NUMERIC_ENTRY_MEMBERS = 6;  ///< without "NodeList"
+constexpr char PARSE_JSON[] = "ParseJson";
+constexpr char PARSE_NODE_JSON[] = "ParseNodeJson";
+constexpr char PARSE_CLOUD_STORAGE_NODE_JSON[] = "ParseCloudStorageNodeJson";
 
 Json::Value BuildAllocJson(const ORVA_CLOUD_STORAGE_ALLOC_INFO& allocInfo) {
     Json::Value allocJson;
@@ -49,6 +50,78 @@ Json::Value BuildJson(const std::map<std::string, CloudStorageInfo>& infoMap) {
     return root;
 }
 
+/// The operation of the name PARSE_NODE_JSON. Clears bAsBuilt when ToJson would not build the same.
+int32_t ReadAlloc(const Json::Value& allocJson, ORVA_CLOUD_STORAGE_ALLOC_INFO& allocInfo,
+                  bool& bAsBuilt) {
+    ORVA_CLOUD_STORAGE_ALLOC_INFO read{};
+    if (!ReadMembersAsWritten<CLOUD_STORAGE_ALLOC_KEYS>(
+            allocJson, bAsBuilt, To<PSZ_CLOUD_STORAGE_CODE>(read.cloudStorageCode),
+            To<PSZ_CLOUD_STORAGE_ALLOC_SIZE>(read.allocStorage),
+            To<PSZ_CLOUD_STORAGE_USED_SIZE>(read.usedStorage), To<PSZ_CLOUD_STORAGE_DNS>(read.dns),
+            To<PSZ_CLOUD_STORAGE_PATH>(read.path))) {
+        return LogFailure({"cluster cloud storage node info", CPlace::Of(PARSE_NODE_JSON)},
+                          ORVA_DATA_INVALID, "node is null or illegal.");
+    }
+    bAsBuilt = bAsBuilt && allocJson.size() == std::size(CLOUD_STORAGE_ALLOC_KEYS);
+    read.freeStorage = allocInfo.freeStorage;
+    allocInfo = std::move(read);
+    return ORVA_SUCCEED;
+}
+
+/// The same of the name PARSE_CLOUD_STORAGE_NODE_JSON, for what an entry holds beside its node and
+/// its allocations.
+int32_t ReadRequest(const Json::Value& entryJson, CloudStorageInfo& info, bool& bAsBuilt) {
+    CloudStorageInfo read{};
+    if (!ReadMembersAsWritten<CLOUD_STORAGE_ENTRY_KEYS>(
+            entryJson, bAsBuilt, To<PSZ_CLOUD_STORAGE_SERVICE_TYPE>(read.strServiceType),
+            To<PSZ_CLOUD_STORAGE_PRODUCT_TYPE>(read.strProductType),
+            To<PSZ_CLOUD_STORAGE_REQ>(read.iReqStorage),
+            To<PSZ_CLOUD_STORAGE_REQ_PIC>(read.iReqPicStorage),
+            To<PSZ_CLOUD_STORAGE_LOWPRI_BIT>(read.iLowPriorityBitRate))) {
+        return LogFailure({"cluster cloud storage info", CPlace::Of(PARSE_CLOUD_STORAGE_NODE_JSON)},
+                          ORVA_DATA_INVALID, "node is null or illegal.");
+    }
+    read.allocInfo.swap(info.allocInfo);
+    info = std::move(read);
+    return ORVA_SUCCEED;
+}
+
+/// Appends an entry's allocations for PARSE_JSON.
+bool ReadAllocs(const Json::Value& allocsJson, const std::string& strNodeCode,
+                std::list<ORVA_CLOUD_STORAGE_ALLOC_INFO>& allocInfoList, bool& bAsBuilt) {
+    for (const Json::Value& allocJson : allocsJson) {
+        ORVA_CLOUD_STORAGE_ALLOC_INFO& allocInfo = allocInfoList.emplace_back();
+        if (ReadAlloc(allocJson, allocInfo, bAsBuilt) != ORVA_SUCCEED) {
+            return false;
+        }
+        LogInfo({OPERATION, CPlace::Of(PARSE_JSON)},
+                "nvr code=%s, code=%s, alloc=%d, used=%d, dns=%s, path=%s", strNodeCode.c_str(),
+                allocInfo.cloudStorageCode.c_str(), allocInfo.allocStorage, allocInfo.usedStorage,
+                allocInfo.dns.c_str(), allocInfo.path.c_str());
+    }
+    return true;
+}
+
+/// Reads an entry for PARSE_JSON. Returns null, or the line that says what is wrong.
+const char* ReadEntry(const Json::Value& entryJson, std::string& strNodeCode,
+                      CloudStorageInfo& info, bool& bAsBuilt) {
+    const Json::Value* pAllocs = nullptr;
+    if (!ReadMembers<CLOUD_STORAGE_ENTRY_KEYS>(entryJson,
+                                               To<PSZ_CLOUD_STORAGE_NVRCODE>(strNodeCode),
+                                               To<PSZ_CLOUD_STORAGE_NODE_LIST>(pAllocs))) {
+        return "node code is invalid, json text[%s].";
+    }
+    if (ReadRequest(entryJson, info, bAsBuilt) != ORVA_SUCCEED) {
+        return "parse cloud storage node failed, json text[%s].";
+    }
+    if (pAllocs != nullptr && !ReadAllocs(*pAllocs, strNodeCode, info.allocInfo, bAsBuilt)) {
+        return "parse node json fail, json text[%s].";
+    }
+    bAsBuilt = bAsBuilt && entryJson.size() == std::size(CLOUD_STORAGE_ENTRY_KEYS) -
+                                                   (info.allocInfo.empty() ? 1 : 0);
+    return nullptr;
+}
+
 }  // namespace
 
 CClusterCloudStorageZNodeInfo::CClusterCloudStorageZNodeInfo() = default;
@@ -70,8 +143,8 @@ int32_t CClusterCloudStorageZNodeInfo::ParseJson(const char* pszJson) {
     if (!ParseJsonText(pszJson, root)) {
         return LogFailure(OPERATION, ORVA_DATA_INVALID, "parse json fail, json text[%s].", pszJson);
     }
-    const Json::Value* pEntries = FindArray(root, PSZ_CLOUD_STORAGE_SET);
-    if (pEntries == nullptr) {
+    const Json::Value* pEntries = nullptr;
+    if (!ReadMembers<CLOUD_STORAGE_KEYS>(root, To<PSZ_CLOUD_STORAGE_SET>(pEntries))) {
         return LogFailure(OPERATION, ORVA_DATA_INVALID,
                           "CloudStorageSet is invalid, json text[%s].", pszJson);
     }
@@ -81,34 +154,13 @@ int32_t CClusterCloudStorageZNodeInfo::ParseJson(const char* pszJson) {
     m_json = {};
     for (const Json::Value& entryJson : *pEntries) {
         std::string strNodeCode;
-        if (!ReadMembers(entryJson, {{PSZ_CLOUD_STORAGE_NVRCODE, strNodeCode}})) {
-            return LogFailure(OPERATION, ORVA_DATA_INVALID, "node code is invalid, json text[%s].",
-                              pszJson);
-        }
         CloudStorageInfo info{};
-        if (ParseCloudStorageNodeJson(entryJson, info, bAsBuilt) != ORVA_SUCCEED) {
-            return LogFailure(OPERATION, ORVA_DATA_INVALID,
-                              "parse cloud storage node failed, json text[%s].", pszJson);
+        if (const char* const pszFault = ReadEntry(entryJson, strNodeCode, info, bAsBuilt);
+            pszFault != nullptr) {
+            return LogFailure(OPERATION, ORVA_DATA_INVALID, pszFault, pszJson);
         }
-        if (const Json::Value* pAllocs = FindArray(entryJson, PSZ_CLOUD_STORAGE_NODE_LIST);
-            pAllocs != nullptr) {
-            for (const Json::Value& allocJson : *pAllocs) {
-                ORVA_CLOUD_STORAGE_ALLOC_INFO& allocInfo = info.allocInfo.emplace_back();
-                if (ParseNodeJson(allocJson, allocInfo, bAsBuilt) != ORVA_SUCCEED) {
-                    return LogFailure(OPERATION, ORVA_DATA_INVALID,
-                                      "parse node json fail, json text[%s].", pszJson);
-                }
-                bAsBuilt = bAsBuilt && allocJson.size() == NUMERIC_ALLOC_MEMBERS;
-                LogInfo(OPERATION, "nvr code=%s, code=%s, alloc=%d, used=%d, dns=%s, path=%s",
-                        strNodeCode.c_str(), allocInfo.cloudStorageCode.c_str(),
-                        allocInfo.allocStorage, allocInfo.usedStorage, allocInfo.dns.c_str(),
-                        allocInfo.path.c_str());
-            }
-        }
-        bAsBuilt = bAsBuilt &&
-                   (m_cloudStorageInfoMap.empty() ||
-                    m_cloudStorageInfoMap.rbegin()->first < strNodeCode) &&
-                   entryJson.size() == NUMERIC_ENTRY_MEMBERS + (info.allocInfo.empty() ? 0 : 1);
+        bAsBuilt = bAsBuilt && (m_cloudStorageInfoMap.empty() ||
+                                m_cloudStorageInfoMap.rbegin()->first < strNodeCode);
         m_cloudStorageInfoMap.insert_or_assign(m_cloudStorageInfoMap.end(), std::move(strNodeCode),
                                                std::move(info));
     }
@@ -132,64 +184,13 @@ int32_t CClusterCloudStorageZNodeInfo::ToJson(char* pszJson, uint32_t iMaxLen) {
 int32_t CClusterCloudStorageZNodeInfo::ParseNodeJson(const Json::Value& nodeJson,
                                                      ORVA_CLOUD_STORAGE_ALLOC_INFO& nodeInfo) {
     bool bAsBuilt = true;
-    return ParseNodeJson(nodeJson, nodeInfo, bAsBuilt);
-}
-
-int32_t CClusterCloudStorageZNodeInfo::ParseNodeJson(const Json::Value& nodeJson,
-                                                     ORVA_CLOUD_STORAGE_ALLOC_INFO& nodeInfo,
-                                                     bool& bAsBuilt) {
-    std::string strCode;
-    int iAllocSize = 0;
-    int iUsedSize = 0;
-    std::string strDns;
-    std::string strPath;
-    if (!ReadMembers(nodeJson,
-                     {{PSZ_CLOUD_STORAGE_CODE, strCode},
-                      {PSZ_CLOUD_STORAGE_ALLOC_SIZE, iAllocSize},
-                      {PSZ_CLOUD_STORAGE_USED_SIZE, iUsedSize},
-                      {PSZ_CLOUD_STORAGE_DNS, strDns},
-                      {PSZ_CLOUD_STORAGE_PATH, strPath}},
-                     &bAsBuilt)) {
-        return LogFailure("cluster cloud storage node info", ORVA_DATA_INVALID,
-                          "node is null or illegal.");
-    }
-    nodeInfo.cloudStorageCode = std::move(strCode);
-    nodeInfo.allocStorage = iAllocSize;
-    nodeInfo.usedStorage = iUsedSize;
-    nodeInfo.dns = std::move(strDns);
-    nodeInfo.path = std::move(strPath);
-    return ORVA_SUCCEED;
+    return ReadAlloc(nodeJson, nodeInfo, bAsBuilt);
 }
 
 int32_t CClusterCloudStorageZNodeInfo::ParseCloudStorageNodeJson(
     const Json::Value& nodeJson, CloudStorageInfo& tempCloudStorageInfo) {
     bool bAsBuilt = true;
-    return ParseCloudStorageNodeJson(nodeJson, tempCloudStorageInfo, bAsBuilt);
-}
-
-int32_t CClusterCloudStorageZNodeInfo::ParseCloudStorageNodeJson(
-    const Json::Value& nodeJson, CloudStorageInfo& tempCloudStorageInfo, bool& bAsBuilt) {
-    std::string strServiceType;
-    std::string strProductType;
-    int iReqStorage = 0;
-    int iReqPicStorage = 0;
-    int iLowPriorityBitRate = 0;
-    if (!ReadMembers(nodeJson,
-                     {{PSZ_CLOUD_STORAGE_SERVICE_TYPE, strServiceType},
-                      {PSZ_CLOUD_STORAGE_PRODUCT_TYPE, strProductType},
-                      {PSZ_CLOUD_STORAGE_REQ, iReqStorage},
-                      {PSZ_CLOUD_STORAGE_REQ_PIC, iReqPicStorage},
-                      {PSZ_CLOUD_STORAGE_LOWPRI_BIT, iLowPriorityBitRate}},
-                     &bAsBuilt)) {
-        return LogFailure("cluster cloud storage info", ORVA_DATA_INVALID,
-                          "node is null or illegal.");
-    }
-    tempCloudStorageInfo.strServiceType = std::move(strServiceType);
-    tempCloudStorageInfo.strProductType = std::move(strProductType);
-    tempCloudStorageInfo.iReqStorage = iReqStorage;
-    tempCloudStorageInfo.iReqPicStorage = iReqPicStorage;
-    tempCloudStorageInfo.iLowPriorityBitRate = iLowPriorityBitRate;
-    return ORVA_SUCCEED;
+    return ReadRequest(nodeJson, tempCloudStorageInfo, bAsBuilt);
 }
 
 void CClusterCloudStorageZNodeInfo::SetCloudStorageInfo(const std::string& nodeCode,

@@ -26,17 +26,19 @@ int32_t CClusterConfigZNodeInfo::ParseJson(const char* pszJson) {
     bool bLoadBalance = false;
     bool bFaultShift = false;
     bool bLoadBalanceOnePeriod = false;
-    if (!ReadMembers(root, {{PSZ_CLUSTER_LOAD_BALANCE, bLoadBalance},
-                            {PSZ_CLUSTER_FAULT_SHIFT, bFaultShift},
-                            {PSZ_CLUSTER_LOAD_BALANCE_ONE_PERIOD, bLoadBalanceOnePeriod}})) {
+    CAnyMember thresholds;
+    if (!ReadMembers<CLUSTER_CONFIG_KEYS>(
+            root, To<PSZ_CLUSTER_LOAD_BALANCE>(bLoadBalance),
+            To<PSZ_CLUSTER_FAULT_SHIFT>(bFaultShift),
+            To<PSZ_CLUSTER_LOAD_BALANCE_ONE_PERIOD>(bLoadBalanceOnePeriod),
+            To<PSZ_CLUSTER_LOAD_BALANCE_THRESHOLD>(thresholds))) {
         return LogFailure(OPERATION_PARSE, ORVA_DATA_INVALID, MESSAGE_ILLEGAL, pszJson);
     }
     m_bLoadBalance = bLoadBalance;
     m_bFaultShift = bFaultShift;
     m_bLoadBalanceOnePeriod = bLoadBalanceOnePeriod;
 
-    const Json::Value* pThresholds = FindArray(root, PSZ_CLUSTER_LOAD_BALANCE_THRESHOLD);
-    if (pThresholds == nullptr) {
+    if (thresholds.pValue == nullptr || !thresholds.pValue->isArray()) {
         return ORVA_SUCCEED;
     }
     // Thresholds are looked for in an array alone, and an array has no members by name: the lookup
@@ -44,9 +46,9 @@ int32_t CClusterConfigZNodeInfo::ParseJson(const char* pszJson) {
     int iDisk = 0;
     int iNet = 0;
     int iChannel = 0;
-    if (!ReadMembers(*pThresholds, {{PSZ_CLUSTER_DISK_THRESHOLD, iDisk},
-                                    {PSZ_CLUSTER_NET_THRESHOLD, iNet},
-                                    {PSZ_CLUSTER_CHANNEL_THRESHOLD, iChannel}})) {
+    if (!ReadMembers<CLUSTER_THRESHOLD_KEYS>(
+            *thresholds.pValue, To<PSZ_CLUSTER_DISK_THRESHOLD>(iDisk),
+            To<PSZ_CLUSTER_NET_THRESHOLD>(iNet), To<PSZ_CLUSTER_CHANNEL_THRESHOLD>(iChannel))) {
         return LogFailure(OPERATION_PARSE, ORVA_DATA_INVALID, MESSAGE_ILLEGAL, pszJson);
     }
     m_iLoadBalanceDiskThreshold = iDisk;

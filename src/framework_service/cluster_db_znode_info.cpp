@@ -41,21 +41,18 @@ auto FindDB(List& listDBInfo, DBField pField, const std::string& strValue) {
         [pField, &strValue](const CClusterDBInfo& info) { return (info.*pField)() == strValue; });
 }
 
-bool HasToken(const Json::Value& dbJson) {
-    const Json::Value* pToken = FindMember(dbJson, PSZ_CLUSTER_DB_TOKEN);
-    return pToken != nullptr && pToken->isString();
-}
-
 /// Reads a record; false, with the record untouched, when a member is missing or of another type.
 /// A token comes from the slot and never from the text: a text there is replaced, and anything else
-/// becomes what the JSON library makes of it.
-bool ReadDBInfo(const Json::Value& dbJson, int iDBType, int iCDBIndex, CClusterDBInfo& info) {
+/// becomes what the JSON library makes of it. bHasToken says whether a text was there.
+bool ReadDBInfo(const Json::Value& dbJson, int iDBType, int iCDBIndex, CClusterDBInfo& info,
+                bool& bHasToken) {
     std::string strNodeId;
     std::string strIp;
     int iPort = 0;
-    if (!ReadMembers(dbJson, {{PSZ_CLUSTER_DB_NODE, strNodeId},
-                              {PSZ_CLUSTER_DB_IP, strIp},
-                              {PSZ_CLUSTER_DB_PORT, iPort}})) {
+    CAnyMember token;
+    if (!ReadMembers<CLUSTER_DB_NODE_KEYS>(
+            dbJson, To<PSZ_CLUSTER_DB_NODE>(strNodeId), To<PSZ_CLUSTER_DB_IP>(strIp),
+            To<PSZ_CLUSTER_DB_PORT>(iPort), To<PSZ_CLUSTER_DB_TOKEN>(token))) {
         return false;
     }
     info.SetDBType(iDBType);
@@ -63,11 +60,11 @@ bool ReadDBInfo(const Json::Value& dbJson, int iDBType, int iCDBIndex, CClusterD
     info.SetNodeIp(strIp);
     info.SetPort(iPort);
     std::string strToken;
-    if (HasToken(dbJson)) {
+    bHasToken = token.pValue != nullptr && token.pValue->isString();
+    if (bHasToken) {
         CClusterDBInfo::GenerateCDBToken(strToken, iCDBIndex);
-    } else if (const Json::Value* pToken = FindMember(dbJson, PSZ_CLUSTER_DB_TOKEN);
-               pToken != nullptr) {
-        strToken = pToken->asString();
+    } else if (token.pValue != nullptr) {
+        strToken = token.pValue->asString();
     }
     info.SetCDBToken(strToken);
     return true;
@@ -147,14 +144,15 @@ int32_t CClusterDBZNodeInfo::ParseJson(const char* pszJson) {
     if (!ParseJsonText(pszJson, root)) {
         return LogFailure("cluster db znode info", ORVA_DATA_INVALID, MESSAGE_PARSE_FAIL, pszJson);
     }
-    const Json::Value* pMaster = FindMember(root, PSZ_CLUSTER_DB_MASTER);
-    const Json::Value* pSlaves = FindMember(root, PSZ_CLUSTER_DB_SLAVE);
-    if (pMaster == nullptr || !pMaster->isObject() || pSlaves == nullptr ||
-        !(pSlaves->isObject() || pSlaves->isArray()) ||
-        !ReadDBInfo(*pMaster, CLUSTER_DB_MASTER, 0, m_masterDBInfo)) {
+    const Json::Value* pMaster = nullptr;
+    const Json::Value* pSlaves = nullptr;
+    bool bHasToken = false;
+    if (!ReadMembers<CLUSTER_DB_KEYS>(root, To<PSZ_CLUSTER_DB_MASTER>(pMaster),
+                                      To<PSZ_CLUSTER_DB_SLAVE>(pSlaves)) ||
+        !ReadDBInfo(*pMaster, CLUSTER_DB_MASTER, 0, m_masterDBInfo, bHasToken)) {
         return LogFailure(OPERATION_ILLEGAL, ORVA_DATA_INVALID, MESSAGE_ILLEGAL, pszJson);
     }
-    int iCDBIndex = HasToken(*pMaster) ? 1 : 0;
+    int iCDBIndex = bHasToken ? 1 : 0;
     int iRet = ORVA_SUCCEED;
     if (pSlaves->isObject()) {
         iRet = ParseSingleSlaveDB(*pSlaves, iCDBIndex);
@@ -172,7 +170,8 @@ int32_t CClusterDBZNodeInfo::ParseJson(const char* pszJson) {
 
 int CClusterDBZNodeInfo::ParseSingleSlaveDB(const Json::Value& salveDBJson, int iCDBIndex) {
     CClusterDBInfo info;
-    if (!ReadDBInfo(salveDBJson, CLUSTER_DB_SLAVE, iCDBIndex, info)) {
+    bool bHasToken = false;
+    if (!ReadDBInfo(salveDBJson, CLUSTER_DB_SLAVE, iCDBIndex, info, bHasToken)) {
         return LogFailure(OPERATION_ILLEGAL, ORVA_DATA_INVALID, "illegal salve db json.");
     }
     m_listSlaveDBInfo.push_back(std::move(info));
@@ -318,15 +317,16 @@ int32_t CClusterDBVerZNodeInfo::ParseJson(const char* pszJson) {
     if (!ParseJsonText(pszJson, root)) {
         return LogFailure(OPERATION_VERSION, ORVA_DATA_INVALID, MESSAGE_PARSE_FAIL, pszJson);
     }
-    const Json::Value* pEntries = FindArray(root, PSZ_CLUSTER_CDB_VER_SET);
-    if (pEntries == nullptr) {
+    const Json::Value* pEntries = nullptr;
+    if (!ReadMembers<CLUSTER_CDB_VER_KEYS>(root, To<PSZ_CLUSTER_CDB_VER_SET>(pEntries))) {
         return LogFailure(OPERATION_VERSION, ORVA_DATA_INVALID, MESSAGE_ILLEGAL, pszJson);
     }
     for (const Json::Value& entryJson : *pEntries) {
         std::string strNodeCode;
         CenterDbVerInfo verInfo;
-        if (!ReadMembers(entryJson, {{PSZ_CLUSTER_CDB_NODECODE, strNodeCode},
-                                     {PSZ_CLUSTER_CDB_VER_VALUE, verInfo.m_cdbVer}})) {
+        if (!ReadMembers<CLUSTER_CDB_VER_ENTRY_KEYS>(
+                entryJson, To<PSZ_CLUSTER_CDB_NODECODE>(strNodeCode),
+                To<PSZ_CLUSTER_CDB_VER_VALUE>(verInfo.m_cdbVer))) {
             return LogFailure(OPERATION_VERSION, ORVA_DATA_INVALID, MESSAGE_ILLEGAL, pszJson);
         }
         m_cdbVerInfoMap.insert_or_assign(std::move(strNodeCode), std::move(verInfo));

@@ -3,6 +3,7 @@
 #include <algorithm>
 #include <cstddef>
 #include <optional>
+#include <string_view>
 #include <utility>
 
 #include "common_service/bounded_string.h"
@@ -60,14 +61,14 @@ int32_t CClusterMGRZNodeInfo::ParseJson(const char* pszJson) {
         return LogFailure("cluster db znode info", ORVA_DATA_INVALID,
                           "parse json fail, json text[%s].", pszJson);
     }
-    const Json::Value* pMaster = FindMember(root, PSZ_CLUSTER_MGR_MASTER);
-    if (pMaster == nullptr || !pMaster->isObject()) {
+    const Json::Value* pMaster = nullptr;
+    if (!ReadMembers<CLUSTER_MGR_KEYS>(root, To<PSZ_CLUSTER_MGR_MASTER>(pMaster))) {
         return LogFailure("ccluster db znode info", ORVA_DATA_INVALID, MESSAGE_ILLEGAL, pszJson);
     }
     std::string strNodeId;
     std::string strNodeIp;
-    if (!ReadMembers(*pMaster,
-                     {{PSZ_CLUSTER_MGR_NODE, strNodeId}, {PSZ_CLUSTER_MGR_IP, strNodeIp}})) {
+    if (!ReadMembers<CLUSTER_MGR_NODE_KEYS>(*pMaster, To<PSZ_CLUSTER_MGR_NODE>(strNodeId),
+                                            To<PSZ_CLUSTER_MGR_IP>(strNodeIp))) {
         return LogFailure("ccluster mgr znode info", ORVA_DATA_INVALID, MESSAGE_ILLEGAL, pszJson);
     }
     m_masterMGRInfo.SetNodeId(strNodeId);
@@ -145,15 +146,17 @@ bool CClusterMGRZNodeInfo::GetStringFromJson(Json::Value jsonVal, const char* pc
         LogFailure("pcKeyStr or acVal is NULL", ORVA_FAIL, "");
         return false;
     }
-    std::string strValue;
-    if (!ReadMembers(jsonVal, {{pcKeyStr, strValue}})) {
+    const Json::Value* pMember = FindMember(jsonVal, pcKeyStr);
+    const std::optional<std::string_view> text =
+        pMember != nullptr ? TextOf(*pMember) : std::nullopt;
+    if (!text) {
         LogWarning("Get stromg frome json", "Get [%s] return other value, not string.\r\n",
                    pcKeyStr);
         return false;
     }
     if (iLen > 0) {
         const auto uiSize = static_cast<std::size_t>(iLen);
-        strncpy_s(acVal, uiSize, strValue.c_str(), std::min(strValue.size(), uiSize - 1));
+        strncpy_s(acVal, uiSize, text->data(), std::min(text->size(), uiSize - 1));
     }
     return true;
 }
@@ -163,10 +166,12 @@ bool CClusterMGRZNodeInfo::GetIntFromJson(Json::Value jsonVal, const char* pcKey
         LogFailure("pcKeyStr or piVal is NULL", ORVA_FAIL, "");
         return false;
     }
-    if (!ReadMembers(jsonVal, {{pcKeyStr, *piVal}})) {
+    const Json::Value* pMember = FindMember(jsonVal, pcKeyStr);
+    if (pMember == nullptr || !pMember->isInt()) {
         LogWarning("Get int frome json", "Get [%s] return other value, not string.", pcKeyStr);
         return false;
     }
+    *piVal = pMember->asInt();
     return true;
 }
 // NOLINTEND(performance-unnecessary-value-param)

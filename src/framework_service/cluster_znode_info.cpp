@@ -19,16 +19,17 @@ constexpr char OPERATION[] = "cluster znode info";
 
 /// The container type that an entry names, if it names one.
 std::optional<std::string_view> ContainerTypeOf(const Json::Value& containerJson) {
-    const Json::Value* pType = FindMember(containerJson, PSZ_NODE_CONTAINER_TYPE);
-    return pType != nullptr ? TextOf(*pType) : std::nullopt;
+    std::string_view type;
+    return ReadMembers<NODE_CONTAINER_KEYS>(containerJson, To<PSZ_NODE_CONTAINER_TYPE>(type))
+               ? std::make_optional(type)
+               : std::nullopt;
 }
 
 /// Reads the container types of a node. A list that holds them already stays as it is: most nodes
 /// run what the node before them runs, and share its list. False, with the list unchanged, when an
 /// entry names no type.
-bool ReadContainerTypes(const Json::Value& nodeJson,
+bool ReadContainerTypes(const Json::Value* pContainers,
                         CCopyOnWrite<std::list<std::string>>& containerList) {
-    const Json::Value* pContainers = FindArray(nodeJson, PSZ_NODE_CONTAINER);
     if (pContainers == nullptr) {
         containerList = {};
         return true;
@@ -81,14 +82,14 @@ int ParseNodeJson(const Json::Value& nodeJson, CNode& node) {
     int iNodeIpType = 0;
     int iNodeRole = 0;
     int iDomainRole = 0;
-    std::string strStatus;
-    if (!ReadMembers(nodeJson, {{PSZ_NODE_ID, strNodeId},
-                                {PSZ_NODE_IP, strNodeIp},
-                                {PSZ_NODE_IP_TYPE, iNodeIpType},
-                                {PSZ_NODE_ROLE, iNodeRole},
-                                {PSZ_NODE_STATUS, strStatus},
-                                {PSZ_NODE_DOMAIN_ROLE, iDomainRole}}) ||
-        !ReadContainerTypes(nodeJson, CFrameworkInternal::ContainerTypes(node))) {
+    std::string_view status;
+    const Json::Value* pContainers = nullptr;
+    if (!ReadMembers<CLUSTER_NODE_KEYS>(
+            nodeJson, To<PSZ_NODE_ID>(strNodeId), To<PSZ_NODE_IP>(strNodeIp),
+            To<PSZ_NODE_IP_TYPE>(iNodeIpType), To<PSZ_NODE_ROLE>(iNodeRole),
+            To<PSZ_NODE_STATUS>(status), To<PSZ_NODE_DOMAIN_ROLE>(iDomainRole),
+            To<PSZ_NODE_CONTAINER>(pContainers)) ||
+        !ReadContainerTypes(pContainers, CFrameworkInternal::ContainerTypes(node))) {
         return LogFailure(OPERATION, ORVA_DATA_INVALID, "node id or node name is null or illegal.");
     }
     node.SetNodeId(strNodeId);
@@ -96,7 +97,7 @@ int ParseNodeJson(const Json::Value& nodeJson, CNode& node) {
     node.SetNodeIpType(iNodeIpType);
     node.SetNodeRole(iNodeRole);
     node.SetDomainRole(iDomainRole);
-    if (strStatus == PSZ_NODE_STATUS_REMOVED) {
+    if (status == PSZ_NODE_STATUS_REMOVED) {
         node.SetMemberStatus(CLUSTER_MEMBER_REMOVED);
     }
     return ORVA_SUCCEED;
@@ -119,14 +120,16 @@ int32_t CClusterZNodeInfo::ParseJson(const char* pszJson) {
         return LogFailure(OPERATION, ORVA_DATA_INVALID, "parse json fail, json text[%s].", pszJson);
     }
     CClusterZNodeInfo parsed;
-    if (!ReadMembers(root, {{PSZ_CLUSTER_REMARK, parsed.m_strClusterRemark},
-                            {PSZ_CLUSTER_NAME, parsed.m_strClusterName},
-                            {PSZ_CLUSTER_CODE, parsed.m_strClusterCode}})) {
+    const Json::Value* pNodes = nullptr;
+    if (!ReadMembers<CLUSTER_KEYS>(root, To<PSZ_CLUSTER_REMARK>(parsed.m_strClusterRemark),
+                                   To<PSZ_CLUSTER_NAME>(parsed.m_strClusterName),
+                                   To<PSZ_CLUSTER_CODE>(parsed.m_strClusterCode),
+                                   To<PSZ_CLUSTER_FORWARD_TYPE>(parsed.m_iClusterForwardType),
+                                   To<PSZ_CLUSTER_NODE>(pNodes))) {
         return LogFailure(OPERATION, ORVA_DATA_INVALID,
                           "cluster id or name is null or illegal, json text[%s].", pszJson);
     }
-    ReadMembers(root, {{PSZ_CLUSTER_FORWARD_TYPE, parsed.m_iClusterForwardType}});
-    if (const Json::Value* pNodes = FindArray(root, PSZ_CLUSTER_NODE); pNodes != nullptr) {
+    if (pNodes != nullptr) {
         // One node for all entries: "Removed" carries over from the entry that says it to the rest.
         CNode node;
         for (const Json::Value& nodeJson : *pNodes) {

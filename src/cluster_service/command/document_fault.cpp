@@ -5,6 +5,7 @@
 #include <exception>
 
 #include "command/json_text.h"
+#include "command/key_fault.h"
 #include "common_service/logger.h"
 #include "common_service/tarn_def.h"
 
@@ -52,7 +53,7 @@ std::optional<std::string> FindFault(const CStoreDocument& document, const std::
     if (!refusal) {
         return std::nullopt;
     }
-    if (auto fault = FindKeyFault(document.requiredKeys, strText, root)) {
+    if (auto fault = FindKeyFault(document.keys, strText, root)) {
         return fault;
     }
     return std::string("is not what a ") + document.pszFile + " must be: " + *refusal;

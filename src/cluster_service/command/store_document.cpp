@@ -10,8 +10,16 @@
 #include "framework_service/cluster_mgr_znode_info.h"
 #include "framework_service/cluster_znode_info.h"
 #include "framework_service/schedule_mgr.h"
+#include "reference_host/version_keys.h"
 
 namespace {
+
+constexpr CDocumentKey VERSION_KEYS[] = {
+    {PSZ_DECISION_VER_NUM, EKeyType::UNSIGNED, EKeyNeed::REQUIRED},
+    {PSZ_MASTER_VER_NUM, EKeyType::UNSIGNED, EKeyNeed::REQUIRED},
+};
+
+constexpr CDocumentKey VERSION_DOCUMENT{"", EKeyType::OBJECT, EKeyNeed::REQUIRED, VERSION_KEYS};
 
 template <class Document>
 std::unique_ptr<CBaseJsonObject> Make() {
@@ -22,15 +30,15 @@ std::unique_ptr<CBaseJsonObject> Make() {
 
 const std::vector<CStoreDocument>& StoreDocuments() {
     static const std::vector<CStoreDocument> documents{
-        {STORE_NODE_CLUSTER, "cluster.json", Make<CClusterZNodeInfo>, CLUSTER_KEYS},
+        {STORE_NODE_CLUSTER, "cluster.json", Make<CClusterZNodeInfo>, CLUSTER_DOCUMENT},
         {STORE_NODE_CLOUD_STORAGE, "cloud_storage.json", Make<CClusterCloudStorageZNodeInfo>,
-         CLOUD_STORAGE_KEYS},
+         CLOUD_STORAGE_DOCUMENT},
         {STORE_NODE_CLUSTER_CONFIG, "cluster_config.json", Make<CClusterConfigZNodeInfo>,
-         CLUSTER_CONFIG_KEYS},
-        {STORE_NODE_CENTER_DB, "center_db.json", Make<CClusterDBZNodeInfo>, CENTER_DB_KEYS},
-        {STORE_NODE_MGR, "manager.json", Make<CClusterMGRZNodeInfo>, MANAGER_KEYS},
-        {STORE_NODE_CG_LIST, "cg_list.json", Make<CClusterCGInfoList>, CG_LIST_KEYS},
-        {STORE_NODE_VERSION, "version.json", Make<CVersionZNode>, VERSION_KEYS},
+         CLUSTER_CONFIG_DOCUMENT},
+        {STORE_NODE_CENTER_DB, "center_db.json", Make<CClusterDBZNodeInfo>, CLUSTER_DB_DOCUMENT},
+        {STORE_NODE_MGR, "manager.json", Make<CClusterMGRZNodeInfo>, CLUSTER_MGR_DOCUMENT},
+        {STORE_NODE_CG_LIST, "cg_list.json", Make<CClusterCGInfoList>, CG_LIST_DOCUMENT},
+        {STORE_NODE_VERSION, "version.json", Make<CVersionZNode>, VERSION_DOCUMENT},
     };
     return documents;
 }

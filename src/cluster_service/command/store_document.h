@@ -4,8 +4,8 @@
 #include <string>
 #include <vector>
 
-#include "command/required_keys.h"
 #include "common_service/data/communication_data.h"
+#include "framework_service/document_keys.h"
 #include "framework_service/store_path.h"
 
 /// A document of the store and its file.
@@ -13,7 +13,7 @@ struct CStoreDocument {
     const ORVA_STORE_NODE& node;
     const char* pszFile;
     std::unique_ptr<CBaseJsonObject> (*pMake)();
-    const std::vector<CRequiredKey>& requiredKeys;  ///< to name the place of a fault
+    const CDocumentKey& keys;  ///< to name the place of a fault
 
     unsigned int GetMaxSize() const { return node.uiBufLen - 1; }
 };

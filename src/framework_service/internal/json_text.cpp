@@ -15,7 +15,7 @@ namespace framework_internal {
 
 namespace {
 
-bool ReadValue(const Json::Value& value, std::string& strTarget) {
+bool ReadValue(const Json::Value& value, EKeyType, std::string& strTarget) {
     const std::optional<std::string_view> text = TextOf(value);
     if (text) {
         strTarget = *text;
@@ -23,7 +23,13 @@ bool ReadValue(const Json::Value& value, std::string& strTarget) {
     return text.has_value();
 }
 
-bool ReadValue(const Json::Value& value, int& iTarget) {
+bool ReadValue(const Json::Value& value, EKeyType, std::string_view& target) {
+    const std::optional<std::string_view> text = TextOf(value);
+    target = text.value_or(target);
+    return text.has_value();
+}
+
+bool ReadValue(const Json::Value& value, EKeyType, int& iTarget) {
     if (!value.isInt()) {
         return false;
     }
@@ -31,11 +37,26 @@ bool ReadValue(const Json::Value& value, int& iTarget) {
     return true;
 }
 
-bool ReadValue(const Json::Value& value, bool& bTarget) {
+bool ReadValue(const Json::Value& value, EKeyType, bool& bTarget) {
     if (!value.isBool()) {
         return false;
     }
     bTarget = value.asBool();
+    return true;
+}
+
+// isObject and isArray of the JSON library hold for these types alone, null excepted.
+bool ReadValue(const Json::Value& value, EKeyType eType, const Json::Value*& pTarget) {
+    const bool bObject = value.type() == Json::objectValue && eType != EKeyType::ARRAY;
+    const bool bArray = value.type() == Json::arrayValue && eType != EKeyType::OBJECT;
+    if (bObject || bArray) {
+        pTarget = &value;
+    }
+    return bObject || bArray;
+}
+
+bool ReadValue(const Json::Value& value, EKeyType, CAnyMember& target) {
+    target.pValue = &value;
     return true;
 }
 
@@ -58,39 +79,42 @@ const Json::Value* FindMember(const Json::Value& object, const char* pszKey) {
     return object.find(pszKey, pszKey + std::strlen(pszKey));
 }
 
-const Json::Value* FindArray(const Json::Value& object, const char* pszKey) {
-    const Json::Value* pMember = FindMember(object, pszKey);
-    return pMember != nullptr && pMember->isArray() ? pMember : nullptr;
-}
-
-bool ReadMembers(const Json::Value& object, std::initializer_list<JsonMember> members,
+bool ReadMembers(const Json::Value& object, const JsonMember* pMembers, std::size_t uiSize,
                  bool* pbAsWritten) {
+    const JsonMember* const pEnd = pMembers + uiSize;
+    const auto isRequired = [](const JsonMember& member) {
+        return member.eNeed == EKeyNeed::REQUIRED;
+    };
+    auto iMissing = std::count_if(pMembers, pEnd, isRequired);
     if (!object.isObject()) {
-        return FindMember(object, "") != nullptr;  // null has no members, the rest throws
+        FindMember(object, "");  // null has no members, the rest throws
+        return iMissing == 0;
     }
     // One pass over what the object holds costs less than a look-up for each member.
-    std::size_t uiRead = 0;
     const auto itEnd = object.end();
-    for (auto it = object.begin(); uiRead < members.size() && it != itEnd; ++it) {
+    for (auto it = object.begin(); it != itEnd; ++it) {
         const char* pszEnd = nullptr;
         const char* pszName = it.memberName(&pszEnd);
         const std::string_view name(pszName, static_cast<std::size_t>(pszEnd - pszName));
-        const auto itMember =
-            std::find_if(members.begin(), members.end(),
-                         [name](const JsonMember& member) { return member.key == name; });
-        if (itMember == members.end()) {
+        const auto* const pMember = std::find_if(
+            pMembers, pEnd, [name](const JsonMember& member) { return member.key == name; });
+        if (pMember == pEnd) {
             continue;
         }
-        if (!std::visit([&it](auto* pTarget) { return ReadValue(*it, *pTarget); },
-                        itMember->target)) {
-            return false;
+        const bool bRead =
+            std::visit([&](auto* pTarget) { return ReadValue(*it, pMember->eType, *pTarget); },
+                       pMember->target);
+        if (isRequired(*pMember)) {
+            if (!bRead) {
+                return false;
+            }
+            --iMissing;
         }
         if (pbAsWritten != nullptr && it->type() == Json::realValue) {
             *pbAsWritten = false;
         }
-        ++uiRead;
     }
-    return uiRead == members.size();
+    return iMissing == 0;
 }
 
 void WriteJsonText(const Json::Value& root, char* pszJson, uint32_t iMaxLen) {
