@@ -3,6 +3,7 @@
 #include <memory>
 #include <optional>
 #include <string>
+#include <vector>
 
 #include "reference_host/store.h"
 
@@ -15,12 +16,15 @@ public:
 
     int Read(const std::string& strPath, StoreWatcher pWatcher, CStoreAnswer& answer) override;
     int Write(const std::string& strPath, const std::string& strText) override;
+    int List(const std::string& strPath, std::vector<std::string>& children) override;
+    int Commit(const std::vector<CStoreCondition>& conditions, const std::vector<CStoreText>& texts)
+        override;
 
-    /// Makes the uiNth call from now, 1 being the next, fail with iCode: once, reads and writes
+    /// Makes the uiNth call from now, 1 being the next, fail with iCode: once, the calls of IStore
     /// counted together. A call that fails so leaves the store, the watches and the answer alone.
     void FailCall(unsigned int uiNth, int iCode);
 
-    /// How many reads and writes there were, failed ones included.
+    /// How many calls of IStore there were, failed ones included.
     unsigned int GetCallCount() const;
 
     /// The text of a node; nothing when it is absent or without data.

@@ -5,6 +5,7 @@
 #include <memory>
 #include <optional>
 #include <string>
+#include <vector>
 
 #include "common_service/oper_common.h"
 
@@ -15,10 +16,40 @@
 using StoreWatcher = void (*)(zhandle_t* zh, int type, int state, const char* path,
                               void* watcherCtx);
 
+/// What a store itself answers, and COperCommon for it, beside the codes of the store's client and
+/// those of the documents.
+enum enStoreError {
+    STORE_NODE_ABSENT = 109200001,
+    STORE_TEXT_TOO_LONG = 109200002,
+    STORE_NOT_SET = 109200003,
+    STORE_NO_SUPPORT = 109200004,        ///< this store cannot do that
+    STORE_CONDITION_FAILED = 109200005,  ///< nothing written: a node is at another version
+    STORE_OUTCOME_UNKNOWN = 109200006,   ///< written whole or not at all, now or still to come
+};
+
+/// The version of a node that is not there.
+constexpr std::int64_t STORE_VERSION_ABSENT = -1;
+
 /// What a read found.
 struct CStoreAnswer {
     bool bExists = false;
     std::optional<std::string> text;  ///< nothing when the node exists without data
+
+    /// Another one after every write of the node, and a higher one as long as it is not taken away;
+    /// of use in a commit on the same store only.
+    std::int64_t iVersion = STORE_VERSION_ABSENT;
+};
+
+/// A node that a commit wants untouched since its version was read.
+struct CStoreCondition {
+    std::string strPath;
+    std::int64_t iVersion = STORE_VERSION_ABSENT;
+};
+
+/// A node with the text that a commit gives it.
+struct CStoreText {
+    std::string strPath;
+    std::string strText;
 };
 
 /// A coordination store: a tree of nodes with a text each. Callable from any thread; every call
@@ -34,19 +65,32 @@ public:
     /// Writes a node, creating it and its parents where they are missing. Returns 0, or a code with
     /// the store unchanged.
     virtual int Write(const std::string& strPath, const std::string& strText) = 0;
+
+    /// Lists the children of a node, "/" being above all: their bare names in the order of their
+    /// bytes, in the place of what the list held. Returns 0, STORE_NODE_ABSENT for an absent node,
+    /// or another code; the list is then untouched.
+    virtual int List(const std::string& /*strPath*/, std::vector<std::string>& /*children*/) {
+        return STORE_NO_SUPPORT;
+    }
+
+    /// Writes texts as Write does, all of them or none, if each node that a condition names is
+    /// still at its version. The nodes of the conditions need not be those of the texts; without
+    /// conditions the texts are written whatever is there. A node may have one text only, else
+    /// ORVA_PARA_INVALID.
+    ///
+    /// Returns 0; STORE_CONDITION_FAILED; STORE_OUTCOME_UNKNOWN, after which a new read may show
+    /// either, and a commit with the old conditions does no harm; or another code. With every code
+    /// but STORE_OUTCOME_UNKNOWN nothing is written and nothing will be.
+    virtual int Commit(const std::vector<CStoreCondition>& /*conditions*/,
+                       const std::vector<CStoreText>& /*texts*/) {
+        return STORE_NO_SUPPORT;
+    }
 };
 
 /// Does a text take so much of its limit that it is time to warn? A write warns by its buffer.
 constexpr bool IsNearlyFull(std::size_t size, std::size_t limit) {
     return size * std::uint64_t{100} >= limit * std::uint64_t{80};
 }
-
-/// What COperCommon itself answers, beside the store's codes and those of the documents.
-enum enStoreError {
-    STORE_NODE_ABSENT = 109200001,
-    STORE_TEXT_TOO_LONG = 109200002,
-    STORE_NOT_SET = 109200003,
-};
 
 /// Puts a store behind COperCommon. Until then, and after a null pointer, every store call fails.
 /// Calls that are running end on the store that they began with.

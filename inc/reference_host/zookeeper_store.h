@@ -3,6 +3,7 @@
 #include <chrono>
 #include <memory>
 #include <string>
+#include <vector>
 
 #include "reference_host/store.h"
 
@@ -11,10 +12,11 @@ struct CZooKeeperOptions {
     std::string strServers;
 
     /// After this time without contact the servers forget the session. A server that hangs is left
-    /// for the next one after two thirds of it.
-    std::chrono::milliseconds sessionTimeout{6000};
+    /// for the next one after two thirds of it. Servers in their common configuration take no less
+    /// than 4000 ms.
+    std::chrono::milliseconds sessionTimeout{4000};
 
-    /// The longest that one read or write takes, retries and waiting for a connection included.
+    /// The longest that one call takes, retries and waiting for a connection included.
     std::chrono::milliseconds callDeadline{5000};
 };
 
@@ -22,9 +24,16 @@ struct CZooKeeperOptions {
 /// answers, and opens a new session when the old one is lost; calls wait for it until their
 /// deadline.
 ///
-/// Failures are the client's codes (negative), or ORVA_PARA_INVALID for a node too large for the
-/// servers, which is refused before it is sent. A write that failed may still have happened when
-/// the connection broke or the deadline passed before the answer.
+/// Failures are the client's codes (negative), or ORVA_PARA_INVALID for a node or a commit too
+/// large for the servers, which is refused before it is sent: a commit goes in one request of less
+/// than 1 MiB. A write that failed may still have happened when the connection broke or the
+/// deadline passed before the answer. A commit is sent anew only when the servers refused it; one
+/// whose answer was lost is STORE_OUTCOME_UNKNOWN, unless a look at the nodes shows every text to
+/// be as the commit wanted it and newer than before.
+///
+/// The version of a node is the number of the servers' transaction that wrote its text. A commit on
+/// the absence of a node that it does not write makes and removes that node, or the topmost one
+/// missing above it, in its one step: nobody can read it, but a watcher of that node is called.
 ///
 /// Watchers run on a thread of the store's own, one after the other, and may call the store. They
 /// are called for what the contract names, and also when a change may have been missed or the node
@@ -46,6 +55,9 @@ public:
 
     int Read(const std::string& strPath, StoreWatcher pWatcher, CStoreAnswer& answer) override;
     int Write(const std::string& strPath, const std::string& strText) override;
+    int List(const std::string& strPath, std::vector<std::string>& children) override;
+    int Commit(const std::vector<CStoreCondition>& conditions, const std::vector<CStoreText>& texts)
+        override;
 
 private:
     class CClient;

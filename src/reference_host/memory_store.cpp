@@ -2,33 +2,77 @@
 
 #include <map>
 #include <mutex>
+#include <set>
+#include <utility>
 
+#include "common_service/tarn_def.h"
 #include "internal/store_tree.h"
 
 struct CMemoryStore::CState {
-    /// The code with which this call must fail; 0 for none.
-    int CountCallLocked() {
-        ++uiCallCount;
-        return uiCallCount == uiFailingCall ? iFailingCode : 0;
-    }
+    struct CNode {
+        std::optional<std::string> text;
+        std::int64_t iVersion;
+    };
 
-    void GetNodeLocked(const std::string& strPath, CStoreAnswer& answer) const {
-        const auto it = mapNode.find(strPath);
-        answer.bExists = it != mapNode.end();
-        if (answer.bExists) {
-            answer.text = it->second;
-        } else {
-            answer.text.reset();
-        }
-    }
+    /// The code with which this call must fail; 0 for none.
+    int CountCallLocked();
+    void PutLocked(const std::string& strPath, const std::optional<std::string>& text);
+    void WriteLocked(const std::string& strPath, const std::string& strText, CNodeEvents& events);
+    void GetLocked(const std::string& strPath, CStoreAnswer& answer) const;
+    std::int64_t GetVersionLocked(const std::string& strPath) const;
 
     std::mutex mutex;  ///< guards everything below
-    std::map<std::string, std::optional<std::string>> mapNode;
+    std::map<std::string, CNode> mapNode;
+    std::int64_t iNewestVersion = 0;  ///< of all nodes: one that was taken away comes back newer
     CWatchTable watches;
     unsigned int uiCallCount = 0;
     unsigned int uiFailingCall = 0;
     int iFailingCode = 0;
 };
+
+int CMemoryStore::CState::CountCallLocked() {
+    ++uiCallCount;
+    return uiCallCount == uiFailingCall ? iFailingCode : 0;
+}
+
+void CMemoryStore::CState::PutLocked(const std::string& strPath,
+                                     const std::optional<std::string>& text) {
+    mapNode.insert_or_assign(strPath, CNode{text, ++iNewestVersion});
+}
+
+void CMemoryStore::CState::WriteLocked(const std::string& strPath, const std::string& strText,
+                                       CNodeEvents& events) {
+    for (const std::string& strParent : GetParentPaths(strPath)) {
+        if (mapNode.count(strParent) == 0) {
+            PutLocked(strParent, std::nullopt);
+            events.AddCreated(strParent, watches);
+        }
+    }
+    if (mapNode.count(strPath) == 0) {
+        events.AddCreated(strPath, watches);
+    } else {
+        events.AddChanged(strPath, watches);
+    }
+    PutLocked(strPath, strText);
+}
+
+/// Into the answer, whose text keeps its memory from read to read.
+void CMemoryStore::CState::GetLocked(const std::string& strPath, CStoreAnswer& answer) const {
+    const auto it = mapNode.find(strPath);
+    answer.bExists = it != mapNode.end();
+    if (answer.bExists) {
+        answer.text = it->second.text;
+        answer.iVersion = it->second.iVersion;
+    } else {
+        answer.text.reset();
+        answer.iVersion = STORE_VERSION_ABSENT;
+    }
+}
+
+std::int64_t CMemoryStore::CState::GetVersionLocked(const std::string& strPath) const {
+    const auto it = mapNode.find(strPath);
+    return it == mapNode.end() ? STORE_VERSION_ABSENT : it->second.iVersion;
+}
 
 CMemoryStore::CMemoryStore() : m_pState(std::make_unique<CState>()) {}
 
@@ -41,7 +85,7 @@ int CMemoryStore::Read(const std::string& strPath, StoreWatcher pWatcher, CStore
         return iRet;
     }
     m_pState->watches.Set(strPath, pWatcher);
-    m_pState->GetNodeLocked(strPath, answer);
+    m_pState->GetLocked(strPath, answer);
     return 0;
 }
 
@@ -53,15 +97,50 @@ int CMemoryStore::Write(const std::string& strPath, const std::string& strText) 
         if (iRet != 0) {
             return iRet;
         }
-        for (const std::string& strParent : GetParentPaths(strPath)) {
-            if (m_pState->mapNode.emplace(strParent, std::nullopt).second) {
-                events.AddCreated(strParent, m_pState->watches);
+        m_pState->WriteLocked(strPath, strText, events);
+    }
+    events.Fire();
+    return 0;
+}
+
+int CMemoryStore::List(const std::string& strPath, std::vector<std::string>& children) {
+    const std::lock_guard<std::mutex> guard(m_pState->mutex);
+    const int iRet = m_pState->CountCallLocked();
+    if (iRet != 0) {
+        return iRet;
+    }
+    std::set<std::string> setName;
+    for (const auto& [strOther, node] : m_pState->mapNode) {
+        if (auto name = GetChildName(strPath, strOther)) {
+            setName.insert(std::move(*name));
+        }
+    }
+    if (setName.empty() && strPath != "/" && m_pState->mapNode.count(strPath) == 0) {
+        return STORE_NODE_ABSENT;
+    }
+    children.assign(setName.begin(), setName.end());
+    return 0;
+}
+
+int CMemoryStore::Commit(const std::vector<CStoreCondition>& conditions,
+                         const std::vector<CStoreText>& texts) {
+    CNodeEvents events;
+    {
+        const std::lock_guard<std::mutex> guard(m_pState->mutex);
+        const int iRet = m_pState->CountCallLocked();
+        if (iRet != 0) {
+            return iRet;
+        }
+        if (NamesANodeTwice(texts)) {
+            return ORVA_PARA_INVALID;
+        }
+        for (const CStoreCondition& condition : conditions) {
+            if (m_pState->GetVersionLocked(condition.strPath) != condition.iVersion) {
+                return STORE_CONDITION_FAILED;
             }
         }
-        if (m_pState->mapNode.insert_or_assign(strPath, strText).second) {
-            events.AddCreated(strPath, m_pState->watches);
-        } else {
-            events.AddChanged(strPath, m_pState->watches);
+        for (const CStoreText& text : texts) {
+            m_pState->WriteLocked(text.strPath, text.strText, events);
         }
     }
     events.Fire();
@@ -82,7 +161,7 @@ unsigned int CMemoryStore::GetCallCount() const {
 CStoreAnswer CMemoryStore::GetNode(const std::string& strPath) const {
     const std::lock_guard<std::mutex> guard(m_pState->mutex);
     CStoreAnswer answer;
-    m_pState->GetNodeLocked(strPath, answer);
+    m_pState->GetLocked(strPath, answer);
     return answer;
 }
 
@@ -92,7 +171,7 @@ std::optional<std::string> CMemoryStore::Get(const std::string& strPath) const {
 
 void CMemoryStore::Put(const std::string& strPath, const std::optional<std::string>& text) {
     const std::lock_guard<std::mutex> guard(m_pState->mutex);
-    m_pState->mapNode[strPath] = text;
+    m_pState->PutLocked(strPath, text);
 }
 
 void CMemoryStore::Erase(const std::string& strPath) {

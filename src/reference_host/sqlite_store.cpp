@@ -1,12 +1,14 @@
 #include "reference_host/sqlite_store.h"
 
-#include <sqlite3.h>
-
+#include <algorithm>
+#include <functional>
 #include <mutex>
+#include <set>
 #include <utility>
-#include <vector>
 
+#include "common_service/tarn_def.h"
 #include "internal/log.h"
+#include "internal/sqlite_file.h"
 #include "internal/store_tree.h"
 
 namespace {
@@ -14,65 +16,25 @@ namespace {
 constexpr char PSZ_OPEN[] = "open sqlite store";
 constexpr char PSZ_READ[] = "read sqlite store";
 constexpr char PSZ_WRITE[] = "write sqlite store";
+constexpr char PSZ_COMMIT[] = "commit to sqlite store";
 
-constexpr char PSZ_PREPARE_FILE[] =
-    "PRAGMA journal_mode = WAL;"
-    "PRAGMA synchronous = FULL;"
-    "CREATE TABLE IF NOT EXISTS node (path TEXT PRIMARY KEY, text TEXT);";
-constexpr char PSZ_SELECT[] = "SELECT text FROM node WHERE path = ?1";
+// Where the table has no versions yet, the name is that of the outer query's column.
+constexpr char PSZ_SELECT[] =
+    "SELECT (SELECT version FROM node WHERE path = ?1), (SELECT text FROM node WHERE path = ?1)"
+    " FROM (SELECT 0 AS version)";
+// "0" is the character after "/".
+constexpr char PSZ_SELECT_BELOW[] =
+    "SELECT path FROM node WHERE path > ?1 || '/' AND path < ?1 || '0'";
 constexpr char PSZ_CREATE[] = "INSERT OR IGNORE INTO node (path) VALUES (?1)";
-constexpr char PSZ_UPDATE[] = "UPDATE node SET text = ?2 WHERE path = ?1";
-
-using CDatabase = std::unique_ptr<sqlite3, decltype(&sqlite3_close_v2)>;
-using CStatement = std::unique_ptr<sqlite3_stmt, decltype(&sqlite3_finalize)>;
+constexpr char PSZ_UPDATE[] = "UPDATE node SET text = ?2, version = version + 1 WHERE path = ?1";
 
 int PrimaryCode(int iCode) {
     return iCode & 0xff;
 }
 
-/// One run of a prepared statement; the parameters live as long as the run.
-class CRun {
-public:
-    CRun(const CStatement& pStatement, const std::string& strPath)
-        : m_pStatement(pStatement.get()) {
-        Bind(1, strPath);
-    }
-
-    ~CRun() {
-        sqlite3_reset(m_pStatement);
-        sqlite3_clear_bindings(m_pStatement);
-    }
-
-    CRun(const CRun&) = delete;
-    CRun& operator=(const CRun&) = delete;
-
-    void Bind(int iPosition, const std::string& strValue) {
-        const int iRet = sqlite3_bind_text64(m_pStatement, iPosition, strValue.data(),
-                                             strValue.size(), SQLITE_STATIC, SQLITE_UTF8);
-        m_iBindResult = m_iBindResult == SQLITE_OK ? iRet : m_iBindResult;
-    }
-
-    int Step() { return m_iBindResult == SQLITE_OK ? sqlite3_step(m_pStatement) : m_iBindResult; }
-
-    /// SQLITE_OK for a statement that runs to its end.
-    int Execute() {
-        const int iRet = Step();
-        return iRet == SQLITE_DONE ? SQLITE_OK : iRet;
-    }
-
-    std::optional<std::string> GetText() const {
-        const void* pText = sqlite3_column_blob(m_pStatement, 0);
-        const auto length = static_cast<std::size_t>(sqlite3_column_bytes(m_pStatement, 0));
-        if (sqlite3_column_type(m_pStatement, 0) == SQLITE_NULL) {
-            return std::nullopt;
-        }
-        return length == 0 ? std::string() : std::string(static_cast<const char*>(pText), length);
-    }
-
-private:
-    sqlite3_stmt* m_pStatement;
-    int m_iBindResult = SQLITE_OK;
-};
+int Execute(sqlite3* pDatabase, const char* pszSql) {
+    return sqlite3_exec(pDatabase, pszSql, nullptr, nullptr, nullptr);
+}
 
 /// Rolls back unless it was committed, so that a failure leaves the store unchanged.
 class CTransaction {
@@ -81,92 +43,198 @@ public:
 
     ~CTransaction() {
         if (sqlite3_get_autocommit(m_pDatabase) == 0) {
-            Execute("ROLLBACK");
+            Execute(m_pDatabase, "ROLLBACK");
         }
     }
 
     CTransaction(const CTransaction&) = delete;
     CTransaction& operator=(const CTransaction&) = delete;
 
-    int Begin() { return Execute("BEGIN IMMEDIATE"); }
-    int Commit() { return Execute("COMMIT"); }
+    int Begin() { return Execute(m_pDatabase, "BEGIN IMMEDIATE"); }
+    int Commit() { return Execute(m_pDatabase, "COMMIT"); }
 
 private:
-    int Execute(const char* pszSql) {
-        return sqlite3_exec(m_pDatabase, pszSql, nullptr, nullptr, nullptr);
-    }
-
     sqlite3* m_pDatabase;
 };
+
+int ReadNode(sqlite3* pDatabase, const std::string& strPath, CStoreAnswer& answer) {
+    CRun run(pDatabase, PSZ_SELECT);
+    const int iRet = run.Bind(1, strPath).GetRow();
+    if (iRet == SQLITE_OK) {
+        answer.bExists = !run.IsNull(0);
+        answer.text = run.GetText(1);
+        answer.iVersion = answer.bExists ? run.GetNumber(0) : STORE_VERSION_ABSENT;
+    }
+    return iRet;
+}
+
+int ReadNamesBelow(sqlite3* pDatabase, const std::string& strPath, std::set<std::string>& setName) {
+    const std::string strPrefix = strPath == "/" ? "" : strPath;
+    CRun run(pDatabase, PSZ_SELECT_BELOW);
+    run.Bind(1, strPrefix);
+    int iRet = run.Step();
+    for (; iRet == SQLITE_ROW; iRet = run.Step()) {
+        if (auto name = GetChildName(strPath, run.GetText(0).value_or(""))) {
+            setName.insert(std::move(*name));
+        }
+    }
+    return iRet == SQLITE_DONE ? SQLITE_OK : iRet;
+}
 
 }  // namespace
 
 struct CSqliteStore::CState {
-    explicit CState(std::string strFileName) : strFile(std::move(strFileName)) {}
+    CState(std::string strFileName, unsigned int uiTimeoutMs, bool bOnlyReads)
+        : strFile(std::move(strFileName)), uiBusyTimeoutMs(uiTimeoutMs), bReadOnly(bOnlyReads) {}
 
-    int Prepare(unsigned int uiBusyTimeoutMs) {
-        sqlite3* pOpened = nullptr;
-        const int iFlags = SQLITE_OPEN_READWRITE | SQLITE_OPEN_CREATE | SQLITE_OPEN_NOMUTEX;
-        int iRet = sqlite3_open_v2(strFile.c_str(), &pOpened, iFlags, nullptr);
-        pDatabase.reset(pOpened);
-        if (iRet != SQLITE_OK) {
-            return iRet;
-        }
-        // SQLite opens a file that may not be written for reading, and says so only on a write.
-        if (sqlite3_db_readonly(pOpened, "main") != 0) {
-            return SQLITE_READONLY;
-        }
-        sqlite3_busy_timeout(pOpened, static_cast<int>(uiBusyTimeoutMs));
-        iRet = sqlite3_exec(pOpened, PSZ_PREPARE_FILE, nullptr, nullptr, nullptr);
-        const std::pair<CStatement*, const char*> statements[] = {
-            {&pSelect, PSZ_SELECT}, {&pCreate, PSZ_CREATE}, {&pUpdate, PSZ_UPDATE}};
-        for (const auto& [pStatement, pszSql] : statements) {
-            sqlite3_stmt* pPrepared = nullptr;
-            if (iRet == SQLITE_OK) {
-                iRet = sqlite3_prepare_v3(pOpened, pszSql, -1, SQLITE_PREPARE_PERSISTENT,
-                                          &pPrepared, nullptr);
-            }
-            pStatement->reset(pPrepared);
-        }
-        return iRet;
-    }
+    int Look(const std::function<int(sqlite3*)>& look);
+    int Connect(bool bCreate);
+    int Change(const std::vector<CStoreCondition>& conditions,
+               const std::vector<CStoreText>& texts);
+    int Write(const std::vector<CStoreCondition>& conditions, const std::vector<CStoreText>& texts);
+    int WriteNode(const std::string& strPath, const std::string& strText);
+    int CreateNode(const std::string& strPath);
 
-    /// On success, created holds the nodes that were missing, the written one last.
-    int Write(const std::string& strPath, const std::string& strText,
-              std::vector<std::string>& created) {
-        CTransaction transaction(pDatabase.get());
-        int iRet = transaction.Begin();
-        std::vector<std::string> paths = GetParentPaths(strPath);
-        paths.push_back(strPath);
-        for (const std::string& strMissing : paths) {
-            if (iRet != SQLITE_OK) {
-                return iRet;
-            }
-            iRet = CRun(pCreate, strMissing).Execute();
-            if (sqlite3_changes(pDatabase.get()) != 0) {
-                created.push_back(strMissing);
-            }
-        }
-        if (iRet != SQLITE_OK) {
-            return iRet;
-        }
-        CRun run(pUpdate, strPath);
-        run.Bind(2, strText);
-        iRet = run.Execute();
-        return iRet == SQLITE_OK ? transaction.Commit() : iRet;
-    }
-
-    /// From the code: the connection's own message is that of its last call, a rollback perhaps.
-    std::string Reason(int iCode) const { return strFile + ": " + sqlite3_errstr(iCode); }
+    std::string Reason(int iCode) const { return strFile + ": " + ReasonOfSqlite(iCode); }
 
     const std::string strFile;
+    const unsigned int uiBusyTimeoutMs;
+    const bool bReadOnly;
     std::mutex mutex;  ///< guards everything below
-    CDatabase pDatabase{nullptr, &sqlite3_close_v2};
-    CStatement pSelect{nullptr, &sqlite3_finalize};
-    CStatement pCreate{nullptr, &sqlite3_finalize};
-    CStatement pUpdate{nullptr, &sqlite3_finalize};
+    CDatabase pDatabase;
+    bool bHasTable = false;
+    bool bComplete = false;  ///< the file has all that the first write gives it
+    std::vector<std::pair<std::string, bool>> written;  ///< and whether it was created
     CWatchTable watches;
 };
+
+/// Nothing is there to be looked at before the first write; SQLITE_OK then, too. Who only reads
+/// opens the file each time: how it can be opened depends on who else is at it.
+int CSqliteStore::CState::Look(const std::function<int(sqlite3*)>& look) {
+    ESqliteTable eTable = ESqliteTable::NONE;
+    if (bReadOnly) {
+        CDatabase pOwn;
+        const int iRet = OpenSqliteToLook(strFile, uiBusyTimeoutMs, pOwn, eTable);
+        return iRet != SQLITE_OK || eTable == ESqliteTable::NONE ? iRet : look(pOwn.get());
+    }
+    int iRet = Connect(false);
+    if (iRet != SQLITE_OK || pDatabase == nullptr) {
+        return iRet;
+    }
+    if (!bHasTable) {
+        iRet = FindSqliteTable(pDatabase.get(), eTable);
+        bHasTable = eTable != ESqliteTable::NONE;
+    }
+    return iRet == SQLITE_OK && bHasTable ? look(pDatabase.get()) : iRet;
+}
+
+/// Without a database, but SQLITE_OK, where there is no file and none to be created.
+int CSqliteStore::CState::Connect(bool bCreate) {
+    if (pDatabase != nullptr) {
+        return SQLITE_OK;
+    }
+    if (IsSqliteFileThere(strFile)) {
+        CDatabase pLooked;
+        ESqliteTable eTable = ESqliteTable::NONE;
+        const int iRet = OpenSqliteToLook(strFile, uiBusyTimeoutMs, pLooked, eTable);
+        if (iRet != SQLITE_OK) {
+            return iRet;
+        }
+    } else if (!bCreate) {
+        return CheckSqliteFolder(strFile);
+    }
+    CDatabase pOpened;
+    const int iRet = OpenSqliteToWrite(strFile, uiBusyTimeoutMs, pOpened);
+    if (iRet == SQLITE_OK) {
+        pDatabase = std::move(pOpened);
+    }
+    return iRet;
+}
+
+int CSqliteStore::CState::Write(const std::vector<CStoreCondition>& conditions,
+                                const std::vector<CStoreText>& texts) {
+    const auto iWanted = std::find_if(conditions.begin(), conditions.end(), [](const auto& each) {
+        return each.iVersion != STORE_VERSION_ABSENT;
+    });
+    if (!IsSqliteFileThere(strFile) && iWanted != conditions.end()) {
+        return STORE_CONDITION_FAILED;
+    }
+    int iRet = Connect(true);
+    if (iRet == SQLITE_OK && !bComplete) {
+        iRet = WriteSqliteAhead(pDatabase.get(), uiBusyTimeoutMs);
+    }
+    if (iRet != SQLITE_OK) {
+        return iRet;
+    }
+    CTransaction transaction(pDatabase.get());
+    iRet = transaction.Begin();
+    if (iRet == SQLITE_OK && !bComplete) {
+        iRet = CompleteSqliteFile(pDatabase.get());
+    }
+    for (auto it = conditions.begin(); iRet == SQLITE_OK && it != conditions.end(); ++it) {
+        CStoreAnswer answer;
+        iRet = ReadNode(pDatabase.get(), it->strPath, answer);
+        if (iRet == SQLITE_OK && answer.iVersion != it->iVersion) {
+            return STORE_CONDITION_FAILED;
+        }
+    }
+    for (auto it = texts.begin(); iRet == SQLITE_OK && it != texts.end(); ++it) {
+        iRet = WriteNode(it->strPath, it->strText);
+    }
+    iRet = iRet == SQLITE_OK ? transaction.Commit() : iRet;
+    if (iRet == SQLITE_OK) {
+        bHasTable = true;
+        bComplete = true;
+    }
+    return iRet;
+}
+
+int CSqliteStore::CState::WriteNode(const std::string& strPath, const std::string& strText) {
+    for (const std::string& strParent : GetParentPaths(strPath)) {
+        const int iRet = CreateNode(strParent);
+        if (iRet != SQLITE_OK) {
+            return iRet;
+        }
+    }
+    const std::size_t count = written.size();
+    const int iRet = CreateNode(strPath);
+    if (written.size() == count) {
+        written.emplace_back(strPath, false);
+    }
+    return iRet == SQLITE_OK
+               ? CRun(pDatabase.get(), PSZ_UPDATE).Bind(1, strPath).Bind(2, strText).Execute()
+               : iRet;
+}
+
+int CSqliteStore::CState::CreateNode(const std::string& strPath) {
+    const int iRet = CRun(pDatabase.get(), PSZ_CREATE).Bind(1, strPath).Execute();
+    if (iRet == SQLITE_OK && sqlite3_changes(pDatabase.get()) != 0) {
+        written.emplace_back(strPath, true);
+    }
+    return iRet;
+}
+
+int CSqliteStore::CState::Change(const std::vector<CStoreCondition>& conditions,
+                                 const std::vector<CStoreText>& texts) {
+    CNodeEvents events;
+    {
+        const std::lock_guard<std::mutex> guard(mutex);
+        written.clear();
+        const int iRet = bReadOnly ? SQLITE_READONLY : Write(conditions, texts);
+        if (iRet != SQLITE_OK) {
+            return iRet;
+        }
+        for (const auto& [strPath, bCreated] : written) {
+            if (bCreated) {
+                events.AddCreated(strPath, watches);
+            } else {
+                events.AddChanged(strPath, watches);
+            }
+        }
+    }
+    events.Fire();
+    return SQLITE_OK;
+}
 
 CSqliteStore::CSqliteStore(std::unique_ptr<CState> pState) : m_pState(std::move(pState)) {}
 
@@ -174,8 +242,19 @@ CSqliteStore::~CSqliteStore() = default;
 
 std::shared_ptr<CSqliteStore> CSqliteStore::Open(const std::string& strFile, std::string& strError,
                                                  unsigned int uiBusyTimeoutMs) {
-    auto pState = std::make_unique<CState>(strFile);
-    const int iRet = pState->Prepare(uiBusyTimeoutMs);
+    return Open(std::make_unique<CState>(strFile, uiBusyTimeoutMs, false), strError);
+}
+
+std::shared_ptr<CSqliteStore> CSqliteStore::OpenReadOnly(const std::string& strFile,
+                                                         std::string& strError,
+                                                         unsigned int uiBusyTimeoutMs) {
+    return Open(std::make_unique<CState>(strFile, uiBusyTimeoutMs, true), strError);
+}
+
+std::shared_ptr<CSqliteStore> CSqliteStore::Open(std::unique_ptr<CState> pState,
+                                                 std::string& strError) {
+    const auto nothing = [](sqlite3*) { return SQLITE_OK; };
+    const int iRet = pState->bReadOnly ? pState->Look(nothing) : pState->Connect(false);
     if (iRet != SQLITE_OK) {
         strError = pState->Reason(iRet);
         LogError(PSZ_OPEN, PrimaryCode(iRet), strError);
@@ -186,34 +265,56 @@ std::shared_ptr<CSqliteStore> CSqliteStore::Open(const std::string& strFile, std
 
 int CSqliteStore::Read(const std::string& strPath, StoreWatcher pWatcher, CStoreAnswer& answer) {
     const std::lock_guard<std::mutex> guard(m_pState->mutex);
-    CRun run(m_pState->pSelect, strPath);
-    const int iRet = run.Step();
-    if (iRet != SQLITE_ROW && iRet != SQLITE_DONE) {
+    CStoreAnswer found;
+    const int iRet =
+        m_pState->Look([&](sqlite3* pDatabase) { return ReadNode(pDatabase, strPath, found); });
+    if (iRet != SQLITE_OK) {
         LogError(PSZ_READ, PrimaryCode(iRet), m_pState->Reason(iRet));
         return PrimaryCode(iRet);
     }
     m_pState->watches.Set(strPath, pWatcher);
-    answer = iRet == SQLITE_ROW ? CStoreAnswer{true, run.GetText()} : CStoreAnswer{};
+    answer = std::move(found);
+    return 0;
+}
+
+int CSqliteStore::List(const std::string& strPath, std::vector<std::string>& children) {
+    const std::lock_guard<std::mutex> guard(m_pState->mutex);
+    CStoreAnswer node;
+    std::set<std::string> setName;
+    const int iRet = m_pState->Look([&](sqlite3* pDatabase) {
+        const int iNodeRet = ReadNode(pDatabase, strPath, node);
+        return iNodeRet == SQLITE_OK ? ReadNamesBelow(pDatabase, strPath, setName) : iNodeRet;
+    });
+    if (iRet != SQLITE_OK) {
+        LogError(PSZ_READ, PrimaryCode(iRet), m_pState->Reason(iRet));
+        return PrimaryCode(iRet);
+    }
+    if (!node.bExists && setName.empty() && strPath != "/") {
+        return STORE_NODE_ABSENT;
+    }
+    children.assign(setName.begin(), setName.end());
     return 0;
 }
 
 int CSqliteStore::Write(const std::string& strPath, const std::string& strText) {
-    CNodeEvents events;
-    {
-        const std::lock_guard<std::mutex> guard(m_pState->mutex);
-        std::vector<std::string> created;
-        const int iRet = m_pState->Write(strPath, strText, created);
-        if (iRet != SQLITE_OK) {
-            LogError(PSZ_WRITE, PrimaryCode(iRet), m_pState->Reason(iRet));
-            return PrimaryCode(iRet);
-        }
-        for (const std::string& strCreated : created) {
-            events.AddCreated(strCreated, m_pState->watches);
-        }
-        if (created.empty() || created.back() != strPath) {
-            events.AddChanged(strPath, m_pState->watches);
-        }
+    const int iRet = m_pState->Change({}, {{strPath, strText}});
+    if (iRet != SQLITE_OK) {
+        LogError(PSZ_WRITE, PrimaryCode(iRet), m_pState->Reason(iRet));
     }
-    events.Fire();
-    return 0;
+    return PrimaryCode(iRet);
+}
+
+int CSqliteStore::Commit(const std::vector<CStoreCondition>& conditions,
+                         const std::vector<CStoreText>& texts) {
+    if (NamesANodeTwice(texts)) {
+        return ORVA_PARA_INVALID;
+    }
+    const int iRet = m_pState->Change(conditions, texts);
+    if (iRet == STORE_CONDITION_FAILED) {
+        return iRet;
+    }
+    if (iRet != SQLITE_OK) {
+        LogError(PSZ_COMMIT, PrimaryCode(iRet), m_pState->Reason(iRet));
+    }
+    return PrimaryCode(iRet);
 }

@@ -1,10 +1,6 @@
 #include "reference_host/zookeeper_store.h"
 
-#ifndef THREADED
-#define THREADED
-#endif
-#include <zookeeper/zookeeper.h>
-
+#include <algorithm>
 #include <cerrno>
 #include <condition_variable>
 #include <functional>
@@ -17,6 +13,7 @@
 #include <utility>
 
 #include "common_service/tarn_def.h"
+#include "internal/commit_operations.h"
 #include "internal/log.h"
 #include "internal/store_tree.h"
 
@@ -28,12 +25,12 @@ using Clock = std::chrono::steady_clock;
 constexpr std::size_t MAX_PATH_AND_TEXT = (1U << 20U) - 1024U;
 constexpr std::chrono::milliseconds RETRY_PAUSE{20};
 constexpr std::chrono::milliseconds REOPEN_PAUSE{1000};
-constexpr int ANY_VERSION = -1;
-constexpr int NO_DATA = -1;
 
 constexpr char PSZ_SESSION[] = "keep store session";
 constexpr char PSZ_READ[] = "read store node";
 constexpr char PSZ_WRITE[] = "write store node";
+constexpr char PSZ_LIST[] = "list store node";
+constexpr char PSZ_COMMIT[] = "commit to store";
 
 /// Whether the same request may succeed on another connection or in another session.
 bool IsTransient(int iCode) {
@@ -51,10 +48,39 @@ bool IsTransient(int iCode) {
     }
 }
 
+/// Whether the servers' answer says that they did nothing. Any other failure leaves that open once
+/// a request was sent.
+bool IsRefusal(int iCode) {
+    switch (iCode) {
+        case ZSESSIONEXPIRED:
+        case ZCLOSING:
+            return false;
+        case ZBADARGUMENTS:
+        case ZUNIMPLEMENTED:
+            return true;
+        default:
+            return iCode < ZAPIERROR;
+    }
+}
+
 struct CReply {
     int iCode = ZCONNECTIONLOSS;
     std::optional<std::string> text;
+    std::int64_t iVersion = STORE_VERSION_ABSENT;  ///< the store's
+    int iTextVersion = ANY_VERSION;                ///< the servers', a count of the node's texts
+    std::vector<std::string> children;
+    bool bSent = false;
 };
+
+CReply ReplyOf(int iCode, const Stat* pStat = nullptr) {
+    CReply reply;
+    reply.iCode = iCode;
+    if (iCode == ZOK && pStat != nullptr) {
+        reply.iVersion = pStat->mzxid;
+        reply.iTextVersion = pStat->version;
+    }
+    return reply;
+}
 
 }  // namespace
 
@@ -70,6 +96,9 @@ public:
 
     int Read(const std::string& strPath, StoreWatcher pWatcher, CStoreAnswer& answer);
     int Write(const std::string& strPath, const std::string& strText);
+    int List(const std::string& strPath, std::vector<std::string>& children);
+    int Commit(const std::vector<CStoreCondition>& conditions,
+               const std::vector<CStoreText>& texts);
 
 private:
     /// One handle of the client library; closed with its last user. The state is guarded by the
@@ -93,6 +122,7 @@ private:
         std::string m_strWatchedPath;
         StoreWatcher m_pWatcher = nullptr;
         bool m_bWatchesAbsent = false;
+        std::vector<zoo_op_result_t> m_results;  ///< one for each operation of a commit
         std::promise<CReply> m_reply;
     };
 
@@ -113,7 +143,9 @@ private:
     static void OnData(int iCode, const char* pszData, int iLength, const Stat* pStat,
                        const void* pRequest);
     static void OnStat(int iCode, const Stat* pStat, const void* pRequest);
-    static void OnCreated(int iCode, const char* pszPath, const void* pRequest);
+    static void OnPath(int iCode, const char* pszPath, const void* pRequest);
+    static void OnChildren(int iCode, const String_vector* pNames, const void* pRequest);
+    static void OnDone(int iCode, const void* pRequest);
 
     void OnSessionState(CSession& session, int iState);
     void CountAnsweredLocked(CSession& session);
@@ -140,6 +172,17 @@ private:
                   Clock::time_point deadline);
     int CreateNode(const std::string& strPath, const std::string* pText,
                    Clock::time_point deadline);
+
+    int LookAt(const std::string& strPath, Clock::time_point deadline, CSeenNodes& seen);
+    int LookUpwards(const std::string& strPath, Clock::time_point deadline, CSeenNodes& seen);
+    int LookAtAll(const std::vector<CStoreCondition>& conditions,
+                  const std::vector<CStoreText>& texts, Clock::time_point deadline,
+                  CSeenNodes& seen);
+    CReply SendCommit(const std::vector<zoo_op_t>& operations, Clock::time_point deadline);
+    int CommitUntil(Clock::time_point deadline, const std::vector<CStoreCondition>& conditions,
+                    const std::vector<CStoreText>& texts);
+    int FindOutcome(const std::vector<CStoreText>& texts, const CSeenNodes& before,
+                    Clock::time_point deadline);
 
     Clock::time_point Deadline() const { return Clock::now() + m_options.callDeadline; }
 
@@ -365,21 +408,34 @@ void CZooKeeperStore::CClient::Complete(const void* pRequest, CReply reply) {
     pOwned->m_reply.set_value(std::move(reply));
 }
 
-void CZooKeeperStore::CClient::OnData(int iCode, const char* pszData, int iLength, const Stat*,
-                                      const void* pRequest) {
-    CReply reply{iCode, std::nullopt};
+void CZooKeeperStore::CClient::OnData(int iCode, const char* pszData, int iLength,
+                                      const Stat* pStat, const void* pRequest) {
+    CReply reply = ReplyOf(iCode, pStat);
     if (iCode == ZOK && iLength != NO_DATA) {
         reply.text.emplace(pszData, static_cast<std::size_t>(iLength));
     }
     Complete(pRequest, std::move(reply));
 }
 
-void CZooKeeperStore::CClient::OnStat(int iCode, const Stat*, const void* pRequest) {
-    Complete(pRequest, CReply{iCode, std::nullopt});
+void CZooKeeperStore::CClient::OnStat(int iCode, const Stat* pStat, const void* pRequest) {
+    Complete(pRequest, ReplyOf(iCode, pStat));
 }
 
-void CZooKeeperStore::CClient::OnCreated(int iCode, const char*, const void* pRequest) {
-    Complete(pRequest, CReply{iCode, std::nullopt});
+void CZooKeeperStore::CClient::OnPath(int iCode, const char*, const void* pRequest) {
+    Complete(pRequest, ReplyOf(iCode));
+}
+
+void CZooKeeperStore::CClient::OnChildren(int iCode, const String_vector* pNames,
+                                          const void* pRequest) {
+    CReply reply = ReplyOf(iCode);
+    if (iCode == ZOK && pNames != nullptr) {
+        reply.children.assign(pNames->data, pNames->data + pNames->count);
+    }
+    Complete(pRequest, std::move(reply));
+}
+
+void CZooKeeperStore::CClient::OnDone(int iCode, const void* pRequest) {
+    Complete(pRequest, ReplyOf(iCode));
 }
 
 void CZooKeeperStore::CClient::CountAnsweredLocked(CSession& session) {
@@ -412,14 +468,15 @@ CReply CZooKeeperStore::CClient::Call(const Send& send, std::unique_ptr<CRequest
         }
         const int iCode = SendCounted(send, *pSession, *pRequest);
         if (iCode != ZOK) {
-            return CReply{iCode, std::nullopt};
+            return ReplyOf(iCode);
         }
         static_cast<void>(pRequest.release());
     }
-    if (reply.wait_until(deadline) != std::future_status::ready) {
-        return CReply{ZOPERATIONTIMEOUT, std::nullopt};
-    }
-    return reply.get();
+    CReply answer = reply.wait_until(deadline) == std::future_status::ready
+                        ? reply.get()
+                        : ReplyOf(ZOPERATIONTIMEOUT);
+    answer.bSent = true;
+    return answer;
 }
 
 /// Every request may be sent again: reading changes nothing, a set is unconditional, and a node
@@ -430,7 +487,7 @@ CReply CZooKeeperStore::CClient::CallUntil(Clock::time_point deadline, const Sen
     CReply reply;
     do {
         auto pRequest = std::unique_ptr<CRequest>(
-            new CRequest{nullptr, strPath, pWatcher, bWatchesAbsent, std::promise<CReply>()});
+            new CRequest{nullptr, strPath, pWatcher, bWatchesAbsent, {}, std::promise<CReply>()});
         reply = Call(send, std::move(pRequest), deadline);
     } while (IsTransient(reply.iCode) && PauseBeforeRetry(deadline));
     return reply;
@@ -466,6 +523,7 @@ int CZooKeeperStore::CClient::Read(const std::string& strPath, StoreWatcher pWat
     if (reply.iCode == ZOK || reply.iCode == ZNONODE) {
         answer.bExists = reply.iCode == ZOK;
         answer.text = std::move(reply.text);
+        answer.iVersion = reply.iVersion;
         return ORVA_SUCCEED;
     }
     if (pWatcher && IsTransient(reply.iCode)) {
@@ -481,7 +539,7 @@ int CZooKeeperStore::CClient::CreateNode(const std::string& strPath, const std::
     const int iLength = pText ? static_cast<int>(pText->size()) : NO_DATA;
     const Send create = [&](CSession& session, CRequest* pRequest) {
         return zoo_acreate(session.m_pHandle, strPath.c_str(), pszData, iLength,
-                           &ZOO_OPEN_ACL_UNSAFE, ZOO_PERSISTENT, OnCreated, pRequest);
+                           &ZOO_OPEN_ACL_UNSAFE, ZOO_PERSISTENT, OnPath, pRequest);
     };
     const int iCode = CallUntil(deadline, create).iCode;
     const std::size_t ulParentLen = strPath.rfind('/');
@@ -526,6 +584,165 @@ int CZooKeeperStore::CClient::Write(const std::string& strPath, const std::strin
     return iCode;
 }
 
+int CZooKeeperStore::CClient::List(const std::string& strPath, std::vector<std::string>& children) {
+    const Send list = [&](CSession& session, CRequest* pRequest) {
+        return zoo_aget_children(session.m_pHandle, strPath.c_str(), 0, OnChildren, pRequest);
+    };
+    CReply reply = CallUntil(Deadline(), list);
+    if (reply.iCode == ZNONODE) {
+        return STORE_NODE_ABSENT;
+    }
+    if (reply.iCode != ZOK) {
+        LogError(PSZ_LIST, reply.iCode, strPath + ": " + zerror(reply.iCode));
+        return reply.iCode;
+    }
+    std::sort(reply.children.begin(), reply.children.end());
+    children = std::move(reply.children);
+    return ORVA_SUCCEED;
+}
+
+int CZooKeeperStore::CClient::LookAt(const std::string& strPath, Clock::time_point deadline,
+                                     CSeenNodes& seen) {
+    if (seen.count(strPath) != 0) {
+        return ZOK;
+    }
+    const Send look = [&](CSession& session, CRequest* pRequest) {
+        return zoo_awexists(session.m_pHandle, strPath.c_str(), nullptr, nullptr, OnStat, pRequest);
+    };
+    const CReply reply = CallUntil(deadline, look);
+    const bool bKnown = reply.iCode == ZOK || reply.iCode == ZNONODE;
+    if (bKnown) {
+        seen[strPath] = {reply.iVersion, reply.iTextVersion};
+    }
+    return bKnown ? static_cast<int>(ZOK) : reply.iCode;
+}
+
+/// At the node, and from a missing one up to one that is there.
+int CZooKeeperStore::CClient::LookUpwards(const std::string& strPath, Clock::time_point deadline,
+                                          CSeenNodes& seen) {
+    std::vector<std::string> paths = GetParentPaths(strPath);
+    paths.push_back(strPath);
+    for (auto it = paths.rbegin(); it != paths.rend(); ++it) {
+        const int iCode = LookAt(*it, deadline, seen);
+        if (iCode != ZOK || seen.at(*it).iVersion != STORE_VERSION_ABSENT) {
+            return iCode;
+        }
+    }
+    return ZOK;
+}
+
+/// STORE_CONDITION_FAILED when a condition does not hold.
+int CZooKeeperStore::CClient::LookAtAll(const std::vector<CStoreCondition>& conditions,
+                                        const std::vector<CStoreText>& texts,
+                                        Clock::time_point deadline, CSeenNodes& seen) {
+    for (const CStoreCondition& condition : conditions) {
+        const int iCode = LookUpwards(condition.strPath, deadline, seen);
+        if (iCode != ZOK) {
+            return iCode;
+        }
+        if (seen.at(condition.strPath).iVersion != condition.iVersion) {
+            return STORE_CONDITION_FAILED;
+        }
+    }
+    for (const CStoreText& text : texts) {
+        const int iCode = LookUpwards(text.strPath, deadline, seen);
+        if (iCode != ZOK) {
+            return iCode;
+        }
+    }
+    return ZOK;
+}
+
+CReply CZooKeeperStore::CClient::SendCommit(const std::vector<zoo_op_t>& operations,
+                                            Clock::time_point deadline) {
+    const Send commit = [&](CSession& session, CRequest* pRequest) {
+        return zoo_amulti(session.m_pHandle, static_cast<int>(operations.size()), operations.data(),
+                          pRequest->m_results.data(), OnDone, pRequest);
+    };
+    auto pRequest = std::make_unique<CRequest>();
+    pRequest->m_results.resize(operations.size());
+    return Call(commit, std::move(pRequest), deadline);
+}
+
+/// A commit that met other nodes than were looked at is computed anew; one that is refused for the
+/// same nodes again is refused for good.
+int CZooKeeperStore::CClient::CommitUntil(Clock::time_point deadline,
+                                          const std::vector<CStoreCondition>& conditions,
+                                          const std::vector<CStoreText>& texts) {
+    int iRefusal = ZOK;
+    for (CSeenNodes before;;) {
+        CSeenNodes seen;
+        const int iCode = LookAtAll(conditions, texts, deadline, seen);
+        if (iCode != ZOK) {
+            return iCode;
+        }
+        if (iRefusal != ZOK && before == seen) {
+            return iRefusal;
+        }
+        const CReply reply = SendCommit(CCommitOperations(conditions, texts, seen).Get(), deadline);
+        if (reply.iCode == ZOK) {
+            return ZOK;
+        }
+        if (reply.bSent && !IsRefusal(reply.iCode)) {
+            return texts.empty() ? reply.iCode : FindOutcome(texts, seen, deadline);
+        }
+        if (IsTransient(reply.iCode)) {
+            if (!PauseBeforeRetry(deadline)) {
+                return reply.iCode;
+            }
+            continue;
+        }
+        iRefusal = reply.iCode;
+        before = std::move(seen);
+    }
+}
+
+/// After a commit whose answer was lost. It may still be under way when its texts are not there:
+/// only their presence decides.
+int CZooKeeperStore::CClient::FindOutcome(const std::vector<CStoreText>& texts,
+                                          const CSeenNodes& before, Clock::time_point deadline) {
+    const Send catchUp = [&](CSession& session, CRequest* pRequest) {
+        return zoo_async(session.m_pHandle, texts.front().strPath.c_str(), OnPath, pRequest);
+    };
+    if (CallUntil(deadline, catchUp).iCode != ZOK) {
+        return STORE_OUTCOME_UNKNOWN;
+    }
+    std::set<std::int64_t> setVersion;
+    for (const CStoreText& text : texts) {
+        const CReply reply = ReadNode(text.strPath, nullptr, deadline);
+        if (reply.iCode != ZOK || reply.text != text.strText ||
+            reply.iVersion == before.at(text.strPath).iVersion) {
+            return STORE_OUTCOME_UNKNOWN;
+        }
+        setVersion.insert(reply.iVersion);
+    }
+    return setVersion.size() == 1 ? static_cast<int>(ZOK) : STORE_OUTCOME_UNKNOWN;
+}
+
+int CZooKeeperStore::CClient::Commit(const std::vector<CStoreCondition>& conditions,
+                                     const std::vector<CStoreText>& texts) {
+    if (NamesANodeTwice(texts)) {
+        return ORVA_PARA_INVALID;
+    }
+    const std::size_t ulSize = CCommitOperations::GetLargestSize(conditions, texts);
+    if (ulSize > MAX_PATH_AND_TEXT) {
+        LogError(PSZ_COMMIT, ORVA_PARA_INVALID, std::to_string(ulSize) + " bytes are too many");
+        return ORVA_PARA_INVALID;
+    }
+    if (conditions.empty() && texts.empty()) {
+        return ORVA_SUCCEED;
+    }
+    const int iCode = CommitUntil(Deadline(), conditions, texts);
+    if (iCode != ORVA_SUCCEED && iCode != STORE_CONDITION_FAILED) {
+        LogError(PSZ_COMMIT, iCode,
+                 (texts.empty() ? conditions.front().strPath : texts.front().strPath) + ": " +
+                     (iCode == STORE_OUTCOME_UNKNOWN
+                          ? "answer lost, and the texts are not all as committed"
+                          : zerror(iCode)));
+    }
+    return iCode;
+}
+
 CZooKeeperStore::CZooKeeperStore(const CZooKeeperOptions& options)
     : m_pClient(std::make_shared<CClient>(options)) {
     // The client library's own lines would go to stderr, once per try while a server is down.
@@ -543,4 +760,13 @@ int CZooKeeperStore::Read(const std::string& strPath, StoreWatcher pWatcher, CSt
 
 int CZooKeeperStore::Write(const std::string& strPath, const std::string& strText) {
     return m_pClient->Write(strPath, strText);
+}
+
+int CZooKeeperStore::List(const std::string& strPath, std::vector<std::string>& children) {
+    return m_pClient->List(strPath, children);
+}
+
+int CZooKeeperStore::Commit(const std::vector<CStoreCondition>& conditions,
+                            const std::vector<CStoreText>& texts) {
+    return m_pClient->Commit(conditions, texts);
 }

@@ -414,11 +414,11 @@ TEST_P(ZooKeeperStoreWithBadServerList, CallsEndAtTheirDeadline) {
 INSTANTIATE_TEST_SUITE_P(, ZooKeeperStoreWithBadServerList,
                          testing::Values("", "nowhere.invalid:2181", "127.0.0.1", "127.0.0.1:x"));
 
-std::shared_ptr<IStore> OpenOnSharedServer() {
-    return std::make_shared<CZooKeeperStore>(OptionsFor(SharedServer().Address()));
+StoreOpener MakePlaceOnSharedServer() {
+    return [] { return std::make_shared<CZooKeeperStore>(OptionsFor(SharedServer().Address())); };
 }
 
 }  // namespace
 
 INSTANTIATE_TEST_SUITE_P(ZooKeeper, StoreBehaviour,
-                         testing::Values(CStoreKind{"ZooKeeper", OpenOnSharedServer}));
+                         testing::Values(CStoreKind{"ZooKeeper", MakePlaceOnSharedServer}));

@@ -28,6 +28,7 @@ int Write(CTextDocument& document, unsigned int uiBufLen) {
 /// A store that someone else has taken the table from.
 std::shared_ptr<CSqliteStore> OpenRobbed(CScene& scene) {
     auto pStore = OpenSqlite(scene);
+    pStore->Write("/a", "text");
     sqlite3* pDatabase = nullptr;
     sqlite3_open((scene.strDir + "/store").c_str(), &pDatabase);
     sqlite3_exec(pDatabase, "DROP TABLE node", nullptr, nullptr, nullptr);
@@ -101,6 +102,17 @@ const std::vector<CScenario> SQLITE = {
     {"WriteFails",
      [](CScene& scene) { OpenRobbed(scene)->Write("/a", "text"); },
      {"ERR|sqlite_store|Write|write sqlite store|1|DIR/store: SQL logic error"}},
+    {"ListFails",
+     [](CScene& scene) {
+         std::vector<std::string> children;
+         OpenRobbed(scene)->List("/", children);
+     },
+     {"ERR|sqlite_store|List|read sqlite store|1|DIR/store: SQL logic error"}},
+    {"CommitFails",
+     [](CScene& scene) {
+         OpenRobbed(scene)->Commit({}, {{"/a", "text"}});
+     },
+     {"ERR|sqlite_store|Commit|commit to sqlite store|1|DIR/store: SQL logic error"}},
 };
 
 INSTANTIATE_TEST_SUITE_P(StoreFront, LogTexts, testing::ValuesIn(STORE_FRONT), NAME_OF_PARAMETER);

@@ -17,6 +17,38 @@ TEST(MemoryStore, FailsTheChosenCallOnceReadsAndWritesCountedTogether) {
     EXPECT_EQ(store.GetCallCount(), 4U);
 }
 
+TEST(MemoryStore, FailedListingAndCommitChangeNothing) {
+    CMemoryStore store;
+    store.Put("/a", "old");
+    std::vector<std::string> children{"untouched"};
+    store.FailCall(1, 4711);
+    EXPECT_EQ(store.List("/", children), 4711);
+    EXPECT_EQ(children, std::vector<std::string>{"untouched"});
+    store.FailCall(1, 4712);
+    EXPECT_EQ(store.Commit({}, {{"/a", "new"}, {"/b", "new"}}), 4712);
+    EXPECT_EQ(store.Get("/a"), "old");
+    EXPECT_FALSE(store.GetNode("/b").bExists);
+    EXPECT_EQ(store.GetCallCount(), 2U);
+}
+
+TEST(MemoryStore, NodeThatWasTakenAwayComesBackAtAnotherVersion) {
+    CMemoryStore store;
+    store.Put("/a", "1");
+    const CStoreAnswer before = store.GetNode("/a");
+    store.Erase("/a");
+    EXPECT_EQ(store.GetNode("/a").iVersion, STORE_VERSION_ABSENT);
+    EXPECT_EQ(store.Write("/a", "1"), 0);
+    EXPECT_EQ(store.Commit({{"/a", before.iVersion}}, {}), STORE_CONDITION_FAILED);
+}
+
+TEST(MemoryStore, ListsBelowANodeThatWasPutWithoutItsParent) {
+    CMemoryStore store;
+    store.Put("/a/b/c", "text");
+    std::vector<std::string> children;
+    EXPECT_EQ(store.List("/a", children), 0);
+    EXPECT_EQ(children, std::vector<std::string>{"b"});
+}
+
 TEST(MemoryStore, CountsFromNow) {
     CMemoryStore store;
     EXPECT_EQ(store.Write("/a", "1"), 0);

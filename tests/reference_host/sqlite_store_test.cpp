@@ -12,7 +12,9 @@
 #include <thread>
 
 #include "support/host_fixture.h"
+#include "support/sqlite_connection.h"
 #include "support/temp_dir.h"
+#include "support/unprivileged.h"
 
 using testing::AllOf;
 using testing::ElementsAre;
@@ -64,37 +66,6 @@ protected:
     CTempDir m_dir;
     const std::string m_strFile = m_dir.File("store");
     std::string m_strError;
-};
-
-/// Someone else at work on the same file.
-class COtherConnection {
-public:
-    explicit COtherConnection(const std::string& strFile) {
-        EXPECT_EQ(sqlite3_open(strFile.c_str(), &m_pDatabase), SQLITE_OK);
-    }
-    ~COtherConnection() { sqlite3_close(m_pDatabase); }
-    COtherConnection(const COtherConnection&) = delete;
-    COtherConnection& operator=(const COtherConnection&) = delete;
-
-    void Execute(const char* pszSql) {
-        EXPECT_EQ(sqlite3_exec(m_pDatabase, pszSql, nullptr, nullptr, nullptr), SQLITE_OK)
-            << sqlite3_errmsg(m_pDatabase);
-    }
-
-private:
-    sqlite3* m_pDatabase = nullptr;
-};
-
-/// Permissions do not bind the superuser: gives the right up for the test's length.
-class CUnprivileged {
-public:
-    CUnprivileged() { EXPECT_TRUE(m_uid != 0 || seteuid(65534) == 0); }
-    ~CUnprivileged() { EXPECT_EQ(seteuid(m_uid), 0); }
-    CUnprivileged(const CUnprivileged&) = delete;
-    CUnprivileged& operator=(const CUnprivileged&) = delete;
-
-private:
-    const uid_t m_uid = geteuid();
 };
 
 /// No file of this process grows beyond so many bytes.
@@ -176,7 +147,7 @@ TEST_F(SqliteStore, LockedFileGivesUpInTimeAndRecovers) {
     Fill("[1]\n");
     const auto pStore = Open(m_strFile);
     ASSERT_NE(pStore, nullptr);
-    COtherConnection other(m_strFile);
+    CSqliteConnection other(m_strFile);
     other.Execute("BEGIN IMMEDIATE");
     const auto start = std::chrono::steady_clock::now();
     EXPECT_EQ(pStore->Write("/a", "[2]\n"), SQLITE_BUSY);
@@ -192,7 +163,7 @@ TEST_F(SqliteStore, LockedFileGivesUpInTimeAndRecovers) {
 TEST_F(SqliteStore, LockThatIsReleasedInTimeIsWaitedFor) {
     const auto pStore = CSqliteStore::Open(m_strFile, m_strError);
     ASSERT_NE(pStore, nullptr);
-    COtherConnection other(m_strFile);
+    CSqliteConnection other(m_strFile);
     other.Execute("BEGIN IMMEDIATE");
     std::thread release([&] {
         std::this_thread::sleep_for(std::chrono::milliseconds(100));
@@ -204,21 +175,24 @@ TEST_F(SqliteStore, LockThatIsReleasedInTimeIsWaitedFor) {
 }
 
 TEST_F(SqliteStore, WriteThatFailsHalfWayLeavesNoParents) {
+    Fill("[1]\n");
     const auto pStore = Open(m_strFile);
     ASSERT_NE(pStore, nullptr);
-    COtherConnection(m_strFile).Execute(
+    CSqliteConnection(m_strFile).Execute(
         "CREATE TRIGGER refuse BEFORE INSERT ON node WHEN new.path = '/new/leaf' "
         "BEGIN SELECT RAISE(FAIL, 'refused'); END");
     EXPECT_EQ(pStore->Write("/new/leaf", "[]\n"), SQLITE_CONSTRAINT);
     CStoreAnswer answer;
     EXPECT_EQ(pStore->Read("/new", nullptr, answer), 0);
     EXPECT_FALSE(answer.bExists);
+    EXPECT_EQ(pStore->Commit({}, {{"/a", "[2]\n"}, {"/new/leaf", "[]\n"}}), SQLITE_CONSTRAINT);
+    EXPECT_EQ(TextOf(*pStore, "/a"), "[1]\n");
     EXPECT_EQ(pStore->Write("/a", "[]\n"), 0) << "no transaction stays open";
 }
 
 TEST_F(SqliteStore, FileLockedWhileOpeningIsSaid) {
     Fill("[1]\n");
-    COtherConnection other(m_strFile);
+    CSqliteConnection other(m_strFile);
     other.Execute("PRAGMA locking_mode = EXCLUSIVE");
     other.Execute("BEGIN EXCLUSIVE");
     ExpectOpenFails(m_strFile, SQLITE_BUSY, "locked");

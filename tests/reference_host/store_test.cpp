@@ -6,25 +6,35 @@
 
 namespace {
 
-std::shared_ptr<IStore> OpenMemoryStore() {
-    return std::make_shared<CMemoryStore>();
+StoreOpener MakeMemoryPlace() {
+    return [pStore = std::make_shared<CMemoryStore>()] { return pStore; };
 }
 
-/// The folder goes after the store.
-struct CStoreInTempDir {
-    CTempDir dir;
-    std::string strError;
-    std::shared_ptr<CSqliteStore> pStore = CSqliteStore::Open(dir.File("store"), strError);
+StoreOpener MakeSqlitePlace() {
+    return [pDir = std::make_shared<CTempDir>()]() -> std::shared_ptr<IStore> {
+        std::string strError;
+        return CSqliteStore::Open(pDir->File("store"), strError);
+    };
+}
+
+/// A store that can do no more than it must.
+class CPlainStore : public IStore {
+public:
+    int Read(const std::string&, StoreWatcher, CStoreAnswer&) override { return 0; }
+    int Write(const std::string&, const std::string&) override { return 0; }
 };
 
-std::shared_ptr<IStore> OpenSqliteStore() {
-    const auto pOwner = std::make_shared<CStoreInTempDir>();
-    return {pOwner, pOwner->pStore.get()};
+TEST(PlainStore, AnswersThatItNeitherListsNorCommits) {
+    CPlainStore store;
+    std::vector<std::string> children{"untouched"};
+    EXPECT_EQ(store.List("/", children), STORE_NO_SUPPORT);
+    EXPECT_EQ(children, std::vector<std::string>{"untouched"});
+    EXPECT_EQ(store.Commit({}, {{"/a", "text"}}), STORE_NO_SUPPORT);
 }
 
 }  // namespace
 
 INSTANTIATE_TEST_SUITE_P(Memory, StoreBehaviour,
-                         testing::Values(CStoreKind{"Memory", &OpenMemoryStore}));
+                         testing::Values(CStoreKind{"Memory", &MakeMemoryPlace, false}));
 INSTANTIATE_TEST_SUITE_P(Sqlite, StoreBehaviour,
-                         testing::Values(CStoreKind{"Sqlite", &OpenSqliteStore}));
+                         testing::Values(CStoreKind{"Sqlite", &MakeSqlitePlace}));

@@ -124,7 +124,8 @@ void StoreBehaviour::SetUp() {
     static std::atomic<unsigned int> uiCount{0};
     m_strRoot = "/Suite" + std::to_string(getpid()) + "_" + std::to_string(++uiCount);
     g_events.Clear();
-    m_pStoreUnderTest = GetParam().open();
+    m_open = GetParam().makePlace();
+    m_pStoreUnderTest = m_open();
     ASSERT_NE(m_pStoreUnderTest, nullptr);
     SetStore(m_pStoreUnderTest);
 }
@@ -143,6 +144,12 @@ std::string StoreBehaviour::TextOf(const std::string& strName) const {
     EXPECT_EQ(m_pStoreUnderTest->Read(Node(strName), nullptr, answer), 0);
     EXPECT_TRUE(answer.bExists);
     return answer.text.value_or("<no data>");
+}
+
+std::int64_t StoreBehaviour::VersionOf(const std::string& strName) const {
+    CStoreAnswer answer;
+    EXPECT_EQ(m_pStoreUnderTest->Read(Node(strName), nullptr, answer), 0);
+    return answer.iVersion;
 }
 
 TEST_P(StoreBehaviour, AbsentNodeIsNoFailure) {
@@ -263,6 +270,29 @@ TEST_P(StoreBehaviour, WatchStaysSilentForOtherNodes) {
     m_pStoreUnderTest->Write(Node("node2"), "[]\n");
     m_pStoreUnderTest->Write(Node("node"), "[2]\n");
     EXPECT_THAT(g_events.Wait(1), ElementsAre(Node("node")));
+}
+
+TEST_P(StoreBehaviour, WatchesHearOfACommit) {
+    ASSERT_EQ(m_pStoreUnderTest->Write(Node("old"), "[0]\n"), 0);
+    CStoreAnswer answer;
+    for (const char* pszWatched : {"old", "top", "top/node"}) {
+        m_pStoreUnderTest->Read(Node(pszWatched), &OnEventInFull, answer);
+    }
+    EXPECT_EQ(m_pStoreUnderTest->Commit({}, {{Node("top/node"), "[1]\n"}, {Node("old"), "[1]\n"}}),
+              0);
+    EXPECT_THAT(g_events.Wait(3),
+                UnorderedElementsAre("1 3 " + Node("top"), "1 3 " + Node("top/node"),
+                                     "3 3 " + Node("old")));
+}
+
+TEST_P(StoreBehaviour, WatchesHearNothingOfAFailedCommit) {
+    CStoreAnswer answer;
+    m_pStoreUnderTest->Read(Node("node"), &OnEvent, answer);
+    EXPECT_EQ(m_pStoreUnderTest->Commit({{Node("other"), 5}}, {{Node("node"), "[1]\n"}}),
+              STORE_CONDITION_FAILED);
+    m_pStoreUnderTest->Read(Node("last"), &OnEvent, answer);
+    EXPECT_EQ(m_pStoreUnderTest->Write(Node("last"), "[]\n"), 0);
+    EXPECT_THAT(g_events.Wait(1), ElementsAre(Node("last")));
 }
 
 TEST_P(StoreBehaviour, HandlerMayReadTheNodeAndSetTheWatchAnew) {

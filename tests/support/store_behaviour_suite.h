@@ -8,12 +8,17 @@
 #include "reference_host/store.h"
 #include "support/host_fixture.h"
 
+/// Opens a store on data that every call shares: each time a store of its own, as another program
+/// has one, except in memory, where there is but one. Null is a failure.
+using StoreOpener = std::function<std::shared_ptr<IStore>()>;
+
 /// A store to be held to what every store must do:
 ///     INSTANTIATE_TEST_SUITE_P(Memory, StoreBehaviour, testing::Values(CStoreKind{"Memory",
-///     open}));
+///     makePlace}));
 struct CStoreKind {
     std::string strName;
-    std::function<std::shared_ptr<IStore>()> open;  ///< a store ready for use; null is a failure
+    std::function<StoreOpener()> makePlace;  ///< for the data of one test
+    bool bOutlivesItsProgram = true;
 };
 
 std::ostream& operator<<(std::ostream& stream, const CStoreKind& kind);
@@ -30,6 +35,10 @@ protected:
     /// The text of a node as the store itself tells it.
     std::string TextOf(const std::string& strName) const;
 
+    /// The version of a node as the store itself tells it.
+    std::int64_t VersionOf(const std::string& strName) const;
+
+    StoreOpener m_open;
     std::shared_ptr<IStore> m_pStoreUnderTest;
 
 private:

@@ -13,6 +13,25 @@ std::vector<std::string> GetParentPaths(const std::string& strPath) {
     return paths;
 }
 
+std::optional<std::string> GetChildName(const std::string& strParent, const std::string& strPath) {
+    const std::string strPrefix = strParent == "/" ? strParent : strParent + "/";
+    if (strPath.size() <= strPrefix.size() ||
+        strPath.compare(0, strPrefix.size(), strPrefix) != 0) {
+        return std::nullopt;
+    }
+    return strPath.substr(strPrefix.size(), strPath.find('/', strPrefix.size()) - strPrefix.size());
+}
+
+bool NamesANodeTwice(const std::vector<CStoreText>& texts) {
+    std::set<std::string> setPath;
+    for (const CStoreText& text : texts) {
+        if (!setPath.insert(text.strPath).second) {
+            return true;
+        }
+    }
+    return false;
+}
+
 void CWatchTable::Set(const std::string& strPath, StoreWatcher pWatcher) {
     if (pWatcher != nullptr) {
         m_mapWatcher[strPath].insert(pWatcher);

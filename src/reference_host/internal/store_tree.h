@@ -1,6 +1,7 @@
 #pragma once
 
 #include <map>
+#include <optional>
 #include <set>
 #include <string>
 #include <vector>
@@ -9,6 +10,13 @@
 
 /// The paths above a node, the topmost first: "/a" and "/a/b" for "/a/b/c".
 std::vector<std::string> GetParentPaths(const std::string& strPath);
+
+/// The name of the child of a node through which a path goes, if it goes through one: "b" for "/a"
+/// and "/a/b/c".
+std::optional<std::string> GetChildName(const std::string& strParent, const std::string& strPath);
+
+/// Whether two of the texts are for one node.
+bool NamesANodeTwice(const std::vector<CStoreText>& texts);
 
 /// The one-shot watches of a store. Guarded by the store's own mutex.
 class CWatchTable {
