@@ -1,4 +1,6 @@
 #include <gtest/gtest.h>
+#define THREADED
+#include <zookeeper/zookeeper.h>
 
 #include <algorithm>
 #include <array>
@@ -36,6 +38,20 @@ protected:
                               [](const auto& pServer) { return pServer->IsLeader(); });
     }
 
+    CZooKeeperServer& Follower() {
+        return **std::find_if(m_servers.begin(), m_servers.end(),
+                              [](const auto& pServer) { return !pServer->IsLeader(); });
+    }
+
+    /// All servers, with this one tried first.
+    std::string ServersFrom(const CZooKeeperServer& first) const {
+        std::string strServers = first.Address();
+        for (const auto& pServer : m_servers) {
+            strServers += pServer.get() == &first ? "" : "," + pServer->Address();
+        }
+        return strServers;
+    }
+
     std::vector<std::unique_ptr<CZooKeeperServer>> m_servers;
     std::string m_strServers;
 };
@@ -54,6 +70,35 @@ TEST_F(ZooKeeperEnsemble, KilledLeaderLosesNoAcknowledgedWrite) {
         ASSERT_EQ(store.Read("/document/" + std::to_string(iWrite), nullptr, answer), 0);
         EXPECT_EQ(answer.text, std::to_string(iWrite));
     }
+}
+
+/// The client library tries servers in a random order unless told otherwise.
+class CConnectionsInOrder {
+public:
+    CConnectionsInOrder() { zoo_deterministic_conn_order(1); }
+    ~CConnectionsInOrder() { zoo_deterministic_conn_order(0); }
+    CConnectionsInOrder(const CConnectionsInOrder&) = delete;
+    CConnectionsInOrder& operator=(const CConnectionsInOrder&) = delete;
+};
+
+TEST_F(ZooKeeperEnsemble, HungFollowerCostsNoMoreThanThreeSeconds) {
+    const CConnectionsInOrder inOrder;
+    CZooKeeperServer& hung = Follower();
+    CZooKeeperOptions options;
+    options.strServers = ServersFrom(hung);
+    CZooKeeperStore connected(options);
+    ASSERT_EQ(connected.Write("/document", "text"), 0);
+    hung.Freeze();
+    CZooKeeperStore connecting(options);
+    const auto start = std::chrono::steady_clock::now();
+    CStoreAnswer answer;
+    EXPECT_EQ(connecting.Read("/document", nullptr, answer), 0);
+    EXPECT_EQ(answer.text, "text");
+    EXPECT_EQ(connected.Read("/document", nullptr, answer), 0);
+    const auto elapsed = std::chrono::steady_clock::now() - start;
+    hung.Thaw();
+    EXPECT_GT(elapsed, std::chrono::seconds(1)) << "nobody met the server that hangs";
+    EXPECT_LT(elapsed, std::chrono::seconds(3));
 }
 
 }  // namespace
