@@ -79,8 +79,8 @@ public:
     CConnection(CDroppingProxy& owner, int iClient)
         : m_owner(owner), m_iClient(iClient), m_iServer(socket(AF_INET, SOCK_STREAM, 0)) {
         const sockaddr_in address = Loopback(owner.m_iServerPort);
-        m_bAlive = connect(m_iServer, reinterpret_cast<const sockaddr*>(&address),
-                           sizeof(address)) == 0;
+        m_bAlive =
+            connect(m_iServer, reinterpret_cast<const sockaddr*>(&address), sizeof(address)) == 0;
     }
     ~CConnection() {
         close(m_iClient);

@@ -130,9 +130,8 @@ TEST_F(ZooKeeperCommit, NoAnsweredIncrementIsLostOverABrokenConnection) {
         ASSERT_EQ(m_store.Read(m_strPath + "/count", nullptr, count), 0);
         const EAtCommit eFault = faults[iRound % 3];
         m_proxy.AtNextCommit(eFault);
-        const int iRet =
-            m_store.Commit({{m_strPath + "/count", count.iVersion}},
-                           {{m_strPath + "/count", std::to_string(iWritten + 1)}});
+        const int iRet = m_store.Commit({{m_strPath + "/count", count.iVersion}},
+                                        {{m_strPath + "/count", std::to_string(iWritten + 1)}});
         ASSERT_EQ(iRet, eFault == EAtCommit::LOSE_REQUEST ? STORE_OUTCOME_UNKNOWN : 0);
         iWritten += iRet == 0;
         ASSERT_EQ(TextOf("/count"), std::to_string(iWritten));
@@ -142,10 +141,10 @@ TEST_F(ZooKeeperCommit, NoAnsweredIncrementIsLostOverABrokenConnection) {
 
 TEST_F(ZooKeeperCommit, RefusedTextInTheMiddleLeavesEverything) {
     ASSERT_EQ(m_other.Write(m_strPath + "/a", "1"), 0);
-    EXPECT_EQ(m_store.Commit({}, {{m_strPath + "/a", "2"},
-                                  {m_strPath + "/b//c", "2"},
-                                  {m_strPath + "/d", "2"}}),
-              BAD_ARGUMENTS);
+    EXPECT_EQ(
+        m_store.Commit(
+            {}, {{m_strPath + "/a", "2"}, {m_strPath + "/b//c", "2"}, {m_strPath + "/d", "2"}}),
+        BAD_ARGUMENTS);
     EXPECT_EQ(TextOf("/a"), "1");
     EXPECT_EQ(TextOf("/b"), "<absent>");
     EXPECT_EQ(TextOf("/d"), "<absent>");

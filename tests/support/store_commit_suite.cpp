@@ -214,6 +214,24 @@ TEST_P(StoreBehaviour, NoIncrementOfRacingWritersIsLost) {
     EXPECT_EQ(made.size(), static_cast<std::size_t>(iSuccesses));
 }
 
+TEST_P(StoreBehaviour, OfTwoCommitsOnEachOthersAbsenceOneSucceeds) {
+    const auto pOther = m_open();
+    for (int iRound = 0; iRound < 30; ++iRound) {
+        const std::string strLeft = Node("left" + std::to_string(iRound));
+        const std::string strRight = Node("right" + std::to_string(iRound) + "/deep");
+        int iLeftRet = 0;
+        std::thread left([&] {
+            iLeftRet =
+                m_pStoreUnderTest->Commit({{strRight, STORE_VERSION_ABSENT}}, {{strLeft, "[]\n"}});
+        });
+        const int iRightRet =
+            pOther->Commit({{strLeft, STORE_VERSION_ABSENT}}, {{strRight, "[]\n"}});
+        left.join();
+        EXPECT_EQ(iLeftRet == 0 ? iRightRet : iLeftRet, STORE_CONDITION_FAILED);
+        EXPECT_TRUE(iLeftRet == 0 || iRightRet == 0) << iLeftRet << " and " << iRightRet;
+    }
+}
+
 TEST_P(StoreBehaviour, KilledCommitIsWholeOrNotThere) {
     if (!GetParam().bOutlivesItsProgram) {
         GTEST_SKIP() << "nothing is left of it";
