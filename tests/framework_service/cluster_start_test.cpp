@@ -1,6 +1,7 @@
 #include <vector>
 
 #include "common_service/global_config.h"
+#include "common_service/net_factory.h"
 #include "common_service/tarn_def.h"
 #include "reference_host/accepted_links.h"
 #include "reference_host/host_settings.h"

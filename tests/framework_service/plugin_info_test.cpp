@@ -4,6 +4,7 @@
 #include <ostream>
 #include <vector>
 
+#include "common_service/directory.h"
 #include "common_service/tarn_def.h"
 #include "plugins/plugin_folder.h"
 #include "support/host_fixture.h"

@@ -6,6 +6,7 @@
 #include <utility>
 #include <vector>
 
+#include "common_service/directory.h"
 #include "common_service/memstat.h"
 #include "common_service/tarn_def.h"
 #include "plugins/plugin_folder.h"

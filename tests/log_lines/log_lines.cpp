@@ -1,5 +1,6 @@
 #include "log_lines/log_lines.h"
 
+#include "common_service/directory.h"
 #include "framework_service/plugin_mgr.h"
 #include "support/reconfigure.h"
 
