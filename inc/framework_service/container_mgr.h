@@ -186,9 +186,10 @@ private:
     void TakeResourceTask(const CContainerAddr& containerAddr, std::list<CResourceTask> taskTable,
                           int iMsgType);
 
-    /// Ends the changes under way of containers that have left the table.
+    /// Lets the changes under way look for their containers anew, which a copy of the table, an
+    /// addition or a removal asks for. Those whose container isGone says has left the table end.
     template <typename Predicate>
-    void EndChangesLocked(const Predicate& isGone);
+    void RefreshChangesLocked(const Predicate& isGone);
 
     /// The table as it is now; nothing without the lock.
     std::optional<CContainerTable> Snapshot();

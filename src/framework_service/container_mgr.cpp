@@ -45,6 +45,8 @@ bool Ask(HALD_Recursive_Thread_Mutex& mutex,
     return bAnswer;
 }
 
+constexpr auto NONE_IS_GONE = [](const auto&) { return false; };
+
 constexpr time_t NUMERIC_HIGH_SPEED_EXPIRY = 30;
 constexpr char OPERATION_UPDATE_HIGH_SPEED[] = "UpdateHighSpeedNvrInfo";
 
@@ -136,21 +138,29 @@ bool SortHighSpeedInfo(const HighSpeedDownLoadInfo& cHighSpeedDownLoadInfoA,
 /// thread and change the table. Lives with m_mutex held.
 class CContainerMgr::CChange {
 public:
-    CChange(CContainerMgr& mgr, const CContainerAddr& containerAddr)
+    CChange(CContainerMgr& mgr, const CContainerAddr& containerAddr, CContainer& container)
         : m_mgr(mgr),
           m_containerAddr(containerAddr),
-          m_pOuter(std::exchange(mgr.m_pChanges, this)) {}
+          m_pOuter(std::exchange(mgr.m_pChanges, this)),
+          m_pFound(&container) {}
     CChange(const CChange&) = delete;
     CChange& operator=(const CChange&) = delete;
     ~CChange() { m_mgr.m_pChanges = m_pOuter; }
 
     /// The container as it stands now, until the next call. Null once it was taken out of the
     /// table, whatever stands under its address since.
-    CContainer* Find() const {
-        return m_bEnded ? nullptr : m_mgr.m_containerTable.Edit(m_containerAddr);
+    CContainer* Find() {
+        if (m_pFound == nullptr && !m_bEnded) {
+            m_pFound = m_mgr.m_containerTable.Edit(m_containerAddr);
+        }
+        return m_pFound;
     }
 
-    void EndIf(bool bGone) { m_bEnded = m_bEnded || bGone; }
+    /// The entries of the table may stand elsewhere from now on, and this one may have left it.
+    void Refresh(bool bGone) {
+        m_pFound = nullptr;
+        m_bEnded = m_bEnded || bGone;
+    }
 
     bool IsOf(const CContainerAddr& containerAddr) const {
         return !(m_containerAddr < containerAddr) && !(containerAddr < m_containerAddr);
@@ -162,6 +172,7 @@ private:
     CContainerMgr& m_mgr;
     const CContainerAddr& m_containerAddr;
     CChange* const m_pOuter;
+    CContainer* m_pFound;
     bool m_bEnded = false;
 };
 
@@ -177,9 +188,9 @@ int32_t CContainerMgr::Init(const ContainerMap& containerMap) {
 }
 
 template <typename Predicate>
-void CContainerMgr::EndChangesLocked(const Predicate& isGone) {
+void CContainerMgr::RefreshChangesLocked(const Predicate& isGone) {
     for (CChange* pChange = m_pChanges; pChange != nullptr; pChange = pChange->Outer()) {
-        pChange->EndIf(isGone(*pChange));
+        pChange->Refresh(isGone(*pChange));
     }
 }
 
@@ -187,7 +198,7 @@ bool CContainerMgr::ReplaceTable(CContainerTable containerTable) {
     const MutexGuard guard(m_mutex);
     if (guard.locked()) {
         std::swap(m_containerTable, containerTable);
-        EndChangesLocked([](const CChange&) { return true; });
+        RefreshChangesLocked([](const CChange&) { return true; });
     }
     return guard.locked();
 }
@@ -197,6 +208,7 @@ std::optional<CContainerMgr::CContainerTable> CContainerMgr::Snapshot() {
     if (!guard.locked()) {
         return std::nullopt;
     }
+    RefreshChangesLocked(NONE_IS_GONE);
     return m_containerTable;
 }
 
@@ -216,6 +228,7 @@ int32_t CContainerMgr::AddContainer(const ContainerMap& containerMap) {
     if (!guard.locked()) {
         return ORVA_FAIL;
     }
+    RefreshChangesLocked(NONE_IS_GONE);
     for (const auto& [containerAddr, container] : containerMap) {
         if (m_containerTable.Insert(containerAddr, container) != nullptr) {
             continue;
@@ -235,7 +248,7 @@ int32_t CContainerMgr::RemoveContainer(const CContainerAddr& containerAddr) {
         return ORVA_FAIL;
     }
     removed = m_containerTable.Remove(containerAddr);
-    EndChangesLocked([&](const CChange& change) { return change.IsOf(containerAddr); });
+    RefreshChangesLocked([&](const CChange& change) { return change.IsOf(containerAddr); });
     return ORVA_SUCCEED;
 }
 
@@ -307,7 +320,7 @@ void CContainerMgr::TakeResourceTask(const CContainerAddr& containerAddr,
         if (container.GetContainerType() == CONTAINER_TYPE_IMG_DEV && !report.taskTable->empty()) {
             container.SetFaultShift(false);
         }
-        const CChange change(*this, containerAddr);
+        CChange change(*this, containerAddr, container);
         CFrameworkInternal::TakeReport(container, report, iMsgType,
                                        [&change] { return change.Find(); });
     };
@@ -495,6 +508,7 @@ void CContainerMgr::SetUptadeFlag(const std::string& strServiceType, bool bFalg)
     if (!guard.locked()) {
         return;
     }
+    RefreshChangesLocked(NONE_IS_GONE);
     former = m_containerTable;
     for (const auto& [containerAddr, container] : former) {
         if (CFrameworkInternal::ServiceType(container) == strServiceType) {

@@ -179,6 +179,28 @@ TEST_F(CalledBack, CopiesTakenMeanwhileStayAsTheyWere) {
     }
 }
 
+TEST_F(CalledBack, ReportGoesOnInATableThatWasCopiedAndChangedMeanwhile) {
+    CNodeMgr::Instance().Init({MakeStoredNode("n5", {})});
+    m_acting.ActInLinesOfActions();
+    OnceInLine("m_bUpdateFlag", [&] {
+        OnceInLine("available orva container",
+                   [&] { m_mgr.SetExtParamValueByKey(ADDR, "k", "v"); });
+        ContainerMap available;
+        CFrameworkCommon::Instance().GetAvailableContainer(CONTAINER_TYPE_CLOUD_STORAGE, available);
+        EXPECT_EQ(available.size(), 1U);
+    });
+    CResourceTask task = CloudTask("t");
+    task.SetAllocInfoList({});
+    m_mgr.SetResourceTask(ADDR, {task}, 0);
+    const CContainer container = Find();
+    std::string strValue;
+    EXPECT_EQ(container.GetValueByKey("k", strValue), 0);
+    EXPECT_TRUE(container.GetHasReportedFlag());
+    std::list<ORVA_CLOUD_STORAGE_ALLOC_INFO> allocInfoList;
+    container.GetAllocInfoList(allocInfoList);
+    EXPECT_EQ(allocInfoList.size(), 1U);
+}
+
 TEST_F(CalledBack, LinesOutliveTheContainerThatTheyName) {
     const CContainerAddr addr("a node with a name that is long",
                               "a type with a name as long as that");
