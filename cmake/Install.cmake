@@ -34,4 +34,4 @@ endfunction()
 
 install_pkg_config(framework_service
     "Cluster model, registries and plug-in framework; a host supplies the rest" "ACE jsoncpp")
-install_pkg_config(reference_host "A host for framework_service" "ACE")
+install_pkg_config(reference_host "A host for framework_service" "ACE jsoncpp")

@@ -1,7 +1,6 @@
 #include "common_service/oper_common.h"
 
 #include <arpa/inet.h>
-#include <json/json.h>
 
 #include <atomic>
 #include <cstdint>
@@ -15,6 +14,7 @@
 #include "common_service/tarn_def.h"
 #include "internal/log.h"
 #include "reference_host/store.h"
+#include "reference_host/strict_json.h"
 
 namespace {
 
@@ -90,16 +90,8 @@ bool IsCut(const std::string& strText, unsigned int uiBufLen) {
     if (!strText.empty() && strText.back() == '\n') {
         return false;
     }
-    Json::CharReaderBuilder builder;
-    builder["failIfExtra"] = true;
-    const std::unique_ptr<Json::CharReader> pReader(builder.newCharReader());
     Json::Value root;
-    try {
-        return !pReader->parse(strText.data(), strText.data() + strText.size(), &root, nullptr) ||
-               root.isNumeric();
-    } catch (const Json::Exception&) {
-        return true;  // nested too deeply for any reader
-    }
+    return ParseStrictJson(strText, root) || root.isNumeric();
 }
 
 int RenderDocument(CBaseJsonObject& doc, unsigned int uiBufLen, std::string& strText) {

@@ -1,13 +1,12 @@
 #include "common_service/data/version_znode.h"
 
-#include <json/json.h>
+#include <json/writer.h>
 
-#include <cstring>
-#include <memory>
 #include <string>
 
 #include "common_service/bounded_string.h"
 #include "common_service/tarn_def.h"
+#include "reference_host/strict_json.h"
 #include "reference_host/version_keys.h"
 
 namespace {
@@ -23,12 +22,8 @@ int32_t CVersionZNode::ParseJson(const char* pszJson) {
     if (pszJson == nullptr) {
         return ORVA_DATA_INVALID;
     }
-    Json::CharReaderBuilder builder;
-    builder["failIfExtra"] = true;
-    const std::unique_ptr<Json::CharReader> pReader(builder.newCharReader());
     Json::Value root;
-    if (!pReader->parse(pszJson, pszJson + std::strlen(pszJson), &root, nullptr) ||
-        !root.isObject()) {
+    if (ParseStrictJson(pszJson, root) || !root.isObject()) {
         return ORVA_DATA_INVALID;
     }
     const Json::Value& decision = root[PSZ_DECISION_VER_NUM];

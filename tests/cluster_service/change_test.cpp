@@ -1,9 +1,9 @@
 #include <filesystem>
 
 #include "command/cluster_text.h"
-#include "command/json_text.h"
 #include "framework_service/cluster_db_znode_info.h"
 #include "framework_service/cluster_znode_info.h"
+#include "reference_host/strict_json.h"
 #include "service_fixture.h"
 
 using ::testing::ElementsAre;
@@ -39,7 +39,7 @@ protected:
 private:
     Json::Value StoredCluster() const {
         Json::Value cluster;
-        EXPECT_EQ(ParseText(Stored("/Cluster").value(), cluster), std::nullopt);
+        EXPECT_EQ(ParseStrictJson(Stored("/Cluster").value(), cluster), std::nullopt);
         return cluster;
     }
 };
@@ -254,8 +254,8 @@ TEST_F(Walk, FromImportToExportKeepsWhatWasNotChanged) {
     EXPECT_THAT(strCluster, Not(HasSubstr("record-08")));
     Json::Value before;
     Json::Value after;
-    ASSERT_EQ(ParseText(ReadText(PSZ_SAMPLE_DIR "/cluster.json"), before), std::nullopt);
-    ASSERT_EQ(ParseText(strCluster, after), std::nullopt);
+    ASSERT_EQ(ParseStrictJson(ReadText(PSZ_SAMPLE_DIR "/cluster.json"), before), std::nullopt);
+    ASSERT_EQ(ParseStrictJson(strCluster, after), std::nullopt);
     Json::Value expected = before;
     expected[PSZ_CLUSTER_NODE].clear();
     for (Json::Value node : NodesOf(before)) {

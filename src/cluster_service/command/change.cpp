@@ -10,13 +10,13 @@
 #include "command/cluster_text.h"
 #include "command/confirm.h"
 #include "command/exit_code.h"
-#include "command/json_text.h"
 #include "command/load.h"
 #include "command/store_document.h"
 #include "command/store_text.h"
 #include "framework_service/cluster_znode_info.h"
 #include "framework_service/framework_common.h"
 #include "framework_service/node_mgr.h"
+#include "reference_host/strict_json.h"
 
 namespace {
 
@@ -40,7 +40,8 @@ bool ReadCluster(Json::Value& cluster, std::ostream& errors) {
     if (!StoreAnswered(document, stored.iCode, errors)) {
         return false;
     }
-    const auto fault = stored.strText.empty() ? std::nullopt : ParseText(stored.strText, cluster);
+    const auto fault =
+        stored.strText.empty() ? std::nullopt : ParseStrictJson(stored.strText, cluster);
     if (fault) {
         errors << StorePath(document) << ": " << *fault << '\n';
     }

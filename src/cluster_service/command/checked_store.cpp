@@ -3,10 +3,10 @@
 #include <algorithm>
 
 #include "command/document_fault.h"
-#include "command/json_text.h"
 #include "framework_service/cluster_config_znode_info.h"
 #include "framework_service/cluster_znode_info.h"
 #include "reference_host/store.h"
+#include "reference_host/strict_json.h"
 
 namespace {
 
@@ -22,7 +22,7 @@ CCheckedDocument ReadDocument(const CStoreDocument& document) {
         checked.fault = FindFault(document, checked.stored.strText);
     }
     if (!checked.fault && !checked.stored.strText.empty()) {
-        ParseText(checked.stored.strText, checked.root);
+        ParseStrictJson(checked.stored.strText, checked.root);
     }
     return checked;
 }

@@ -1,13 +1,12 @@
 #include "command/document_fault.h"
 
-#include <json/value.h>
-
 #include <exception>
 
 #include "command/json_text.h"
 #include "command/key_fault.h"
 #include "common_service/logger.h"
 #include "common_service/tarn_def.h"
+#include "reference_host/strict_json.h"
 
 namespace {
 
@@ -46,7 +45,7 @@ std::optional<std::string> FindFault(const CStoreDocument& document, const std::
         return PlaceOf(strText, pos) + ": a zero byte";
     }
     Json::Value root;
-    if (auto fault = ParseText(strText, root)) {
+    if (auto fault = ParseStrictJson(strText, root)) {
         return fault;
     }
     const auto refusal = FindRefusal(document, strText);

@@ -1,0 +1,41 @@
+#include "reference_host/strict_json.h"
+
+#include <gtest/gtest.h>
+
+#include "common_service/data/version_znode.h"
+#include "common_service/tarn_def.h"
+
+namespace {
+
+/// What is wrong with a text.
+std::string FaultOf(const std::string& strText) {
+    Json::Value root;
+    return ParseStrictJson(strText, root).value_or("");
+}
+
+TEST(StrictJson, TakesOneValueOfAnyKind) {
+    for (const char* pszText : {"{}", "[1, 2]", "5", "\"x\"", "null", " {}\n"}) {
+        EXPECT_EQ(FaultOf(pszText), "") << pszText;
+    }
+}
+
+TEST(StrictJson, HandsTheValueOver) {
+    Json::Value root;
+    EXPECT_FALSE(ParseStrictJson(std::string_view(R"({"a":7} and more)", 7), root));
+    EXPECT_EQ(root["a"], 7);
+}
+
+TEST(StrictJson, TellsWhatIsWrongFirstAndWhere) {
+    EXPECT_EQ(FaultOf("{\n  \"a\": tru\n}"),
+              "line 2, column 8: Syntax error: value, object or array expected.");
+    EXPECT_EQ(FaultOf("{} {}"), "line 1, column 4: Extra non-whitespace after JSON value.");
+    EXPECT_NE(FaultOf(""), "");
+}
+
+TEST(StrictJson, RefusesWhatIsNestedTooDeeply) {
+    const std::string strText = std::string(5000, '[') + std::string(5000, ']');
+    EXPECT_NE(FaultOf(strText), "");
+    EXPECT_EQ(CVersionZNode().ParseJson(strText.c_str()), ORVA_DATA_INVALID);
+}
+
+}  // namespace
