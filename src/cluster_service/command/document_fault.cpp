@@ -2,8 +2,8 @@
 
 #include <exception>
 
-#include "command/json_text.h"
 #include "command/key_fault.h"
+#include "command/text_place.h"
 #include "common_service/logger.h"
 #include "common_service/tarn_def.h"
 #include "reference_host/strict_json.h"

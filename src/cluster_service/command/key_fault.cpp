@@ -3,7 +3,7 @@
 #include <cstddef>
 #include <vector>
 
-#include "command/json_text.h"
+#include "command/text_place.h"
 
 namespace {
 

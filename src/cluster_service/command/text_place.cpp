@@ -1,4 +1,4 @@
-#include "command/json_text.h"
+#include "command/text_place.h"
 
 #include <algorithm>
 #include <iterator>
