@@ -8,7 +8,7 @@
 #include "common_service/tarn_def.h"
 #include "internal/store_tree.h"
 
-struct CMemoryStore::CState {
+struct __attribute__((visibility("hidden"))) CMemoryStore::CState {
     struct CNode {
         std::optional<std::string> text;
         std::int64_t iVersion;

@@ -12,9 +12,11 @@
 #include <vector>
 
 #include "common_service/tarn_def.h"
-#include "internal/log.h"
+#include "operation_log/operation_log.h"
 #include "reference_host/store.h"
 #include "reference_host/strict_json.h"
+
+using namespace operation_log;
 
 namespace {
 
@@ -63,8 +65,8 @@ private:
 
 /// Asks the document, and turns whatever it throws into a code and a line of the caller.
 template <class Question>
-int AskDocument(const char* pszOperation, const std::string& strPath, const Question& question,
-                int iLine = __builtin_LINE(), const char* pszFunction = __builtin_FUNCTION()) {
+int AskDocument(const CPlacedText& operation, const std::string& strPath,
+                const Question& question) {
     std::string strReason = "unknown";
     try {
         return question();
@@ -72,10 +74,8 @@ int AskDocument(const char* pszOperation, const std::string& strPath, const Ques
         strReason = exception.what();
     } catch (...) {
     }
-    LogError(pszOperation, ORVA_DATA_INVALID,
-             "document of " + strPath + " threw an exception: " + strReason, __FILE__, iLine,
-             pszFunction);
-    return ORVA_DATA_INVALID;
+    return LogFailure(operation, ORVA_DATA_INVALID, "document of %s threw an exception: %s",
+                      strPath.c_str(), strReason.c_str());
 }
 
 /// Was the text cut to fit its buffer? Only one that fills it can have been. Of those, a whole one
@@ -141,10 +141,8 @@ int COperCommon::GetDataFromZK(const char* path, void* watcher, unsigned int buf
         return answer.bExists ? static_cast<int>(ORVA_SUCCEED) : STORE_NODE_ABSENT;
     }
     if (answer.text->size() >= bufLen) {
-        LogError(PSZ_READ, STORE_TEXT_TOO_LONG,
-                 std::string("text of ") + path + " has " + std::to_string(answer.text->size()) +
-                     " characters, buffer " + std::to_string(bufLen));
-        return STORE_TEXT_TOO_LONG;
+        return LogFailure(PSZ_READ, STORE_TEXT_TOO_LONG, "text of %s has %zu characters, buffer %u",
+                          path, answer.text->size(), bufLen);
     }
     *text = std::move(*answer.text);
     return AskDocument(PSZ_READ, path, [&] { return doc->ParseJson((*text).c_str()); });
@@ -164,15 +162,14 @@ int COperCommon::SetDataToZK(const char* path, unsigned int bufLen, CBaseJsonObj
     if (iRet != ORVA_SUCCEED) {
         return iRet;
     }
-    const std::string strSize = std::string("text of ") + path + " takes " +
-                                std::to_string(strText.size()) + " of a buffer of " +
-                                std::to_string(bufLen);
     if (IsCut(strText, bufLen)) {
-        LogError(PSZ_WRITE, ORVA_DATA_INVALID, strSize + " and is not whole");
-        return ORVA_DATA_INVALID;
+        return LogFailure(PSZ_WRITE, ORVA_DATA_INVALID,
+                          "text of %s takes %zu of a buffer of %u and is not whole", path,
+                          strText.size(), bufLen);
     }
     if (IsNearlyFull(strText.size(), bufLen)) {
-        LogWarning(PSZ_WRITE, strSize);
+        LogWarning(PSZ_WRITE, "text of %s takes %zu of a buffer of %u", path, strText.size(),
+                   bufLen);
     }
     return pStore->Write(path, strText);
 }

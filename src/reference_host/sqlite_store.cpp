@@ -7,9 +7,11 @@
 #include <utility>
 
 #include "common_service/tarn_def.h"
-#include "internal/log.h"
 #include "internal/sqlite_file.h"
 #include "internal/store_tree.h"
+#include "operation_log/operation_log.h"
+
+using namespace operation_log;
 
 namespace {
 
@@ -83,7 +85,7 @@ int ReadNamesBelow(sqlite3* pDatabase, const std::string& strPath, std::set<std:
 
 }  // namespace
 
-struct CSqliteStore::CState {
+struct __attribute__((visibility("hidden"))) CSqliteStore::CState {
     CState(std::string strFileName, unsigned int uiTimeoutMs, bool bOnlyReads)
         : strFile(std::move(strFileName)), uiBusyTimeoutMs(uiTimeoutMs), bReadOnly(bOnlyReads) {}
 
@@ -257,7 +259,7 @@ std::shared_ptr<CSqliteStore> CSqliteStore::Open(std::unique_ptr<CState> pState,
     const int iRet = pState->bReadOnly ? pState->Look(nothing) : pState->Connect(false);
     if (iRet != SQLITE_OK) {
         strError = pState->Reason(iRet);
-        LogError(PSZ_OPEN, PrimaryCode(iRet), strError);
+        LogFailure(PSZ_OPEN, PrimaryCode(iRet), "%s", strError.c_str());
         return nullptr;
     }
     return std::shared_ptr<CSqliteStore>(new CSqliteStore(std::move(pState)));
@@ -269,8 +271,7 @@ int CSqliteStore::Read(const std::string& strPath, StoreWatcher pWatcher, CStore
     const int iRet =
         m_pState->Look([&](sqlite3* pDatabase) { return ReadNode(pDatabase, strPath, found); });
     if (iRet != SQLITE_OK) {
-        LogError(PSZ_READ, PrimaryCode(iRet), m_pState->Reason(iRet));
-        return PrimaryCode(iRet);
+        return LogFailure(PSZ_READ, PrimaryCode(iRet), "%s", m_pState->Reason(iRet).c_str());
     }
     m_pState->watches.Set(strPath, pWatcher);
     answer = std::move(found);
@@ -286,8 +287,7 @@ int CSqliteStore::List(const std::string& strPath, std::vector<std::string>& chi
         return iNodeRet == SQLITE_OK ? ReadNamesBelow(pDatabase, strPath, setName) : iNodeRet;
     });
     if (iRet != SQLITE_OK) {
-        LogError(PSZ_READ, PrimaryCode(iRet), m_pState->Reason(iRet));
-        return PrimaryCode(iRet);
+        return LogFailure(PSZ_READ, PrimaryCode(iRet), "%s", m_pState->Reason(iRet).c_str());
     }
     if (!node.bExists && setName.empty() && strPath != "/") {
         return STORE_NODE_ABSENT;
@@ -299,7 +299,7 @@ int CSqliteStore::List(const std::string& strPath, std::vector<std::string>& chi
 int CSqliteStore::Write(const std::string& strPath, const std::string& strText) {
     const int iRet = m_pState->Change({}, {{strPath, strText}});
     if (iRet != SQLITE_OK) {
-        LogError(PSZ_WRITE, PrimaryCode(iRet), m_pState->Reason(iRet));
+        LogFailure(PSZ_WRITE, PrimaryCode(iRet), "%s", m_pState->Reason(iRet).c_str());
     }
     return PrimaryCode(iRet);
 }
@@ -314,7 +314,7 @@ int CSqliteStore::Commit(const std::vector<CStoreCondition>& conditions,
         return iRet;
     }
     if (iRet != SQLITE_OK) {
-        LogError(PSZ_COMMIT, PrimaryCode(iRet), m_pState->Reason(iRet));
+        LogFailure(PSZ_COMMIT, PrimaryCode(iRet), "%s", m_pState->Reason(iRet).c_str());
     }
     return PrimaryCode(iRet);
 }

@@ -14,8 +14,10 @@
 
 #include "common_service/tarn_def.h"
 #include "internal/commit_operations.h"
-#include "internal/log.h"
 #include "internal/store_tree.h"
+#include "operation_log/operation_log.h"
+
+using namespace operation_log;
 
 namespace {
 
@@ -331,7 +333,7 @@ void CZooKeeperStore::CClient::RenewSession(std::unique_lock<std::mutex>& lock) 
     pSession = std::make_shared<CSession>(*this);
     const bool bFailed = !pSession->m_pHandle;
     if (bFailed && !m_bOpenFailed) {
-        LogError(PSZ_SESSION, errno, "list of servers is malformed or does not resolve");
+        LogFailure(PSZ_SESSION, errno, "list of servers is malformed or does not resolve");
     }
     m_bOpenFailed = bFailed;
     lock.lock();
@@ -529,8 +531,7 @@ int CZooKeeperStore::CClient::Read(const std::string& strPath, StoreWatcher pWat
     if (pWatcher && IsTransient(reply.iCode)) {
         CountAsMissed(strPath, pWatcher);
     }
-    LogError(PSZ_READ, reply.iCode, strPath + ": " + zerror(reply.iCode));
-    return reply.iCode;
+    return LogFailure(PSZ_READ, reply.iCode, "%s: %s", strPath.c_str(), zerror(reply.iCode));
 }
 
 int CZooKeeperStore::CClient::CreateNode(const std::string& strPath, const std::string* pText,
@@ -573,13 +574,12 @@ int CZooKeeperStore::CClient::WriteNode(const std::string& strPath, const std::s
 
 int CZooKeeperStore::CClient::Write(const std::string& strPath, const std::string& strText) {
     if (strPath.size() + strText.size() > MAX_PATH_AND_TEXT) {
-        LogError(PSZ_WRITE, ORVA_PARA_INVALID,
-                 strPath + ": " + std::to_string(strText.size()) + " bytes are too many");
-        return ORVA_PARA_INVALID;
+        return LogFailure(PSZ_WRITE, ORVA_PARA_INVALID, "%s: %zu bytes are too many",
+                          strPath.c_str(), strText.size());
     }
     const int iCode = WriteNode(strPath, strText, Deadline());
     if (iCode != ZOK) {
-        LogError(PSZ_WRITE, iCode, strPath + ": " + zerror(iCode));
+        LogFailure(PSZ_WRITE, iCode, "%s: %s", strPath.c_str(), zerror(iCode));
     }
     return iCode;
 }
@@ -593,8 +593,7 @@ int CZooKeeperStore::CClient::List(const std::string& strPath, std::vector<std::
         return STORE_NODE_ABSENT;
     }
     if (reply.iCode != ZOK) {
-        LogError(PSZ_LIST, reply.iCode, strPath + ": " + zerror(reply.iCode));
-        return reply.iCode;
+        return LogFailure(PSZ_LIST, reply.iCode, "%s: %s", strPath.c_str(), zerror(reply.iCode));
     }
     std::sort(reply.children.begin(), reply.children.end());
     children = std::move(reply.children);
@@ -726,19 +725,19 @@ int CZooKeeperStore::CClient::Commit(const std::vector<CStoreCondition>& conditi
     }
     const std::size_t ulSize = CCommitOperations::GetLargestSize(conditions, texts);
     if (ulSize > MAX_PATH_AND_TEXT) {
-        LogError(PSZ_COMMIT, ORVA_PARA_INVALID, std::to_string(ulSize) + " bytes are too many");
-        return ORVA_PARA_INVALID;
+        return LogFailure(PSZ_COMMIT, ORVA_PARA_INVALID, "%zu bytes are too many", ulSize);
     }
     if (conditions.empty() && texts.empty()) {
         return ORVA_SUCCEED;
     }
     const int iCode = CommitUntil(Deadline(), conditions, texts);
     if (iCode != ORVA_SUCCEED && iCode != STORE_CONDITION_FAILED) {
-        LogError(PSZ_COMMIT, iCode,
-                 (texts.empty() ? conditions.front().strPath : texts.front().strPath) + ": " +
-                     (iCode == STORE_OUTCOME_UNKNOWN
-                          ? "answer lost, and the texts are not all as committed"
-                          : zerror(iCode)));
+        const std::string& strPath =
+            texts.empty() ? conditions.front().strPath : texts.front().strPath;
+        LogFailure(PSZ_COMMIT, iCode, "%s: %s", strPath.c_str(),
+                   iCode == STORE_OUTCOME_UNKNOWN
+                       ? "answer lost, and the texts are not all as committed"
+                       : zerror(iCode));
     }
     return iCode;
 }
