@@ -139,14 +139,17 @@ int CSqliteStore::CState::Connect(bool bCreate) {
         CDatabase pLooked;
         ESqliteTable eTable = ESqliteTable::NONE;
         const int iRet = OpenSqliteToLook(strFile, uiBusyTimeoutMs, pLooked, eTable);
-        if (iRet != SQLITE_OK) {
+        // A writer that was killed leaves a log that only the next writer can take in.
+        if (iRet != SQLITE_OK && !IsLogInTheWay(iRet)) {
             return iRet;
         }
     } else if (!bCreate) {
         return CheckSqliteFolder(strFile);
     }
     CDatabase pOpened;
-    const int iRet = OpenSqliteToWrite(strFile, uiBusyTimeoutMs, pOpened);
+    ESqliteTable eTable = ESqliteTable::NONE;
+    int iRet = OpenSqliteToWrite(strFile, uiBusyTimeoutMs, pOpened);
+    iRet = iRet == SQLITE_OK ? FindSqliteTable(pOpened.get(), eTable) : iRet;
     if (iRet == SQLITE_OK) {
         pDatabase = std::move(pOpened);
     }

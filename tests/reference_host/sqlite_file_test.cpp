@@ -1,5 +1,6 @@
 #include <sqlite3.h>
 #include <sys/stat.h>
+#include <sys/wait.h>
 #include <unistd.h>
 
 #include <atomic>
@@ -214,6 +215,27 @@ TEST_F(SqliteFile, WithoutAnyTableReadsAsAStoreWithoutNodes) {
     ASSERT_NE(pStore, nullptr) << m_strError;
     EXPECT_FALSE(ReadFrom(*pStore).bExists);
     EXPECT_THAT(Files(), UnorderedElementsAre("store"));
+}
+
+TEST_F(SqliteFile, ThatAKilledWriterLeftHalfWayIsRolledBack) {
+    if (const pid_t pid = fork(); pid == 0) {
+        CSqliteConnection connection(m_strFile);
+        connection.Execute("PRAGMA cache_size = 1; BEGIN; CREATE TABLE half (text);");
+        for (int i = 0; i < 100; ++i) {
+            connection.Execute("INSERT INTO half VALUES (zeroblob(4000));");
+        }
+        _exit(0);
+    } else {
+        waitpid(pid, nullptr, 0);
+    }
+    ASSERT_GT(fs::file_size(m_strFile + "-journal"), 0U);
+    EXPECT_EQ(OpenReadOnly(), nullptr) << "its writer's work is not to be shown";
+    Fill("[1]");
+    CStoreAnswer answer;
+    const auto pStore = OpenReadOnly();
+    ASSERT_NE(pStore, nullptr) << m_strError;
+    EXPECT_EQ(pStore->Read("/top/a", nullptr, answer), 0);
+    EXPECT_EQ(answer.text, "[1]");
 }
 
 TEST_F(SqliteFile, OnlyLookedAtStaysAloneAndAsItIs) {

@@ -250,6 +250,7 @@ TEST_P(StoreBehaviour, KilledCommitIsWholeOrNotThere) {
         kill(pid, SIGKILL);
         waitpid(pid, nullptr, 0);
         m_pStoreUnderTest = m_open();
+        ASSERT_NE(m_pStoreUnderTest, nullptr);
         if (VersionOf("a") == STORE_VERSION_ABSENT) {
             ASSERT_EQ(VersionOf("b"), STORE_VERSION_ABSENT);
             continue;

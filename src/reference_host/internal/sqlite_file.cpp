@@ -251,6 +251,10 @@ int CheckSqliteFolder(const std::string& strFile) {
                : SQLITE_CANTOPEN;
 }
 
+bool IsLogInTheWay(int iCode) {
+    return iCode == LOG_UNREADABLE;
+}
+
 std::string ReasonOfSqlite(int iCode) {
     switch (iCode) {
         case FILE_ABSENT:

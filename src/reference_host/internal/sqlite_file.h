@@ -71,4 +71,8 @@ bool IsSqliteFileThere(const std::string& strFile);
 /// SQLITE_OK for a file that is not there, but could be.
 int CheckSqliteFolder(const std::string& strFile);
 
+/// Whether a look failed for a log beside the file alone: opening the file to write takes the log
+/// in.
+bool IsLogInTheWay(int iCode);
+
 std::string ReasonOfSqlite(int iCode);
