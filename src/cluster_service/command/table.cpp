@@ -3,6 +3,8 @@
 #include <algorithm>
 #include <cstddef>
 
+#include "reference_host/shown_text.h"
+
 namespace {
 
 constexpr std::size_t NUMERIC_GAP = 2;
@@ -12,27 +14,20 @@ std::string TextOf(const Json::Value& value) {
         return value.asBool() ? "yes" : "no";
     }
     if (!value.isArray()) {
-        return value.asString();
+        return ShownText(value.asString());
     }
     std::string strText;
     for (const Json::Value& element : value) {
-        strText.append(strText.empty() ? "" : ", ").append(element.asString());
+        strText.append(strText.empty() ? "" : ", ").append(ShownText(element.asString()));
     }
     return strText;
-}
-
-/// The number of characters of a UTF-8 text.
-std::size_t WidthOf(const std::string& strText) {
-    return static_cast<std::size_t>(std::count_if(strText.begin(), strText.end(), [](char c) {
-        return (static_cast<unsigned char>(c) & 0xC0U) != 0x80U;
-    }));
 }
 
 void PrintLine(std::ostream& stream, const std::vector<std::string>& cells,
                const std::vector<std::size_t>& widths) {
     std::string strLine;
     for (std::size_t i = 0; i < cells.size(); ++i) {
-        strLine.append(cells[i]).append(widths[i] - WidthOf(cells[i]) + NUMERIC_GAP, ' ');
+        strLine.append(cells[i]).append(widths[i] - ColumnsOf(cells[i]) + NUMERIC_GAP, ' ');
     }
     strLine.erase(strLine.find_last_not_of(' ') + 1);
     stream << strLine << '\n';
@@ -51,7 +46,7 @@ void CTable::Print(std::ostream& stream) const {
     for (const auto& cells : lines) {
         std::transform(cells.begin(), cells.end(), widths.begin(), widths.begin(),
                        [](const std::string& strCell, std::size_t width) {
-                           return std::max(WidthOf(strCell), width);
+                           return std::max(ColumnsOf(strCell), width);
                        });
     }
     stream << m_strName << " (" << m_rows.size() << ")\n";
