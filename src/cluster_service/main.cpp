@@ -3,16 +3,19 @@
 #include <memory>
 #include <string>
 
-#include "command/change.h"
 #include "command/check.h"
 #include "command/exit_code.h"
+#include "command/export.h"
 #include "command/held_log.h"
-#include "command/import_export.h"
+#include "command/import.h"
 #include "command/load.h"
 #include "command/open_store.h"
+#include "command/promote.h"
+#include "command/remove.h"
 #include "command/show.h"
 #include "options.h"
 #include "reference_host/host_settings.h"
+#include "reference_host/shown_text.h"
 #include "reference_host/spd_logger.h"
 
 namespace {
@@ -27,52 +30,67 @@ Logger* OpenLogger(const COptions& options) {
     std::string strError;
     Logger* pLogger = CSpdLogger::Open(settings, strError).release();
     if (pLogger == nullptr) {
-        std::cerr << "cannot log to " << options.strLogFile << ": " << strError << '\n';
+        std::cerr << "cannot log to " << ShownText(options.strLogFile) << ": "
+                  << ShownText(strError) << '\n';
     }
     return pLogger;
 }
 
+CChangeOptions ChangeOptions(const COptions& options) {
+    return {options.bYes, options.bDryRun, options.bJson, options.strUndoFile};
+}
+
 struct CCommand {
     const char* pszName;
-    bool bCreatesStore;
-    int (*pRun)(const COptions& options);
+    EOpenStore eOpen;
+    int (*pRun)(const COptions& options, CStage& stage);
     bool (*pNeedsStore)(const COptions& options) = [](const COptions&) { return true; };
 };
 
 constexpr CCommand COMMANDS[] = {
-    {"import", true,
-     [](const COptions& o) { return Import(o.strDir, o.bYes, std::cout, std::cerr); }},
-    {"export", false, [](const COptions& o) { return Export(o.strDir, std::cout, std::cerr); }},
-    {"check", false, [](const COptions&) { return Check(std::cout, std::cerr); }},
-    {"show", false,
-     [](const COptions& o) { return Show(o.strSubject, o.bJson, std::cout, std::cerr); },
-     [](const COptions& o) { return ShowNeedsStore(o.strSubject); }},
-    {"remove", false,
-     [](const COptions& o) {
-         return Remove(o.strNodeId, o.strContainerType, o.bYes, std::cout, std::cerr);
+    {"import", EOpenStore::TO_CREATE,
+     [](const COptions& o, CStage& stage) {
+         return Import(stage, o.strDir, IsStoreKept(o.strStore), ChangeOptions(o), std::cout,
+                       std::cerr);
      }},
-    {"promote", false,
-     [](const COptions& o) { return Promote(o.strNodeId, o.bYes, std::cout, std::cerr); }},
+    {"diff", EOpenStore::TO_READ,
+     [](const COptions& o, CStage& stage) {
+         CChangeOptions change;
+         change.bDryRun = true;
+         change.bJson = o.bJson;
+         return Import(stage, o.strDir, false, change, std::cout, std::cerr);
+     }},
+    {"export", EOpenStore::TO_READ,
+     [](const COptions& o, CStage&) { return Export(o.strDir, std::cout, std::cerr); }},
+    {"check", EOpenStore::TO_READ,
+     [](const COptions&, CStage&) { return Check(std::cout, std::cerr); }},
+    {"show", EOpenStore::TO_READ,
+     [](const COptions& o, CStage&) { return Show(o.strSubject, o.bJson, std::cout, std::cerr); },
+     [](const COptions& o) { return ShowNeedsStore(o.strSubject); }},
+    {"remove", EOpenStore::TO_CHANGE,
+     [](const COptions& o, CStage& stage) {
+         return Remove(stage, o.strNodeId, o.strContainerType, ChangeOptions(o), std::cout,
+                       std::cerr);
+     }},
+    {"promote", EOpenStore::TO_CHANGE,
+     [](const COptions& o, CStage& stage) {
+         return Promote(stage, o.strNodeId, ChangeOptions(o), std::cout, std::cerr);
+     }},
 };
 
-/// False, said on the standard error stream, when the store cannot be opened.
-bool UseStore(const COptions& options, bool bCreate) {
-    std::string strError;
-    std::shared_ptr<IStore> pStore = OpenStore(options.strStore, bCreate, strError);
-    if (pStore == nullptr) {
-        std::cerr << "cannot open the store " << options.strStore << ": " << strError << '\n';
-        return false;
-    }
-    SetStore(std::move(pStore));
-    return true;
-}
-
 int RunCommand(const CCommand& command, const COptions& options) {
-    if (command.pNeedsStore(options) && !UseStore(options, command.bCreatesStore)) {
+    const std::string strStore = command.pNeedsStore(options) ? options.strStore : "memory";
+    std::string strError;
+    std::shared_ptr<IStore> pStore = OpenStore(strStore, command.eOpen, strError);
+    if (pStore == nullptr) {
+        std::cerr << "cannot open the store " << ShownText(strStore) << ": " << ShownText(strError)
+                  << '\n';
         return EXIT_COULD_NOT;
     }
+    const auto pStage = std::make_shared<CStage>(std::move(pStore));
+    SetStore(pStage);
     const CServiceGuard guard;
-    const int iResult = command.pRun(options);
+    const int iResult = command.pRun(options, *pStage);
     if (!std::cout.flush()) {
         std::cerr << "cannot write to the standard output\n";
         return EXIT_COULD_NOT;

@@ -14,11 +14,6 @@ namespace {
 
 namespace fs = std::filesystem;
 
-constexpr char PSZ_FOOTER[] =
-    "Exit status: 0 done and all well, 1 something was refused or declined or check found "
-    "something,\n"
-    "2 wrong usage, or the store, a file or a plug-in stood in the way.";
-
 constexpr char PSZ_SUBCOMMAND_FOOTER[] =
     "\n\nThe options of every command, such as --store: cluster_service --help";
 
@@ -109,21 +104,39 @@ void AddNode(CLI::App& command, COptions& options) {
         ->type_name("");
 }
 
-void AddYes(CLI::App& command, COptions& options) {
+void AddJson(CLI::App& command, COptions& options, const char* pszDescription) {
+    command.add_flag("--json", options.bJson, pszDescription);
+}
+
+constexpr char PSZ_JSON_DIFFERENCE[] = "show what would be different as JSON";
+
+void AddChangeOptions(CLI::App& command, COptions& options) {
     command.add_flag("-y,--yes", options.bYes, "go ahead without asking");
+    command.add_flag("--dry-run", options.bDryRun, "show what would be different, change nothing");
+    AddJson(command, options, PSZ_JSON_DIFFERENCE);
+    command
+        .add_option("--undo", options.strUndoFile,
+                    "keep the former texts in this new file; an import of it takes the change back")
+        ->type_name("FILE");
 }
 
 void AddDocumentCommands(CLI::App& app, COptions& options) {
     CLI::App* pImport = app.add_subcommand(
         "import", "Reads the documents from the files of a folder into the store.");
-    AddFolder(*pImport, options, "the folder");
-    pImport->get_option("DIR")->check(CLI::ExistingDirectory);
-    AddYes(*pImport, options);
+    AddFolder(*pImport, options, "the folder, or a file that --undo has written");
+    pImport->get_option("DIR")->check(CLI::ExistingPath);
+    AddChangeOptions(*pImport, options);
     pImport->footer("The files, of which some may be missing:" + FilesOfDocuments() +
                     "\nThe store gets each text as it stands in its file. When one file is refused "
-                    "nothing is\nimported. Before a document that the store holds with another "
-                    "text is replaced, you are\nasked. With --store memory the files are only "
-                    "looked at.");
+                    "nothing is\nimported. You are shown what would be different and asked; the "
+                    "documents change together or\nnot at all. With --store memory the files are "
+                    "only looked at.");
+
+    CLI::App* pDiff = app.add_subcommand(
+        "diff", "Shows what an import of the files of a folder would change; changes nothing.");
+    AddFolder(*pDiff, options, "the folder, or a file that --undo has written");
+    pDiff->get_option("DIR")->check(CLI::ExistingPath);
+    AddJson(*pDiff, options, PSZ_JSON_DIFFERENCE);
 
     CLI::App* pExport =
         app.add_subcommand("export", "Writes the documents of the store to the files of a folder.");
@@ -146,7 +159,7 @@ void AddLookCommands(CLI::App& app, const std::vector<std::string>& subjects, CO
     pShow->add_option("SUBJECT", options.strSubject, "what to show; all when it is left out")
         ->check(CLI::IsMember(subjects))
         ->type_name("");
-    pShow->add_flag("--json", options.bJson, "as JSON instead of tables");
+    AddJson(*pShow, options, "as JSON instead of tables");
     pShow->footer("Changes nothing. A document that is not in the store is shown empty.");
 }
 
@@ -157,16 +170,16 @@ void AddChangeCommands(CLI::App& app, COptions& options) {
     pRemove->add_option("TYPE", options.strContainerType, "the type of the container to remove")
         ->required()
         ->type_name("");
-    AddYes(*pRemove, options);
+    AddChangeOptions(*pRemove, options);
     pRemove->footer(
-        "You are asked before the store changes, and told what it holds afterwards. "
-        "The cluster\ndocument is written anew: nodes behind a removed one are written "
+        "You are shown what would be different and asked, and told what the store holds "
+        "afterwards. The cluster\ndocument is written anew: nodes behind a removed one are written "
         "as removed too.\nThe container's entries in the other documents stay.");
 
     CLI::App* pPromote = app.add_subcommand(
         "promote", "Makes a slave of the centre database its master; the two change places.");
     AddNode(*pPromote, options);
-    AddYes(*pPromote, options);
+    AddChangeOptions(*pPromote, options);
     pPromote->footer(
         "You are asked before the store changes, and told what it holds afterwards. "
         "Ports and\ntokens stay with their places.");
@@ -213,7 +226,7 @@ bool ParseOptions(int argc, char** argv, const std::vector<std::string>& subject
         ->type_name("FILE");
     app.allow_config_extras(CLI::config_extras_mode::error);
     app.require_subcommand(1);
-    app.footer(PSZ_FOOTER);
+    app.footer(ExitCodeTable());
     AddGlobalOptions(app, options);
     AddCommands(app, subjects, options);
     try {

@@ -8,12 +8,14 @@
 /// What the command line and the configuration file ask for.
 struct COptions {
     std::string strCommand;
-    std::string strDir;            ///< of import and export
+    std::string strDir;            ///< of import, diff and export
     std::string strSubject;        ///< of show; all when empty
-    bool bJson = false;            ///< of show
+    bool bJson = false;            ///< of show and of the commands that show a difference
     std::string strNodeId;         ///< of remove and promote
     std::string strContainerType;  ///< of remove
-    bool bYes = false;  ///< of the commands that change the store: go ahead without asking
+    bool bYes = false;             ///< of the commands that change the store, as the next two
+    bool bDryRun = false;
+    std::string strUndoFile;
 
     std::string strStore = "sqlite:cluster_service.db";
     std::string strClusterCode = "Main";

@@ -7,6 +7,7 @@
 #include "service_fixture.h"
 
 using ::testing::ElementsAre;
+using ::testing::EndsWith;
 using ::testing::HasSubstr;
 using ::testing::IsEmpty;
 using ::testing::Not;
@@ -50,7 +51,11 @@ using Promote = CChangeTest;
 TEST_F(Remove, ContainerLeavesItsNode) {
     const CProcessResult result = Run({"remove", "n1", "MeroRecord", "--yes"});
     EXPECT_EQ(result.iExitCode, 0);
-    EXPECT_EQ(result.strOutput, "the store holds node n1 with: MeroImgDev\n");
+    EXPECT_EQ(result.strOutput,
+              "/CloudMain/Cluster\n"
+              "  ClusterNode[\"n1\"].Container[\"MeroRecord\"]: was "
+              "{\"ContainerType\":\"MeroRecord\"}, will be nothing\n"
+              "the store holds node n1 with: MeroImgDev\n");
     EXPECT_THAT(result.strErrors, IsEmpty());
     EXPECT_THAT(StoredContainers("n1"), ElementsAre("MeroImgDev"));
     EXPECT_THAT(StoredNodes(), ElementsAre("n1", "n2", "n3"));
@@ -60,9 +65,10 @@ TEST_F(Remove, ContainerLeavesItsNode) {
 TEST_F(Remove, LastContainerTakesItsNodeAlong) {
     const CProcessResult result = RunTyping("yes\n", {"remove", "n2", "MeroImgDev"});
     EXPECT_EQ(result.iExitCode, 0);
-    EXPECT_EQ(result.strErrors,
-              "Remove container MeroImgDev from node n2, and the node, since it is the last one? "
-              "[y/N] ");
+    EXPECT_THAT(result.strErrors, StartsWith("/CloudMain/Cluster\n  ClusterNode[\"n2\"]: was {"));
+    EXPECT_THAT(result.strErrors,
+                EndsWith("}, will be nothing\nRemove container MeroImgDev from node n2, and the "
+                         "node, since it is the last one? [y/N] "));
     EXPECT_EQ(result.strOutput, "the store holds node n2 no longer\n");
     EXPECT_THAT(StoredNodes(), ElementsAre("n1", "n3"));
 }
@@ -76,9 +82,13 @@ TEST_F(Remove, NodesWhoseStatusIsRewrittenAreToldBeforeAndAfter) {
     EXPECT_EQ(result.iExitCode, 0);
     EXPECT_THAT(result.strErrors,
                 HasSubstr(", and write as removed the nodes behind a removed one: n3? [y/N] "));
-    EXPECT_EQ(result.strOutput,
-              "the store holds node n1 with: B\n"
-              "node n3 is now \"Removed\" in the store, was \"Normal\"\n");
+    EXPECT_THAT(result.strErrors, StartsWith("/CloudMain/Cluster\n"
+                                             "  ClusterNode[\"n1\"].Container[\"A\"]: was "
+                                             "{\"ContainerType\":\"A\"}, will be nothing\n"
+                                             "  and, since the document is written anew:\n"));
+    EXPECT_THAT(result.strErrors,
+                HasSubstr("  ClusterNode[\"n3\"].Status: was \"Normal\", will be \"Removed\"\n"));
+    EXPECT_EQ(result.strOutput, "the store holds node n1 with: B\n");
 }
 
 /// A cluster near its limit whose characters take twice the room when the library writes them.
@@ -94,7 +104,7 @@ TEST_F(Remove, StoreThatDoesNotTakeTheChangeIsAFailure) {
     Put("/Cluster", WideCluster());
     const CProcessResult result = Run({"remove", "n1", "A", "--yes"});
     EXPECT_EQ(result.iExitCode, 2);
-    EXPECT_THAT(result.strOutput, StartsWith("the store holds node n1 with: A, B\n"));
+    EXPECT_THAT(result.strOutput, IsEmpty());
     EXPECT_THAT(result.strErrors, StartsWith("the removal did not reach the store"));
     EXPECT_THAT(result.strErrors, HasSubstr("set cluster info into ZK fail."));
     EXPECT_THAT(Stored("/Cluster"), Optional(WideCluster()));
@@ -103,8 +113,13 @@ TEST_F(Remove, StoreThatDoesNotTakeTheChangeIsAFailure) {
 TEST_F(Promote, MasterAndSlaveChangePlaces) {
     const CProcessResult result = RunTyping("y\n", {"promote", "n3"});
     EXPECT_EQ(result.iExitCode, 0);
-    EXPECT_EQ(result.strErrors,
-              "Make node n3 the master of the centre database, in place of n1? [y/N] ");
+    EXPECT_THAT(result.strErrors,
+                StartsWith("/CloudMain/CenterDB\n"
+                           "  MasterDB.NodeCode: was \"n1\", will be \"n3\"\n"
+                           "  MasterDB.NodeIp: was \"ip-n1\", will be \"ip-n3\"\n"
+                           "  SlaveDB[1].NodeCode: was \"n3\", will be \"n1\"\n"));
+    EXPECT_THAT(result.strErrors,
+                EndsWith("Make node n3 the master of the centre database, in place of n1? [y/N] "));
     EXPECT_EQ(result.strOutput, "the store holds master n3, slaves: n2, n1\n");
     const CClusterDBZNodeInfo document = StoredDatabase();
     EXPECT_EQ(document.GetMasterDB().GetNodeId(), "n3");
@@ -121,7 +136,7 @@ TEST_F(Promote, StoreThatDoesNotTakeTheChangeIsAFailure) {
     Put("/CenterDB", strText);
     const CProcessResult result = Run({"promote", "n2", "--yes"});
     EXPECT_EQ(result.iExitCode, 2);
-    EXPECT_THAT(result.strOutput, StartsWith("the store holds master n1, slaves: n2, "));
+    EXPECT_THAT(result.strOutput, IsEmpty());
     EXPECT_THAT(result.strErrors,
                 StartsWith("the promotion did not reach the store: code 109100053"));
     EXPECT_THAT(Stored("/CenterDB"), Optional(strText));
@@ -164,7 +179,7 @@ TEST_P(RefusedChange, IsExplainedAndTouchesNothing) {
     const CProcessResult result = Run(GetParam().arguments);
     EXPECT_EQ(result.iExitCode, 1);
     EXPECT_THAT(result.strOutput, IsEmpty());
-    EXPECT_EQ(result.strErrors, std::string(GetParam().pszReason) + '\n');
+    EXPECT_THAT(result.strErrors, EndsWith(std::string(GetParam().pszReason) + '\n'));
     EXPECT_EQ(Stored("/Cluster"), cluster);
     EXPECT_EQ(Stored("/CenterDB"), database);
 }

@@ -67,6 +67,9 @@ TEST_F(ImportOver, AnotherTextAsksFirstAndNamesIt) {
     const CProcessResult declined = RunTyping("n\n", {"import", "documents"});
     EXPECT_EQ(declined.iExitCode, 1);
     EXPECT_EQ(declined.strErrors,
+              "/CloudMain/Version\n"
+              "  DecisionVerNum: was 1, will be 8\n"
+              "  MasterVerNum: was 2, will be 9\n"
               "Replace what the store holds otherwise: /CloudMain/Version? [y/N] nothing was "
               "changed\n");
     EXPECT_THAT(Stored("/Version"), Optional(Eq(PSZ_VERSION_TEXT)));

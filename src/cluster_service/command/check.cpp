@@ -42,7 +42,7 @@ int Report(const Findings& findings, std::ostream& output) {
     const bool bOnlyNotes =
         std::all_of(findings.begin(), findings.end(),
                     [](const CFinding& finding) { return finding.pszSeverity == PSZ_NOTE; });
-    return bOnlyNotes ? EXIT_DONE : EXIT_FINDINGS;
+    return bOnlyNotes ? EXIT_DONE : EXIT_REFUSED;
 }
 
 }  // namespace

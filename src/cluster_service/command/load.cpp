@@ -42,11 +42,14 @@ bool LoadPlugins(std::ostream& errors) {
                      errors);
 }
 
-bool LoadService(std::ostream& errors) {
+bool LoadCluster(std::ostream& errors) {
     CFrameworkCommon& framework = CFrameworkCommon::Instance();
-    return LoadPlugins(errors) &&
-           Succeeded(framework.InitClusterConfigFromZK(), "the cluster configuration", errors) &&
+    return Succeeded(framework.InitClusterConfigFromZK(), "the cluster configuration", errors) &&
            Succeeded(framework.InitNodeAndContainerFromZK(), "the cluster", errors);
+}
+
+bool LoadService(std::ostream& errors) {
+    return LoadPlugins(errors) && LoadCluster(errors);
 }
 
 bool LoadCgList(std::ostream& errors) {

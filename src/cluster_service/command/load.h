@@ -5,6 +5,10 @@
 /// Loads every plug-in of the library directory. False on failure, said on the stream.
 bool LoadPlugins(std::ostream& errors);
 
+/// Loads configuration and cluster, in this order; the plug-ins must be loaded. False at the first
+/// failure, said on the stream.
+bool LoadCluster(std::ostream& errors);
+
 /// Loads what a service loads at its start: plug-ins, configuration, cluster, in this order. False
 /// at the first failure, said on the stream.
 bool LoadService(std::ostream& errors);

@@ -42,36 +42,39 @@ std::string CheckServers(const std::string& strServers) {
     return "";
 }
 
-std::shared_ptr<IStore> OpenFile(const std::string& strFile, bool bCreate, std::string& strError) {
+std::shared_ptr<IStore> OpenFile(const std::string& strFile, EOpenStore eOpen,
+                                 std::string& strError) {
     std::error_code error;
-    if (!bCreate && !std::filesystem::exists(strFile, error)) {
+    if (eOpen != EOpenStore::TO_CREATE && !std::filesystem::exists(strFile, error)) {
         strError = "no such file";
         return nullptr;
     }
-    return CSqliteStore::Open(strFile, strError);
+    return eOpen == EOpenStore::TO_READ ? CSqliteStore::OpenReadOnly(strFile, strError)
+                                        : CSqliteStore::Open(strFile, strError);
 }
 
-std::shared_ptr<IStore> OpenServers(const std::string& strServers, bool, std::string&) {
+std::shared_ptr<IStore> OpenServers(const std::string& strServers, EOpenStore, std::string&) {
     CZooKeeperOptions options;
     options.strServers = strServers;
     return std::make_shared<CZooKeeperStore>(options);
 }
 
-std::shared_ptr<IStore> OpenMemory(const std::string&, bool, std::string&) {
+std::shared_ptr<IStore> OpenMemory(const std::string&, EOpenStore, std::string&) {
     return std::make_shared<CMemoryStore>();
 }
 
 struct CStoreKind {
     const char* pszPrefix;
     std::string (*pCheck)(const std::string& strRest);
-    std::shared_ptr<IStore> (*pOpen)(const std::string& strRest, bool bCreate,
+    std::shared_ptr<IStore> (*pOpen)(const std::string& strRest, EOpenStore eOpen,
                                      std::string& strError);
+    bool bKept;
 };
 
 constexpr CStoreKind STORE_KINDS[] = {
-    {"sqlite:", CheckFile, OpenFile},
-    {"zookeeper:", CheckServers, OpenServers},
-    {"memory", CheckNothing, OpenMemory},
+    {"sqlite:", CheckFile, OpenFile, true},
+    {"zookeeper:", CheckServers, OpenServers, true},
+    {"memory", CheckNothing, OpenMemory, false},
 };
 
 /// The kind of a name, null if there is none; strRest is what follows its prefix.
@@ -97,12 +100,19 @@ std::string CheckStoreName(const std::string& strName) {
     return strFault.empty() ? "" : "\"" + strName + "\": " + strFault;
 }
 
-std::shared_ptr<IStore> OpenStore(const std::string& strName, bool bCreate, std::string& strError) {
+std::shared_ptr<IStore> OpenStore(const std::string& strName, EOpenStore eOpen,
+                                  std::string& strError) {
     std::string strRest;
     const CStoreKind* pKind = FindKind(strName, strRest);
     if (pKind == nullptr) {
         strError = CheckStoreName(strName);
         return nullptr;
     }
-    return pKind->pOpen(strRest, bCreate, strError);
+    return pKind->pOpen(strRest, eOpen, strError);
+}
+
+bool IsStoreKept(const std::string& strName) {
+    std::string strRest;
+    const CStoreKind* pKind = FindKind(strName, strRest);
+    return pKind != nullptr && pKind->bKept;
 }

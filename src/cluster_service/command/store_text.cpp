@@ -18,11 +18,6 @@ CStoredText ReadFromStore(const CStoreDocument& document) {
     return stored;
 }
 
-int WriteToStore(const CStoreDocument& document, const std::string& strText) {
-    CTextDocument text(strText);
-    return COperCommon::SetDataToZK(StorePath(document).c_str(), document.node.uiBufLen, &text);
-}
-
 bool StoreAnswered(const CStoreDocument& document, int iCode, std::ostream& errors) {
     if (iCode != ORVA_SUCCEED) {
         errors << StorePath(document) << ": the store answered code " << iCode

@@ -15,8 +15,5 @@ struct CStoredText {
 
 CStoredText ReadFromStore(const CStoreDocument& document);
 
-/// Writes the text as it stands. Returns 0, or a code with the store unchanged.
-int WriteToStore(const CStoreDocument& document, const std::string& strText);
-
 /// Says on the stream that the store failed with this code, unless it is 0. Is it?
 bool StoreAnswered(const CStoreDocument& document, int iCode, std::ostream& errors);
