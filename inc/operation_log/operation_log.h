@@ -3,7 +3,7 @@
 #include <algorithm>
 #include <array>
 #include <cstddef>
-#include <string_view>
+#include <cstring>
 #include <type_traits>
 
 #include "common_service/logger.h"
@@ -61,11 +61,14 @@ struct CPlacedText {
 class CFileWord {
 public:
     explicit CFileWord(const char* pszPath) {
-        std::string_view word(pszPath);
-        word.remove_prefix(word.rfind('/') + 1);
-        word = word.substr(0, word.rfind('.'));
-        word = word.substr(0, m_szWord.size() - 1);
-        *std::copy(word.begin(), word.end(), m_szWord.begin()) = '\0';
+        const char* const pszSlash = std::strrchr(pszPath, '/');
+        const char* const pszWord = pszSlash != nullptr ? pszSlash + 1 : pszPath;
+        const char* const pszDot = std::strrchr(pszWord, '.');
+        const std::size_t uiWord =
+            pszDot != nullptr ? static_cast<std::size_t>(pszDot - pszWord) : std::strlen(pszWord);
+        const std::size_t uiLength = std::min(uiWord, m_szWord.size() - 1);
+        std::memcpy(m_szWord.data(), pszWord, uiLength);
+        m_szWord[uiLength] = '\0';
     }
 
     const char* Get() const { return m_szWord.data(); }
