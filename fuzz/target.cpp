@@ -20,7 +20,7 @@
 
 namespace {
 
-template <class Document, unsigned int uiBufLen>
+template <typename Document, unsigned int uiBufLen>
 void FeedJsonOf(const std::string& strInput) {
     FeedJson([]() -> std::unique_ptr<CBaseJsonObject> { return std::make_unique<Document>(); },
              uiBufLen, strInput);

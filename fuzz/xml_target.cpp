@@ -16,7 +16,7 @@
 namespace {
 
 /// The document as it writes itself on its own.
-template <class Document>
+template <typename Document>
 std::string Dump(Document& document) {
     PELU::CXml xml(nullptr);
     document.DumpToXml(xml);

@@ -243,7 +243,8 @@ int CClusterDBZNodeInfo::DumpToXml(PELU::CXml& xml) {
 int CClusterDBZNodeInfo::ParseFromZK(bool bNeedWatcher) {
     CClusterDBZNodeInfo stored;
     bool bDataEmpty = true;
-    if (ReadStore(STORE_NODE_CENTER_DB, EWatch{bNeedWatcher}, stored, bDataEmpty) != ORVA_SUCCEED) {
+    if (ReadStore(STORE_NODE_CENTER_DB, bNeedWatcher ? EWatch::YES : EWatch::NO, stored,
+                  bDataEmpty) != ORVA_SUCCEED) {
         return LogFailure("cdb info, parse form zk", ORVA_FAIL, "get center db info from zk fail.");
     }
     m_listSlaveDBInfo = std::move(stored.m_listSlaveDBInfo);

@@ -130,7 +130,8 @@ int CClusterMGRZNodeInfo::DumpToXml(PELU::CXml& xml) {
 int CClusterMGRZNodeInfo::ParseFromZK(bool bNeedWatcher) {
     CClusterMGRZNodeInfo stored;
     bool bDataEmpty = true;
-    if (ReadStore(STORE_NODE_MGR, EWatch{bNeedWatcher}, stored, bDataEmpty) != ORVA_SUCCEED) {
+    if (ReadStore(STORE_NODE_MGR, bNeedWatcher ? EWatch::YES : EWatch::NO, stored, bDataEmpty) !=
+        ORVA_SUCCEED) {
         return LogFailure("cmgr info, parse form zk", ORVA_FAIL,
                           "get center mgr info from zk fail.");
     }

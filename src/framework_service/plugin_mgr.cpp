@@ -21,24 +21,24 @@ CPluginMgr CPluginMgr::m_Instance;
 namespace {
 
 /// Deletes a record and takes it out of the host's count.
-struct RecordDeleter {
+struct CRecordDeleter {
     void operator()(CPluginInfo* pInfo) const {
         delete pInfo;
         --g_hald_memstat[HALD_MEMSTAT_PLUGIN_INFO];
     }
 };
 
-using RecordPtr = std::unique_ptr<CPluginInfo, RecordDeleter>;
+using RecordPtr = std::unique_ptr<CPluginInfo, CRecordDeleter>;
 
 constexpr char OPERATION_LOAD_SINGLE[] = "load single plugin.";
 
 /// One step of taking a plug-in in, and what is logged when it fails.
-struct Step {
+struct CStep {
     const char* pszFailure;
     int (*pTake)(CPluginInfo& info, CPluginClaims& claims);
 };
 
-constexpr Step STEPS[] = {
+constexpr CStep STEPS[] = {
     {"fail to load plugin, name[%s]",
      [](CPluginInfo& info, CPluginClaims&) { return info.LoadLibrary(); }},
     {"fail to get job capability, name[%s]",
@@ -162,7 +162,7 @@ int CPluginMgr::LoadSinglePlugin(const std::string& strName) {
     RecordPtr pInfo(pNew);
 
     CPluginClaims claims;
-    for (const Step& step : STEPS) {
+    for (const CStep& step : STEPS) {
         if (const int iRet = step.pTake(*pInfo, claims); iRet != ORVA_SUCCEED) {
             file.strFailure = pInfo->GetFailure();
             pInfo.reset();

@@ -16,7 +16,7 @@ CHandedOver& HandedOver() {
     return handedOver;
 }
 
-template <class Value>
+template <typename Value>
 void Set(Value CHandedOverSettings::*pSetting, Value value) {
     const std::lock_guard<std::mutex> guard(HandedOver().mutex);
     HandedOver().settings.*pSetting = value;

@@ -64,7 +64,7 @@ private:
 };
 
 /// Asks the document, and turns whatever it throws into a code and a line of the caller.
-template <class Question>
+template <typename Question>
 int AskDocument(const CPlacedText& operation, const std::string& strPath,
                 const Question& question) {
     std::string strReason = "unknown";

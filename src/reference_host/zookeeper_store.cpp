@@ -152,7 +152,7 @@ private:
     void OnSessionState(CSession& session, int iState);
     void CountAnsweredLocked(CSession& session);
     int SendCounted(const Send& send, CSession& session, CRequest& request);
-    void FireLocked(std::shared_ptr<CSession> pSession, int iType, int iState,
+    void FireLocked(const std::shared_ptr<CSession>& pSession, int iType, int iState,
                     const std::string& strPath);
     void CountAsMissed(const std::string& strPath, StoreWatcher pWatcher);
 
@@ -208,7 +208,7 @@ CZooKeeperStore::CClient::CSession::CSession(CClient& owner)
       m_pHandle(zookeeper_init(owner.m_options.strServers.c_str(), OnEvent,
                                static_cast<int>(owner.m_options.sessionTimeout.count()), nullptr,
                                this, ZOO_NO_LOG_CLIENTENV)) {
-    if (m_pHandle) {
+    if (m_pHandle != nullptr) {
         // By default the client resolves every name at every turn of its loop.
         zoo_set_servers_resolution_delay(m_pHandle, -1);
     }
@@ -217,7 +217,7 @@ CZooKeeperStore::CClient::CSession::CSession(CClient& owner)
 /// The client library leaks requests that fail while it closes. It fails them by itself after two
 /// thirds of the session's time-out.
 CZooKeeperStore::CClient::CSession::~CSession() {
-    if (m_pHandle) {
+    if (m_pHandle != nullptr) {
         std::unique_lock<std::mutex> lock(m_owner.m_mutex);
         m_owner.m_answered.wait_for(lock, m_owner.m_options.sessionTimeout,
                                     [this] { return m_uiOnTheirWay == 0; });
@@ -287,8 +287,8 @@ void CZooKeeperStore::CClient::OnSessionState(CSession& session, int iState) {
     }
 }
 
-void CZooKeeperStore::CClient::FireLocked(std::shared_ptr<CSession> pSession, int iType, int iState,
-                                          const std::string& strPath) {
+void CZooKeeperStore::CClient::FireLocked(const std::shared_ptr<CSession>& pSession, int iType,
+                                          int iState, const std::string& strPath) {
     m_setMissed.erase(strPath);
     for (const StoreWatcher pWatcher : m_watches.Take(strPath)) {
         m_fired.push_back({pSession, iType, iState, strPath, pWatcher});
@@ -331,7 +331,7 @@ void CZooKeeperStore::CClient::RenewSession(std::unique_lock<std::mutex>& lock) 
     lock.unlock();
     pSession.reset();
     pSession = std::make_shared<CSession>(*this);
-    const bool bFailed = !pSession->m_pHandle;
+    const bool bFailed = pSession->m_pHandle == nullptr;
     if (bFailed && !m_bOpenFailed) {
         LogFailure(PSZ_SESSION, errno, "list of servers is malformed or does not resolve");
     }
@@ -499,7 +499,7 @@ CReply CZooKeeperStore::CClient::CallUntil(Clock::time_point deadline, const Sen
 /// it may have come.
 CReply CZooKeeperStore::CClient::ReadNode(const std::string& strPath, StoreWatcher pWatcher,
                                           Clock::time_point deadline) {
-    const watcher_fn pOnEvent = pWatcher ? OnEvent : nullptr;
+    const watcher_fn pOnEvent = pWatcher != nullptr ? OnEvent : nullptr;
     const Send get = [&](CSession& session, CRequest* pRequest) {
         return zoo_awget(session.m_pHandle, strPath.c_str(), pOnEvent, &session, OnData, pRequest);
     };
@@ -509,7 +509,7 @@ CReply CZooKeeperStore::CClient::ReadNode(const std::string& strPath, StoreWatch
     };
     for (;;) {
         CReply reply = CallUntil(deadline, get, strPath, pWatcher);
-        if (reply.iCode != ZNONODE || !pWatcher) {
+        if (reply.iCode != ZNONODE || pWatcher == nullptr) {
             return reply;
         }
         reply = CallUntil(deadline, watchAbsent, strPath, pWatcher, true);
@@ -528,7 +528,7 @@ int CZooKeeperStore::CClient::Read(const std::string& strPath, StoreWatcher pWat
         answer.iVersion = reply.iVersion;
         return ORVA_SUCCEED;
     }
-    if (pWatcher && IsTransient(reply.iCode)) {
+    if (pWatcher != nullptr && IsTransient(reply.iCode)) {
         CountAsMissed(strPath, pWatcher);
     }
     return LogFailure(PSZ_READ, reply.iCode, "%s: %s", strPath.c_str(), zerror(reply.iCode));
@@ -536,8 +536,8 @@ int CZooKeeperStore::CClient::Read(const std::string& strPath, StoreWatcher pWat
 
 int CZooKeeperStore::CClient::CreateNode(const std::string& strPath, const std::string* pText,
                                          Clock::time_point deadline) {
-    const char* const pszData = pText ? pText->data() : nullptr;
-    const int iLength = pText ? static_cast<int>(pText->size()) : NO_DATA;
+    const char* const pszData = pText != nullptr ? pText->data() : nullptr;
+    const int iLength = pText != nullptr ? static_cast<int>(pText->size()) : NO_DATA;
     const Send create = [&](CSession& session, CRequest* pRequest) {
         return zoo_acreate(session.m_pHandle, strPath.c_str(), pszData, iLength,
                            &ZOO_OPEN_ACL_UNSAFE, ZOO_PERSISTENT, OnPath, pRequest);

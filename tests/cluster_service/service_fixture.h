@@ -55,7 +55,7 @@ protected:
 std::string ReadText(const std::string& strFile);
 
 /// The name of a case of a table of cases.
-template <class Case>
+template <typename Case>
 std::string CaseName(const ::testing::TestParamInfo<Case>& caseInfo) {
     return caseInfo.param.pszName;
 }

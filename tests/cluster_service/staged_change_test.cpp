@@ -78,7 +78,7 @@ TEST_F(Stage, ShowsItsWritesAndKeepsThemFromTheStore) {
     EXPECT_EQ(Staged(PSZ_PATH), "2");
     EXPECT_EQ(m_pStore->Get(PSZ_PATH), "1");
     EXPECT_EQ(m_pStore->Get("/new"), std::nullopt);
-    EXPECT_EQ(m_stage.Commit(), 0);
+    EXPECT_EQ(m_stage.CommitChanges(), 0);
     EXPECT_EQ(m_pStore->Get(PSZ_PATH), "2");
     EXPECT_EQ(m_pStore->Get("/new"), "3");
 }
@@ -89,7 +89,7 @@ TEST_F(Stage, DropsWhatWasWrittenBeforeTheChange) {
     m_stage.Write(PSZ_PATH, "2");
     ASSERT_EQ(m_stage.GetChanges().size(), 1U);
     EXPECT_EQ(m_stage.GetChanges()[0].strPath, PSZ_PATH);
-    EXPECT_EQ(m_stage.Commit(), 0);
+    EXPECT_EQ(m_stage.CommitChanges(), 0);
     EXPECT_EQ(m_pStore->Get("/of/a/plugin"), std::nullopt);
 }
 
@@ -101,7 +101,7 @@ TEST_F(Stage, CommitsNothingWhenWhatTheChangeStandsOnHasMoved) {
     Staged("/ground");
     m_stage.Write(PSZ_PATH, "2");
     m_pStore->Write("/ground", "other");
-    EXPECT_EQ(m_stage.Commit(), STORE_CONDITION_FAILED);
+    EXPECT_EQ(m_stage.CommitChanges(), STORE_CONDITION_FAILED);
     EXPECT_EQ(m_pStore->Get(PSZ_PATH), std::nullopt);
     std::vector<CStagedChange> foreign;
     EXPECT_EQ(m_stage.FindForeignChanges(foreign), 0);
@@ -117,7 +117,7 @@ TEST_F(Stage, DoesNotMindWhatWasOnlyLoadedOnTheWay) {
     m_stage.BeginChange();
     m_stage.Write(PSZ_PATH, "2");
     m_pStore->Write("/loaded/on/the/way", "other");
-    EXPECT_EQ(m_stage.Commit(), 0);
+    EXPECT_EQ(m_stage.CommitChanges(), 0);
 }
 
 TEST_F(Stage, AChangeThatLosesARaceIsWorkedOutAnew) {
@@ -132,14 +132,13 @@ TEST_F(Stage, AChangeThatLosesARaceIsWorkedOutAnew) {
     EXPECT_EQ(m_errors.str(),
               "the store has changed meanwhile, nothing was written:\n/CloudMain/Cluster\n"
               "  Name: was \"a\", will be \"theirs\"\n");
-    EXPECT_THAT(m_output.str(),
-                EndsWith("  Name: was \"theirs\", will be \"mine\"\nreported\n"));
+    EXPECT_THAT(m_output.str(), EndsWith("  Name: was \"theirs\", will be \"mine\"\nreported\n"));
     EXPECT_EQ(m_pStore->Get(PSZ_PATH), R"({"Name":"mine"})");
 }
 
 TEST_F(Stage, AChangeThatLosesEveryRaceGivesUp) {
-    const int iResult = CarryOutWrite(
-        "[]", [this] { m_pStore->Write(PSZ_PATH, std::to_string(m_iTries)); });
+    const int iResult =
+        CarryOutWrite("[]", [this] { m_pStore->Write(PSZ_PATH, std::to_string(m_iTries)); });
     EXPECT_EQ(iResult, EXIT_COULD_NOT);
     EXPECT_THAT(m_errors.str(), HasSubstr("given up after 20 tries"));
     EXPECT_EQ(m_pStore->Get(PSZ_PATH), "20");
@@ -239,8 +238,7 @@ TEST_F(ByHand, AnImportThatIsKilledIsWholeOrNotThere) {
     for (int iRound = 0; iRound < 20; ++iRound) {
         const std::string strMark = std::to_string(iRound + 10);
         WriteDocument("version.json", R"({"DecisionVerNum":)" + strMark + R"(,"MasterVerNum":1})");
-        WriteDocument("cluster.json",
-                      ClusterText({NodeText("n" + strMark, "10.0.0.1", {"A"})}));
+        WriteDocument("cluster.json", ClusterText({NodeText("n" + strMark, "10.0.0.1", {"A"})}));
         const std::string strSeconds = "0.0" + std::to_string(milliseconds(random) + 10);
         RunProcess("/usr/bin/timeout",
                    {"-s", "KILL", strSeconds, PSZ_PROGRAM, "--store", "sqlite:" + File("store.db"),

@@ -32,7 +32,7 @@ struct CKeyedDocument {
     std::string strText;
 };
 
-template <class Document>
+template <typename Document>
 std::unique_ptr<CBaseJsonObject> Make() {
     return std::make_unique<Document>();
 }

@@ -33,7 +33,7 @@ const CCheckedDocument& Find(const CCheckedStore& store, const ORVA_STORE_NODE& 
         [&node](const CCheckedDocument& checked) { return &checked.pDocument->node == &node; });
 }
 
-template <class Document>
+template <typename Document>
 Document Parse(const CCheckedDocument& checked) {
     Document document;
     if (!checked.root.isNull()) {

@@ -21,7 +21,7 @@ void CheckMember(const CCheckedStore& store, const ORVA_STORE_NODE& document,
 }
 
 /// Reports each text that several records have.
-template <class Record>
+template <typename Record>
 void CheckUnique(const std::list<Record>& records, const std::string& (Record::*pGet)() const,
                  const ORVA_STORE_NODE& document, const std::string& strWhat, Findings& findings) {
     std::map<std::string, int> counts;

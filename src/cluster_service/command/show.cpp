@@ -113,7 +113,7 @@ CTable CgTable() {
 }
 
 /// A record that was never loaded names no node and no address.
-template <class Info>
+template <typename Info>
 bool IsLoaded(const Info& info) {
     return !info.GetNodeId().empty() || !info.GetNodeIp().empty();
 }

@@ -72,7 +72,7 @@ std::vector<CStagedChange> CStage::GetChanges() const {
     return changes;
 }
 
-int CStage::Commit() {
+int CStage::CommitChanges() {
     std::vector<CStoreCondition> conditions;
     std::vector<CStoreText> texts;
     for (const CStagedChange& change : GetChanges()) {

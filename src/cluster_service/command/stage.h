@@ -19,9 +19,9 @@ struct CStagedChange {
 
 /// The store as a command that changes something sees it: each node is read once, with its version,
 /// and what is written stays here, so that the library's own operations work out the change and
-/// nothing has happened yet. Commit then writes the changed texts, all or none, if what the change
-/// was computed from is still so. Callable from any thread, as a store is. Watchers are never
-/// called.
+/// nothing has happened yet. CommitChanges then writes the changed texts, all or none, if what the
+/// change was computed from is still so. Callable from any thread, as a store is. Watchers are
+/// never called.
 class CStage : public IStore {
 public:
     explicit CStage(std::shared_ptr<IStore> pStore);
@@ -41,7 +41,7 @@ public:
     std::vector<CStagedChange> GetChanges() const;
 
     /// Writes the changes. Returns 0 or what IStore::Commit answers.
-    int Commit();
+    int CommitChanges();
 
     /// Those documents of the change's ground that another has changed since they were read, as
     /// they were (before) and are now (strAfter; empty where there is no text any more). Returns 0,

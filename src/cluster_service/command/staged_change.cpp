@@ -116,6 +116,7 @@ private:
             return EXIT_DONE;
         }
         std::vector<CDocumentDifference> differences;
+        differences.reserve(changes.size());
         for (const CStagedChange& change : changes) {
             differences.push_back(FindDifference(change, m_change.isAskedFor));
         }
@@ -136,7 +137,7 @@ private:
                      << ", nothing was changed\n";
             return EXIT_COULD_NOT;
         }
-        const int iCode = m_stage.Commit();
+        const int iCode = m_stage.CommitChanges();
         if (iCode == STORE_CONDITION_FAILED) {
             return SayWhatMovedOn(m_stage, m_errors) ? std::nullopt
                                                      : std::make_optional<int>(EXIT_COULD_NOT);

@@ -21,7 +21,7 @@ constexpr CDocumentKey VERSION_KEYS[] = {
 
 constexpr CDocumentKey VERSION_DOCUMENT{"", EKeyType::OBJECT, EKeyNeed::REQUIRED, VERSION_KEYS};
 
-template <class Document>
+template <typename Document>
 std::unique_ptr<CBaseJsonObject> Make() {
     return std::make_unique<Document>();
 }

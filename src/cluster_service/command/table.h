@@ -8,7 +8,7 @@
 #include <vector>
 
 /// A column: its title, which is also its key in JSON, and how to get its value from a row.
-template <class Row>
+template <typename Row>
 struct CColumn {
     const char* pszTitle;
     std::function<Json::Value(const Row&)> get;
@@ -18,7 +18,7 @@ struct CColumn {
 /// a truth value or a list of texts.
 class CTable {
 public:
-    template <class Row, class Rows>
+    template <typename Row, typename Rows>
     CTable(std::string strName, const std::vector<CColumn<Row>>& columns, const Rows& rows)
         : m_strName(std::move(strName)) {
         m_titles.reserve(columns.size());
@@ -50,7 +50,7 @@ private:
 };
 
 /// A list of texts as a value of a table.
-template <class Texts>
+template <typename Texts>
 Json::Value ListValue(const Texts& texts) {
     Json::Value list(Json::arrayValue);
     for (const auto& text : texts) {

@@ -27,6 +27,7 @@ std::string CUndoFile::Write(const std::vector<CStagedChange>& changes) {
     }
     m_bWritten = true;
     std::vector<CStoreText> texts;
+    texts.reserve(changes.size());
     for (const CStagedChange& change : changes) {
         texts.push_back({change.strPath, change.before.value_or("")});
     }

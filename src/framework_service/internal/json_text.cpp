@@ -79,10 +79,10 @@ const Json::Value* FindMember(const Json::Value& object, const char* pszKey) {
     return object.find(pszKey, pszKey + std::strlen(pszKey));
 }
 
-bool ReadMembers(const Json::Value& object, const JsonMember* pMembers, std::size_t uiSize,
+bool ReadMembers(const Json::Value& object, const CJsonMember* pMembers, std::size_t uiSize,
                  bool* pbAsWritten) {
-    const JsonMember* const pEnd = pMembers + uiSize;
-    const auto isRequired = [](const JsonMember& member) {
+    const CJsonMember* const pEnd = pMembers + uiSize;
+    const auto isRequired = [](const CJsonMember& member) {
         return member.eNeed == EKeyNeed::REQUIRED;
     };
     auto iMissing = std::count_if(pMembers, pEnd, isRequired);
@@ -97,7 +97,7 @@ bool ReadMembers(const Json::Value& object, const JsonMember* pMembers, std::siz
         const char* pszName = it.memberName(&pszEnd);
         const std::string_view name(pszName, static_cast<std::size_t>(pszEnd - pszName));
         const auto* const pMember = std::find_if(
-            pMembers, pEnd, [name](const JsonMember& member) { return member.key == name; });
+            pMembers, pEnd, [name](const CJsonMember& member) { return member.key == name; });
         if (pMember == pEnd) {
             continue;
         }

@@ -33,7 +33,7 @@ struct CAnyMember {
 };
 
 /// A member that is to be read, and where its value goes. A container's value stays where it is.
-struct JsonMember {
+struct CJsonMember {
     std::string_view key;
     EKeyType eType;
     EKeyNeed eNeed;
@@ -83,7 +83,7 @@ CKeyTarget<KEY, Target> To(Target& target) {
 
 /// What is to be read by the row of a key.
 template <const auto& KEYS, const auto& KEY, typename Target>
-JsonMember MakeMember(const CKeyTarget<KEY, Target>& keyTarget) {
+CJsonMember MakeMember(const CKeyTarget<KEY, Target>& keyTarget) {
     constexpr const CDocumentKey& ROW = RowOf<KEYS, KEY>();
     static_assert(std::is_same_v<Target, CAnyMember> || Takes<Target>(ROW.eType),
                   "the target has another type than the key");
@@ -94,14 +94,14 @@ JsonMember MakeMember(const CKeyTarget<KEY, Target>& keyTarget) {
 /// some targets may have been written then. An optional one that is so leaves its target. Clears
 /// *pbAsWritten, if given, when a number has another form than an integer is written in: 3.0 counts
 /// as one. Throws on a value that has no members.
-bool ReadMembers(const Json::Value& object, const JsonMember* pMembers, std::size_t uiSize,
+bool ReadMembers(const Json::Value& object, const CJsonMember* pMembers, std::size_t uiSize,
                  bool* pbAsWritten);
 
 /// Reads the keys by their rows in the table, as in
 ///     ReadMembers<CLUSTER_KEYS>(root, To<PSZ_CLUSTER_NAME>(strName), ...)
 template <const auto& KEYS, typename... KeyTargets>
 bool ReadMembers(const Json::Value& object, const KeyTargets&... keyTargets) {
-    const JsonMember members[] = {MakeMember<KEYS>(keyTargets)...};
+    const CJsonMember members[] = {MakeMember<KEYS>(keyTargets)...};
     return ReadMembers(object, members, sizeof...(keyTargets), nullptr);
 }
 
@@ -109,7 +109,7 @@ bool ReadMembers(const Json::Value& object, const KeyTargets&... keyTargets) {
 template <const auto& KEYS, typename... KeyTargets>
 bool ReadMembersAsWritten(const Json::Value& object, bool& bAsWritten,
                           const KeyTargets&... keyTargets) {
-    const JsonMember members[] = {MakeMember<KEYS>(keyTargets)...};
+    const CJsonMember members[] = {MakeMember<KEYS>(keyTargets)...};
     return ReadMembers(object, members, sizeof...(keyTargets), &bAsWritten);
 }
 

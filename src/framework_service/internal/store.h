@@ -6,7 +6,7 @@
 /// The library's way to its nodes in the store.
 namespace [[gnu::visibility("hidden")]] framework_internal {
 
-enum class EWatch : bool { NO, YES };
+enum class EWatch { NO, YES };
 
 /// COperCommon::GetDataFromZK on the node's path, which is composed anew.
 int ReadStore(const ORVA_STORE_NODE& node, EWatch eWatch, CBaseJsonObject& document,

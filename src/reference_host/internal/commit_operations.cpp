@@ -24,6 +24,7 @@ CCommitOperations::CCommitOperations(const std::vector<CStoreCondition>& conditi
         AddPresence(condition.strPath);
     }
     std::vector<const CStoreText*> sorted;  // a parent comes before what is below it
+    sorted.reserve(texts.size());
     for (const CStoreText& text : texts) {
         sorted.push_back(&text);
     }
@@ -106,8 +107,8 @@ bool CCommitOperations::AddCreation(const std::string& strPath, const std::strin
     }
     m_operations.emplace_back();
     zoo_create_op_init(&m_operations.back(), m_seen.find(strPath)->first.c_str(),
-                       pText ? pText->data() : nullptr,
-                       pText ? static_cast<int>(pText->size()) : NO_DATA, &ZOO_OPEN_ACL_UNSAFE,
-                       ZOO_PERSISTENT, nullptr, 0);
+                       pText != nullptr ? pText->data() : nullptr,
+                       pText != nullptr ? static_cast<int>(pText->size()) : NO_DATA,
+                       &ZOO_OPEN_ACL_UNSAFE, ZOO_PERSISTENT, nullptr, 0);
     return true;
 }
