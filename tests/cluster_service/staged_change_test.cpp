@@ -206,6 +206,14 @@ TEST_F(ByHand, AnImportShowsAVersionThatGoesBack) {
                           "  DecisionVerNum goes back below the store's\n"));
 }
 
+TEST_F(ByHand, ANewDocumentIsNotToldKeyByKeyButToPrograms) {
+    WriteDocument("manager.json", R"({"MasterMGR":{"NodeCode":"n1","NodeIp":"10.0.0.1"}})");
+    EXPECT_THAT(Run({"diff", "documents"}).strOutput, EndsWith("/CloudMain/MEROMGR is new\n"));
+    const CProcessResult result = Run({"diff", "documents", "--json"});
+    EXPECT_EQ(result.iExitCode, 4);
+    EXPECT_THAT(result.strOutput, HasSubstr("MasterMGR"));
+}
+
 TEST_F(ByHand, ARewritingSaysWhichKeysAndCommentsGo) {
     Put("/Cluster", R"({"ClusterName":"c","ClusterRemark":"r","ClusterCode":"X","Odd":1, // why
                        "ClusterForwardType":0,"ClusterNode":[)" +

@@ -50,9 +50,9 @@ Json::Value ListOf(const std::vector<CFieldChange>& changes) {
 
 CDocumentDifference FindDifference(const CStagedChange& change,
                                    const std::function<bool(const std::string&)>& isAskedFor) {
-    CDocumentDifference difference{change.strPath, {}, {}, {}};
-    std::string strFault;
     const bool bHadText = change.before && !change.before->empty();
+    CDocumentDifference difference{change.strPath, !bHadText, {}, {}, {}};
+    std::string strFault;
     const std::optional<Json::Value> before =
         bHadText ? Parsed(*change.before, strFault) : std::nullopt;
     if (bHadText && !before) {
@@ -81,8 +81,10 @@ CDocumentDifference FindDifference(const CStagedChange& change,
 }
 
 void Print(const CDocumentDifference& difference, std::ostream& output) {
-    output << ShownText(difference.strPath) << '\n';
-    PrintChanges(difference.askedFor, output);
+    output << ShownText(difference.strPath) << (difference.bIsNew ? " is new\n" : "\n");
+    if (!difference.bIsNew) {
+        PrintChanges(difference.askedFor, output);
+    }
     if (!difference.alongside.empty()) {
         output << "  and, since the document is written anew:\n";
         PrintChanges(difference.alongside, output);
