@@ -4,10 +4,7 @@
 
 #include <iostream>
 
-bool Confirm(const std::string& strQuestion, bool bYes, std::ostream& errors) {
-    if (bYes) {
-        return true;
-    }
+bool Confirm(const std::string& strQuestion, std::ostream& errors) {
     if (isatty(STDIN_FILENO) == 0) {
         errors << strQuestion << " There is no terminal to ask on: nothing was changed; --yes goes "
                << "ahead without asking\n";

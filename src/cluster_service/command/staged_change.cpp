@@ -126,7 +126,7 @@ private:
         if (m_options.bDryRun) {
             return EXIT_WOULD_CHANGE;
         }
-        const bool bGoOn = !bAsk || Confirm(strQuestion, false, m_errors);
+        const bool bGoOn = !bAsk || Confirm(strQuestion, m_errors);
         return bGoOn ? std::nullopt : std::make_optional<int>(EXIT_REFUSED);
     }
 
