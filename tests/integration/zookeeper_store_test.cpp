@@ -422,3 +422,5 @@ StoreOpener MakePlaceOnSharedServer() {
 
 INSTANTIATE_TEST_SUITE_P(ZooKeeper, StoreBehaviour,
                          testing::Values(CStoreKind{"ZooKeeper", MakePlaceOnSharedServer}));
+INSTANTIATE_TEST_SUITE_P(ZooKeeper, LastingStoreBehaviour,
+                         testing::Values(CStoreKind{"ZooKeeper", MakePlaceOnSharedServer}));

@@ -35,6 +35,8 @@ TEST(PlainStore, AnswersThatItNeitherListsNorCommits) {
 }  // namespace
 
 INSTANTIATE_TEST_SUITE_P(Memory, StoreBehaviour,
-                         testing::Values(CStoreKind{"Memory", &MakeMemoryPlace, false}));
+                         testing::Values(CStoreKind{"Memory", &MakeMemoryPlace}));
 INSTANTIATE_TEST_SUITE_P(Sqlite, StoreBehaviour,
+                         testing::Values(CStoreKind{"Sqlite", &MakeSqlitePlace}));
+INSTANTIATE_TEST_SUITE_P(Sqlite, LastingStoreBehaviour,
                          testing::Values(CStoreKind{"Sqlite", &MakeSqlitePlace}));

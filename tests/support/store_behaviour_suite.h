@@ -18,7 +18,6 @@ using StoreOpener = std::function<std::shared_ptr<IStore>()>;
 struct CStoreKind {
     std::string strName;
     std::function<StoreOpener()> makePlace;  ///< for the data of one test
-    bool bOutlivesItsProgram = true;
 };
 
 std::ostream& operator<<(std::ostream& stream, const CStoreKind& kind);
@@ -44,3 +43,6 @@ protected:
 private:
     std::string m_strRoot;
 };
+
+/// What a store must do, beside that, whose texts outlive the program.
+class LastingStoreBehaviour : public StoreBehaviour {};

@@ -232,10 +232,7 @@ TEST_P(StoreBehaviour, OfTwoCommitsOnEachOthersAbsenceOneSucceeds) {
     }
 }
 
-TEST_P(StoreBehaviour, KilledCommitIsWholeOrNotThere) {
-    if (!GetParam().bOutlivesItsProgram) {
-        GTEST_SKIP() << "nothing is left of it";
-    }
+TEST_P(LastingStoreBehaviour, KilledCommitIsWholeOrNotThere) {
     std::mt19937 random(std::random_device{}());
     std::uniform_int_distribution<int> lifetimes(0, 100);
     int iWritten = 0;
