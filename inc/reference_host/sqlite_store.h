@@ -34,6 +34,12 @@ public:
         const std::string& strFile, std::string& strError,
         unsigned int uiBusyTimeoutMs = NUMERIC_BUSY_TIMEOUT_MS);
 
+    /// What is wrong with the file itself, in SQLite's words; empty for a sound one and for one
+    /// that cannot be looked at for another reason, as a file of another kind. Reads all of it, and
+    /// changes nothing.
+    static std::string FindDamage(const std::string& strFile,
+                                  unsigned int uiBusyTimeoutMs = NUMERIC_BUSY_TIMEOUT_MS);
+
     ~CSqliteStore() override;
 
     int Read(const std::string& strPath, StoreWatcher pWatcher, CStoreAnswer& answer) override;

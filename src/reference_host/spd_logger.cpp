@@ -1,15 +1,16 @@
 #include "reference_host/spd_logger.h"
 
 #include <spdlog/logger.h>
-#include <spdlog/sinks/rotating_file_sink.h>
 #include <spdlog/sinks/stdout_sinks.h>
 
+#include <atomic>
 #include <cstdarg>
 #include <cstdio>
 #include <exception>
 #include <utility>
 #include <vector>
 
+#include "internal/shared_log_file.h"
 #include "reference_host/printf_text.h"
 #include "reference_host/shown_text.h"
 
@@ -38,7 +39,7 @@ std::string HeadText(const CLineHead& head) {
 }
 
 void TellLoss(const std::string& strReason) {
-    std::fprintf(stderr, "a log line was lost: %s\n", strReason.c_str());
+    std::fprintf(stderr, "a log line was lost: %s\n", ShownText(strReason).c_str());
 }
 
 }  // namespace
@@ -49,24 +50,34 @@ struct CSpdLogger::CState {
         logger.set_level(spdlog::level::trace);
         logger.flush_on(spdlog::level::trace);
         logger.set_pattern(PSZ_PATTERN);
-        logger.set_error_handler(&TellLoss);
+        logger.set_error_handler([this](const std::string& strReason) { CountLoss(strReason); });
     }
 
     void Write(const CLineHead& head, const char* pszFormat, va_list arguments) noexcept {
         try {
             logger.info(ShownText(HeadText(head) + FormatText(pszFormat, arguments)));
         } catch (...) {
-            TellLoss("out of memory");
+            CountLoss("out of memory");
         }
     }
 
+    void CountLoss(const std::string& strReason) {
+        bLost = true;
+        TellLoss(strReason);
+    }
+
     const ORVA_LOG_LEVEL eLevel;
+    std::atomic<bool> bLost{false};
     spdlog::logger logger;
 };
 
 CSpdLogger::CSpdLogger(std::unique_ptr<CState> pState) : m_pState(std::move(pState)) {}
 
 CSpdLogger::~CSpdLogger() = default;
+
+bool CSpdLogger::HasLostLines() const {
+    return m_pState->bLost;
+}
 
 std::unique_ptr<CSpdLogger> CSpdLogger::Open(const CSpdLoggerSettings& settings,
                                              std::string& strError) {
@@ -76,8 +87,8 @@ std::unique_ptr<CSpdLogger> CSpdLogger::Open(const CSpdLoggerSettings& settings,
             sinks.push_back(std::make_shared<spdlog::sinks::stderr_sink_mt>());
         }
         if (!settings.strFile.empty()) {
-            sinks.push_back(std::make_shared<spdlog::sinks::rotating_file_sink_mt>(
-                settings.strFile, settings.maxFileSize, settings.maxFiles));
+            sinks.push_back(std::make_shared<CSharedLogFile>(settings.strFile, settings.maxFileSize,
+                                                             settings.maxFiles));
         }
         return std::unique_ptr<CSpdLogger>(
             new CSpdLogger(std::make_unique<CState>(settings.eLevel, std::move(sinks))));

@@ -321,3 +321,19 @@ int CSqliteStore::Commit(const std::vector<CStoreCondition>& conditions,
     }
     return PrimaryCode(iRet);
 }
+
+std::string CSqliteStore::FindDamage(const std::string& strFile, unsigned int uiBusyTimeoutMs) {
+    CState state(strFile, uiBusyTimeoutMs, true);
+    std::string strFound = "ok";
+    const int iRet = state.Look([&strFound](sqlite3* pDatabase) {
+        CRun run(pDatabase, "PRAGMA integrity_check(1)");
+        const int iRowRet = run.GetRow();
+        strFound = iRowRet == SQLITE_OK ? run.GetText(0).value_or("") : strFound;
+        return iRowRet;
+    });
+    if (PrimaryCode(iRet) == SQLITE_CORRUPT) {
+        return ReasonOfSqlite(iRet);
+    }
+    // Behind a line that names the database.
+    return strFound == "ok" ? "" : strFound.substr(strFound.rfind('\n') + 1);
+}

@@ -2,29 +2,38 @@
 
 #include <json/reader.h>
 
-#include <algorithm>
+#include <cstdio>
 #include <memory>
 #include <sstream>
 
 namespace {
 
-/// The reader's first complaint, "* Line 1, Column 2\n  Reason\n", on one line.
-std::string FirstComplaint(const std::string& strComplaints) {
+/// The reader's first complaint, "* Line 1, Column 2\n  Reason\n".
+CJsonFault FirstComplaint(const std::string& strComplaints) {
     std::istringstream stream(strComplaints);
     std::string strPlace;
-    std::string strReason;
+    CJsonFault fault;
     std::getline(stream >> std::ws, strPlace);
-    std::getline(stream >> std::ws, strReason);
-    std::replace(strPlace.begin(), strPlace.end(), 'L', 'l');
-    std::replace(strPlace.begin(), strPlace.end(), 'C', 'c');
-    return strPlace.substr(strPlace.find('l')) + ": " + strReason;
+    std::getline(stream >> std::ws, fault.strReason);
+    std::sscanf(strPlace.c_str(), "* Line %d, Column %d", &fault.iLine, &fault.iColumn);
+    return fault;
 }
 
 }  // namespace
 
-std::optional<std::string> ParseStrictJson(std::string_view text, Json::Value& root) {
+std::string TextOf(const CJsonFault& fault) {
+    if (fault.iLine == 0) {
+        return fault.strReason;
+    }
+    return "line " + std::to_string(fault.iLine) + ", column " + std::to_string(fault.iColumn) +
+           ": " + fault.strReason;
+}
+
+std::optional<CJsonFault> ParseStrictJson(std::string_view text, Json::Value& root) {
     Json::CharReaderBuilder builder;
     builder["failIfExtra"] = true;
+    builder["allowTrailingCommas"] = false;
+    builder["skipBom"] = false;
     const std::unique_ptr<Json::CharReader> pReader(builder.newCharReader());
     std::string strComplaints;
     try {
@@ -32,7 +41,7 @@ std::optional<std::string> ParseStrictJson(std::string_view text, Json::Value& r
             return std::nullopt;
         }
     } catch (const Json::Exception& exception) {
-        return exception.what();
+        return CJsonFault{0, 0, exception.what()};
     }
     return FirstComplaint(strComplaints);
 }

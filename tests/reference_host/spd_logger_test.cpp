@@ -1,9 +1,13 @@
 #include "reference_host/spd_logger.h"
 
 #include <gmock/gmock.h>
+#include <sys/stat.h>
+#include <sys/wait.h>
+#include <unistd.h>
 
 #include <filesystem>
 #include <fstream>
+#include <map>
 #include <thread>
 #include <vector>
 
@@ -108,6 +112,67 @@ TEST_F(SpdLogger, FileRotatesAtItsSize) {
     EXPECT_EQ(files, 3U) << "the current file and two older ones";
 }
 
+/// How often each line stands in the file and the older ones.
+std::map<std::string, int> CountLines(const std::string& strFolder) {
+    std::map<std::string, int> counts;
+    for (const auto& entry : std::filesystem::directory_iterator(strFolder)) {
+        std::ifstream stream(entry.path());
+        for (std::string strLine; std::getline(stream, strLine);) {
+            ++counts[strLine.substr(strLine.rfind(' ') + 1)];
+        }
+    }
+    return counts;
+}
+
+TEST_F(SpdLogger, TwoProgramsLoseNoLineOfOneFileThatBothRotate) {
+    constexpr int NUMERIC_LINES = 400;
+    m_settings.maxFileSize = 4000;
+    m_settings.maxFiles = 50;
+    std::vector<pid_t> programs;
+    for (const char* pszProgram : {"a", "b", "c"}) {
+        programs.push_back(fork());
+        if (programs.back() == 0) {
+            const auto pLogger = CSpdLogger::Open(m_settings, m_strError);
+            for (int iLine = 0; iLine < NUMERIC_LINES; ++iLine) {
+                pLogger->writeOperLog(ORVALOG_INFO, "o", "f", 1, "F", "%s%d", pszProgram, iLine);
+            }
+            _exit(pLogger->HasLostLines() ? 1 : 0);
+        }
+    }
+    for (const pid_t iProgram : programs) {
+        int iStatus = -1;
+        waitpid(iProgram, &iStatus, 0);
+        EXPECT_EQ(iStatus, 0);
+    }
+    const auto counts = CountLines(m_dir.GetPath());
+    EXPECT_EQ(counts.size(), programs.size() * NUMERIC_LINES);
+    for (const auto& [strLine, iCount] : counts) {
+        EXPECT_EQ(iCount, 1) << strLine;
+    }
+    for (const auto& entry : std::filesystem::directory_iterator(m_dir.GetPath())) {
+        EXPECT_LE(entry.file_size(), m_settings.maxFileSize);
+    }
+}
+
+TEST_F(SpdLogger, WithoutOlderFilesTheFileBeginsAnew) {
+    m_settings.maxFileSize = 2000;
+    m_settings.maxFiles = 0;
+    const auto pLogger = Open(ORVALOG_INFO);
+    for (int iLine = 0; iLine < 200; ++iLine) {
+        pLogger->writeOperLog(ORVALOG_INFO, "o", "f", iLine, "F", "some message");
+    }
+    EXPECT_LE(std::filesystem::file_size(m_settings.strFile), m_settings.maxFileSize);
+    EXPECT_THAT(Lines().back(), testing::HasSubstr("f:199"));
+}
+
+TEST_F(SpdLogger, FileKeepsTheUmask) {
+    const mode_t former = umask(077);
+    Open(ORVALOG_INFO);
+    umask(former);
+    EXPECT_EQ(std::filesystem::status(m_settings.strFile).permissions(),
+              std::filesystem::perms(0600));
+}
+
 TEST_F(SpdLogger, FileThatCannotBeOpenedIsAReasonNotAnException) {
     for (const std::string& strFile : {m_dir.GetPath(), m_dir.WriteFile("file", "") + "/log"}) {
         m_settings.strFile = strFile;
@@ -121,7 +186,9 @@ TEST_F(SpdLogger, FullDiskNeverThrows) {
     m_settings.strFile = "/dev/full";
     testing::internal::CaptureStderr();
     const auto pLogger = Open(ORVALOG_INFO);
+    EXPECT_FALSE(pLogger->HasLostLines());
     EXPECT_NO_THROW(pLogger->writeOperLog(ORVALOG_ERR, "o", "f", 1, "F", "lost"));
+    EXPECT_TRUE(pLogger->HasLostLines());
     EXPECT_THAT(testing::internal::GetCapturedStderr(),
                 testing::HasSubstr("a log line was lost: "));
 }

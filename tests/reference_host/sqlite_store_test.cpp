@@ -141,6 +141,13 @@ TEST_F(SqliteStore, DamagedFileIsACodeAndALineOnRead) {
     EXPECT_EQ(answer.text, "untouched");
     EXPECT_THAT(m_logger.GetLines(),
                 OneLine("read sqlite store", SQLITE_CORRUPT, m_strFile, "malformed"));
+    EXPECT_NE(CSqliteStore::FindDamage(m_strFile), "");
+}
+
+TEST_F(SqliteStore, SoundFileHasNoDamageNorHasOneThatIsNotThere) {
+    EXPECT_EQ(CSqliteStore::FindDamage(m_strFile), "");
+    Fill("[1]\n");
+    EXPECT_EQ(CSqliteStore::FindDamage(m_strFile), "");
 }
 
 TEST_F(SqliteStore, LockedFileGivesUpInTimeAndRecovers) {

@@ -1,5 +1,6 @@
 #include "reference_host/strict_json.h"
 
+#include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
 #include "common_service/data/version_znode.h"
@@ -10,7 +11,8 @@ namespace {
 /// What is wrong with a text.
 std::string FaultOf(const std::string& strText) {
     Json::Value root;
-    return ParseStrictJson(strText, root).value_or("");
+    const std::optional<CJsonFault> fault = ParseStrictJson(strText, root);
+    return fault ? TextOf(*fault) : "";
 }
 
 TEST(StrictJson, TakesOneValueOfAnyKind) {
@@ -30,6 +32,12 @@ TEST(StrictJson, TellsWhatIsWrongFirstAndWhere) {
               "line 2, column 8: Syntax error: value, object or array expected.");
     EXPECT_EQ(FaultOf("{} {}"), "line 1, column 4: Extra non-whitespace after JSON value.");
     EXPECT_NE(FaultOf(""), "");
+}
+
+TEST(StrictJson, RefusesATrailingCommaAndAByteOrderMark) {
+    EXPECT_THAT(FaultOf(R"({"a":1,})"), ::testing::StartsWith("line 1, column 8: "));
+    EXPECT_THAT(FaultOf("[1,\n]"), ::testing::StartsWith("line 2, column 1: "));
+    EXPECT_THAT(FaultOf("\xEF\xBB\xBF{}"), ::testing::StartsWith("line 1, column 1: "));
 }
 
 TEST(StrictJson, RefusesWhatIsNestedTooDeeply) {
