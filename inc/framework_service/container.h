@@ -11,6 +11,7 @@
 #include "framework_service/base_data.h"
 #include "framework_service/container_status.h"
 #include "framework_service/detail/copy_on_write.h"
+#include "framework_service/detail/task_table.h"
 #include "framework_service/resource_task.h"
 #include "orva_plugin_service/tarn_orva_data.h"
 
@@ -99,6 +100,9 @@ public:
     /// Replaces the argument by a copy.
     void GetProcessState(std::map<std::string, int>& processTable) const;
 
+    /// The table itself, until the container is changed or gone.
+    const std::map<std::string, int>& GetProcessTable() const { return *m_processTable; }
+
     /// False, and logged, when a process is in any state but running. An empty table is true.
     bool IsProcessRunning() const;
     /// @}
@@ -126,6 +130,14 @@ public:
     /// @name Task table
     /// @{
     uint32_t GetTotalTask() const { return static_cast<uint32_t>(m_taskTable->size()); }
+
+    /// The tasks themselves, in table order, until the container is changed or gone.
+    const std::list<CResourceTask>& GetTaskTable() const { return *m_taskTable; }
+
+    /// A number for what the table holds: of a container and its copies, at whatever times they
+    /// were taken, those that show the same number hold the same tasks. 0 before the first task.
+    uint64_t GetTaskTableNumber() const { return m_taskTable.GetNumber(); }
+
     int GetTaskTotalDisk() const { return m_iTaskTotalDisk; }
     void SetTaskTotalDisk(int iTotalDisk) { m_iTaskTotalDisk = iTotalDisk; }
     float GetDiskRatio() const { return m_fDiskRatio; }
@@ -278,7 +290,7 @@ private:
     int32_t m_iMsgType = 0;
     int32_t m_iLowPriStoreDay = 0;
     uint32_t m_uiCount = 0;
-    CCopyOnWrite<std::list<CResourceTask>> m_taskTable;
+    CTaskTable m_taskTable;
     CCopyOnWrite<KeyValueMap> m_privateInfo;
     CCopyOnWrite<KeyFloatValueMap> m_floatPrivateInfo;
     CCopyOnWrite<CCloudStorage> m_cloudStorage;

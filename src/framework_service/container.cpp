@@ -1,6 +1,7 @@
 #include "framework_service/container.h"
 
 #include <algorithm>
+#include <atomic>
 #include <limits>
 #include <set>
 #include <string_view>
@@ -70,6 +71,11 @@ void ArrangeAs(const std::list<CResourceTask>& order, std::list<CResourceTask>& 
 }
 
 }  // namespace
+
+std::uint64_t CTaskTable::NextNumber() {
+    static std::atomic<std::uint64_t> ullLast{0};
+    return ullLast.fetch_add(1, std::memory_order_relaxed) + 1;
+}
 
 CContainer::CContainer() : m_tLastReportTime(time(nullptr)) {}
 
@@ -344,7 +350,7 @@ void CContainer::SortTaskTableByNet() {
 }
 
 void CContainer::SortTaskTableByPrivateFunc(TaskCompareFunc pFunc) {
-    const CFrameworkInternal::CTaskTable former(m_taskTable);
+    const CTaskTable former(m_taskTable);
     std::list<CResourceTask> sorted(*former);
     sorted.sort(pFunc);
     const bool bChanged = &*m_taskTable != &*former;
@@ -394,7 +400,7 @@ int CContainer::GetFirstScheduleableTask(CResourceTask& resTask, bool bCnt, bool
         return !strKey.empty() && isMarked(task);
     };
     // Held: a key that a task lacks is logged, and the logger may change this container.
-    const CFrameworkInternal::CTaskTable taskTable(m_taskTable);
+    const CTaskTable taskTable(m_taskTable);
     const auto it = FindTask(*taskTable, isScheduleable);
     if (it == taskTable->end()) {
         return LogFailure("container get first scheduleable task", ORVA_FAIL,
@@ -405,7 +411,7 @@ int CContainer::GetFirstScheduleableTask(CResourceTask& resTask, bool bCnt, bool
 }
 
 void CContainer::CalcCloudStorageInfo(int iMsgType) {
-    const CFrameworkInternal::CTaskTable taskTable(m_taskTable);
+    const CTaskTable taskTable(m_taskTable);
     CFrameworkInternal::CalcCloudStorage(taskTable, iMsgType, [this] { return this; });
 }
 

@@ -197,6 +197,7 @@ void CContainerMgr::RefreshChangesLocked(const Predicate& isGone) {
 bool CContainerMgr::ReplaceTable(CContainerTable containerTable) {
     const MutexGuard guard(m_mutex);
     if (guard.locked()) {
+        containerTable.Succeed(m_containerTable);
         std::swap(m_containerTable, containerTable);
         RefreshChangesLocked([](const CChange&) { return true; });
     }

@@ -36,6 +36,7 @@ void CNodeMgr::Init(const std::list<CNode>& nodeList) {
     }
     const MutexGuard guard(m_mutex);
     if (guard.locked()) {
+        nodeTable.Succeed(m_nodeTable);
         std::swap(m_nodeTable, nodeTable);
         RefreshSizeLocked();
     }

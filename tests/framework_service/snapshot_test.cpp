@@ -2,6 +2,7 @@
 
 #include <algorithm>
 #include <atomic>
+#include <cstdint>
 #include <numeric>
 #include <random>
 #include <string>
@@ -141,6 +142,65 @@ TEST(SnapshotTable, CopiesOnlyTheRunThatChangesHoweverItWasFilled) {
         EXPECT_NE(std::as_const(table).Find(0), snapshot.Find(0));
         EXPECT_EQ(std::as_const(table).Find(398), snapshot.Find(398));
     }
+}
+
+/// What a follower of the table knows, after it has followed.
+void Follow(const CTable& table, std::uint64_t& ullSince, std::map<int, std::string>& known) {
+    const auto learn = [&known](int iKey, const std::string* pValue) {
+        known.erase(iKey);
+        if (pValue != nullptr) {
+            known.emplace(iKey, *pValue);
+        }
+    };
+    if (!table.VisitChanges(ullSince, learn)) {
+        known.clear();
+        EXPECT_TRUE(table.VisitChanges(0, learn));
+    }
+    ullSince = table.LastChange();
+}
+
+TEST(SnapshotTable, TellsEachFollowerWhatHasChangedSinceItsNumber) {
+    const unsigned int uiSeed = std::random_device()();
+    SCOPED_TRACE("seed " + std::to_string(uiSeed));
+    std::mt19937 random(uiSeed);
+    CTable table;
+    std::map<int, std::string> known[3];
+    std::uint64_t ullSince[3] = {};
+    for (int iStep = 0; iStep < 20000; ++iStep) {
+        // Grows and shrinks by turns, down to nothing.
+        const bool bGrow = (iStep / 1000) % 2 == 0;
+        const auto iKey = static_cast<int>(random() % 200);
+        if (random() % 3 == 0) {
+            if (std::string* const pValue = table.Edit(iKey); pValue != nullptr) {
+                *pValue = std::to_string(iStep);
+            }
+        } else if (bGrow == (random() % 8 != 0)) {
+            table.Insert(iKey, std::to_string(iStep));
+        } else {
+            table.Remove(iKey);
+        }
+        if (iStep % 3001 == 0) {
+            CTable loaded = MakeTable(MakeMap(iStep % 2 == 0 ? 0 : 50));
+            loaded.Succeed(table);
+            table = loaded;
+        }
+        // One is always near, one far behind at times, one nearly always.
+        const std::size_t uiFollower = random() % 64 == 0 ? 2 : random() % 8 == 0 ? 1 : 0;
+        Follow(table, ullSince[uiFollower], known[uiFollower]);
+        ASSERT_EQ(known[uiFollower], ToMap(table)) << iStep << ", follower " << uiFollower;
+    }
+}
+
+TEST(SnapshotTable, TellsOfOneChangeInOneRunAlone) {
+    CTable table = MakeTable(MakeMap(200));
+    const std::uint64_t ullBefore = table.LastChange();
+    table.Edit(100);
+    int iTold = 0;
+    EXPECT_TRUE(table.VisitChanges(ullBefore, [&iTold](int iKey, const std::string*) {
+        EXPECT_EQ(iKey, 100);
+        ++iTold;
+    }));
+    EXPECT_EQ(iTold, 1);
 }
 
 /// Copies a container whenever something is logged.

@@ -20,7 +20,6 @@ public:
     using CContainerTable = CSnapshotTable<CContainerAddr, CContainer>;
     using CContainerTypes = CCopyOnWrite<std::list<std::string>>;
     using CNodeTable = CSnapshotTable<std::string, CNode>;
-    using CTaskTable = CCopyOnWrite<std::list<CResourceTask>>;
 
     /// Finds the container that an operation works on, anew after each call to the host, which may
     /// come back and add, remove and change containers. Null when there is none any more: what is
