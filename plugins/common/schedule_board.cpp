@@ -2,235 +2,177 @@
 
 #include <algorithm>
 #include <cmath>
-#include <limits>
-#include <tuple>
+#include <map>
+#include <string>
+#include <string_view>
+#include <unordered_map>
 
 #include "common_service/tarn_def.h"
-#include "framework_service/container_mgr.h"
-#include "framework_service/framework_common.h"
 
-namespace {
-
-/// The costs of a task; a negative one counts as nothing.
-ResourceFigures CostsOf(const CResourceTask& task) {
-    ResourceFigures costs{task.GetCpu(), task.GetMem(), task.GetIO(), task.GetNet(),
-                          task.GetDisk()};
-    for (int64_t& llCost : costs) {
-        llCost = std::max<int64_t>(llCost, 0);
-    }
-    return costs;
-}
-
-ResourceFigures FiguresOf(const CSystemResource& resource) {
-    return {resource.GetCpu(), resource.GetMem(), resource.GetIO(), resource.GetNet(),
-            resource.GetDisk()};
-}
-
-std::list<CResourceTask> TasksOf(const CContainer& container) {
-    std::list<CResourceTask> taskList;
-    container.GetResoureTask(taskList);
-    return taskList;
-}
-
-/// What is asked beyond the library's word that the container is available.
-bool MayTakeTasks(const CContainer& container) {
-    return container.GetMemberStatus() == CLUSTER_MEMBER_NORMAL && !container.IsFaultShift() &&
-           !container.GetFaultStatus();
-}
-
-bool Contains(const ContainerMap& containerTable, const CContainerAddr& addr) {
-    const auto it = containerTable.find(addr);
-    return it != containerTable.end() && it->first == addr;
-}
-
-}  // namespace
-
-CContainerLoad::CContainerLoad(const CContainerAddr& addr, const CContainer& container,
-                               const std::list<CResourceTask>& taskList, bool bUsable)
-    : m_addr(addr),
-      m_bUsable(bUsable),
-      m_total(FiguresOf(container.GetTotalResource())),
-      m_used(FiguresOf(container.GetStatus().GetCurSysResource())),
-      m_uiTasks(container.GetTotalTask()) {
-    if (container.GetTotalDisk() > 0) {
-        // The disk ratio follows the last report, the status the average of the last three.
-        m_used[RESOURCE_TYPE_DISK] =
-            std::llround(static_cast<double>(container.GetDiskRatio()) * container.GetTotalDisk());
-    }
-    ResourceFigures sum{};
-    for (const CResourceTask& task : taskList) {
-        const ResourceFigures costs = CostsOf(task);
-        std::transform(sum.begin(), sum.end(), costs.begin(), sum.begin(), std::plus<>());
-    }
-    for (std::size_t i = 0; i < sum.size(); ++i) {
-        m_used[i] = std::max(m_used[i], sum[i]);
+CScheduleBoard::CScheduleBoard(CClusterView& view)
+    : m_view(view), m_moment(CClusterMoment::Take()), m_lock(view.GetMutex()) {
+    // The moment is taken without the view's lock, since it waits for the registries. Another
+    // thread may have brought the view beyond it meanwhile.
+    while (m_moment && !m_view.Follow(*m_moment)) {
+        m_lock.unlock();
+        m_moment = CClusterMoment::Take();
+        m_lock.lock();
     }
 }
 
-bool CContainerLoad::HasRoomFor(const CResourceTask& task) const {
-    const ResourceFigures costs = CostsOf(task);
-    for (std::size_t i = 0; i < costs.size(); ++i) {
-        if (costs[i] > 0 && m_used[i] + costs[i] > m_total[i]) {
-            return false;
+CScheduleBoard::~CScheduleBoard() {
+    for (const auto& [uiContainer, load] : m_formerLoads) {
+        m_view.SetLoad(uiContainer, load);
+    }
+}
+
+std::optional<CContainerAddr> CScheduleBoard::Place(const CResourceTask& task, bool bReschedule) {
+    if (!m_moment) {
+        return std::nullopt;
+    }
+    const uint32_t uiHeldTask = m_view.FindTask(task.GetTaskId());
+    const uint32_t uiHolder = HolderOf(uiHeldTask);
+    if (uiHolder != NUMERIC_NONE && m_view.IsUsable(uiHolder) && !bReschedule) {
+        return m_view.GetAddr(uiHolder);
+    }
+    const TaskCosts costs = CostsOf(task);
+    const uint32_t uiTarget = m_view.FindUsable([&](uint32_t uiContainer) {
+        return uiContainer != uiHolder && m_view.GetLoad(uiContainer).HasRoomFor(costs);
+    });
+    if (uiTarget == NUMERIC_NONE) {
+        return std::nullopt;
+    }
+    Move(uiHeldTask, costs, uiTarget);
+    return m_view.GetAddr(uiTarget);
+}
+
+void CScheduleBoard::Explain(const CResourceTask& task,
+                             std::list<CPlacementReason>& reasons) const {
+    if (!m_moment) {
+        return;
+    }
+    const uint32_t uiHolder = HolderOf(m_view.FindTask(task.GetTaskId()));
+    const TaskCosts costs = CostsOf(task);
+    m_view.VisitContainers([&](uint32_t uiContainer) {
+        std::string strWhyNot;
+        if (const char* const pszWhyNot = m_view.WhyNotUsable(uiContainer)) {
+            strWhyNot = pszWhyNot;
+        } else if (uiContainer != uiHolder) {
+            strWhyNot = m_view.GetLoad(uiContainer).WhyNoRoomFor(costs);
         }
-    }
-    return true;
-}
-
-double CContainerLoad::GetRatio(RESOURCE_TYPE eType) const {
-    const auto uiType = static_cast<std::size_t>(eType);
-    return m_total[uiType] > 0
-               ? static_cast<double>(m_used[uiType]) / static_cast<double>(m_total[uiType])
-               : std::numeric_limits<double>::infinity();
-}
-
-void CContainerLoad::Take(const CResourceTask& task) {
-    const ResourceFigures costs = CostsOf(task);
-    std::transform(m_used.begin(), m_used.end(), costs.begin(), m_used.begin(), std::plus<>());
-    ++m_uiTasks;
-}
-
-void CContainerLoad::Give(const CResourceTask& task) {
-    const ResourceFigures costs = CostsOf(task);
-    std::transform(m_used.begin(), m_used.end(), costs.begin(), m_used.begin(), std::minus<>());
-    --m_uiTasks;
-}
-
-CScheduleBoard::CScheduleBoard(const std::string& strContainerType, LoadFunc pLoad)
-    : m_pLoad(pLoad) {
-    ContainerMap availableTable;
-    CFrameworkCommon::Instance().GetAvailableContainer(strContainerType, availableTable);
-    ContainerMap containerTable;
-    CContainerMgr::Instance().GetAllContainer(containerTable);
-    for (const auto& [addr, container] : containerTable) {
-        if (addr.GetContainerType() != strContainerType) {
-            continue;
-        }
-        const std::list<CResourceTask> taskList = TasksOf(container);
-        const bool bUsable = Contains(availableTable, addr) && MayTakeTasks(container);
-        CContainerLoad& load =
-            m_containers.try_emplace(addr, addr, container, taskList, bUsable).first->second;
-        for (const CResourceTask& task : taskList) {
-            m_tasks.try_emplace(task.GetTaskId(), CPlacedTask{task, &load});
-        }
-    }
-}
-
-const CContainerLoad* CScheduleBoard::Place(const CResourceTask& task, bool bReschedule) {
-    CContainerLoad* const pHolder = FindHolder(task.GetTaskId());
-    if (pHolder != nullptr && pHolder->IsUsable() && !bReschedule) {
-        return pHolder;
-    }
-    CContainerLoad* const pTarget = FindLeastLoaded(task, pHolder);
-    if (pTarget != nullptr) {
-        Move(task, *pTarget);
-    }
-    return pTarget;
+        reasons.push_back({m_view.GetAddr(uiContainer), strWhyNot.empty(), strWhyNot});
+    });
 }
 
 int CScheduleBoard::Shift(const CResourceTask& task, const CContainerAddr& from,
                           const CContainerAddr& to) {
-    const CContainerLoad* const pHolder = FindHolder(task.GetTaskId());
-    if (pHolder == nullptr || !(pHolder->GetAddr() == from) || from == to) {
+    const uint32_t uiHeldTask = m_moment ? m_view.FindTask(task.GetTaskId()) : NUMERIC_NONE;
+    if (uiHeldTask == NUMERIC_NONE ||
+        !(m_view.GetAddr(m_view.GetTask(uiHeldTask).uiContainer) == from) || from == to) {
         return ORVA_PARA_INVALID;
     }
     if (!task.IsSupportShift()) {
         return ORVA_SYS_NO_SUPPORT;
     }
-    CContainerLoad* const pTarget = FindContainer(to);
-    if (pTarget == nullptr || !pTarget->IsUsable() || !pTarget->HasRoomFor(task)) {
+    const TaskCosts costs = CostsOf(task);
+    const uint32_t uiTarget = m_view.FindContainer(to);
+    if (uiTarget == NUMERIC_NONE || !m_view.IsUsable(uiTarget) ||
+        !m_view.GetLoad(uiTarget).HasRoomFor(costs)) {
         return ORVA_FAIL;
     }
-    Move(task, *pTarget);
+    Move(uiHeldTask, costs, uiTarget);
     return ORVA_SUCCEED;
 }
 
 std::vector<CTaskMove> CScheduleBoard::Balance(double fThreshold) {
-    std::vector<CContainerLoad*> balanced;
-    for (auto& [addr, load] : m_containers) {
-        if (load.IsUsable() && std::isfinite(m_pLoad(load))) {
-            balanced.push_back(&load);
-        }
-    }
     std::vector<CTaskMove> moves;
-    std::set<std::string> movedIds;
-    while (!balanced.empty()) {
-        const auto [itEmptiest, itFullest] = std::minmax_element(
-            balanced.begin(), balanced.end(), [this](const auto* pLeft, const auto* pRight) {
-                return IsLessLoaded(*pLeft, *pRight);
-            });
-        if (m_pLoad(**itFullest) - m_pLoad(**itEmptiest) <= fThreshold) {
+    std::vector<uint32_t> movedTasks;
+    while (m_moment) {
+        const uint32_t uiFullest = m_view.FindFullest();
+        if (uiFullest == NUMERIC_NONE) {
             break;
         }
-        const CPlacedTask* const pBest = FindBestMove(**itFullest, **itEmptiest, movedIds);
-        if (pBest == nullptr) {
+        const uint32_t uiEmptiest = m_view.FindUsable([](uint32_t) { return true; });
+        if (m_view.Measure(m_view.GetLoad(uiFullest)) -
+                m_view.Measure(m_view.GetLoad(uiEmptiest)) <=
+            fThreshold) {
             break;
         }
-        moves.push_back({pBest->task, (*itFullest)->GetAddr(), (*itEmptiest)->GetAddr()});
-        movedIds.insert(pBest->task.GetTaskId());
-        Move(moves.back().task, **itEmptiest);
+        const uint32_t uiTask = FindBestMove(uiFullest, uiEmptiest);
+        if (uiTask == NUMERIC_NONE) {
+            break;
+        }
+        moves.push_back({{}, m_view.GetAddr(uiFullest), m_view.GetAddr(uiEmptiest)});
+        movedTasks.push_back(uiTask);
+        m_movedTasks.insert(uiTask);
+        Move(uiTask, m_view.GetTask(uiTask).costs, uiEmptiest);
     }
+    ReadTasks(movedTasks, moves);
     return moves;
 }
 
-CContainerLoad* CScheduleBoard::FindContainer(const CContainerAddr& addr) {
-    const auto it = m_containers.find(addr);
-    return it != m_containers.end() && it->first == addr ? &it->second : nullptr;
+uint32_t CScheduleBoard::HolderOf(uint32_t uiHeldTask) const {
+    return uiHeldTask != NUMERIC_NONE ? m_view.GetTask(uiHeldTask).uiContainer : NUMERIC_NONE;
 }
 
-CContainerLoad* CScheduleBoard::FindHolder(const std::string& strTaskId) {
-    const auto it = m_tasks.find(strTaskId);
-    return it != m_tasks.end() ? it->second.pHolder : nullptr;
-}
-
-CContainerLoad* CScheduleBoard::FindLeastLoaded(const CResourceTask& task,
-                                                const CContainerLoad* pExcept) {
-    CContainerLoad* pBest = nullptr;
-    for (auto& [addr, load] : m_containers) {
-        if (load.IsUsable() && &load != pExcept && load.HasRoomFor(task) &&
-            (pBest == nullptr || IsLessLoaded(load, *pBest))) {
-            pBest = &load;
-        }
-    }
-    return pBest;
-}
-
-const CScheduleBoard::CPlacedTask* CScheduleBoard::FindBestMove(
-    const CContainerLoad& fullest, const CContainerLoad& emptiest,
-    const std::set<std::string>& movedIds) const {
-    const CPlacedTask* pBest = nullptr;
-    double fSmallestGap = m_pLoad(fullest) - m_pLoad(emptiest);
-    for (const auto& [strTaskId, placed] : m_tasks) {
-        if (placed.pHolder != &fullest || !placed.task.IsSupportShift() ||
-            !emptiest.HasRoomFor(placed.task) || movedIds.count(strTaskId) != 0) {
-            continue;
+uint32_t CScheduleBoard::FindBestMove(uint32_t uiFullest, uint32_t uiEmptiest) const {
+    const CContainerLoad& fullest = m_view.GetLoad(uiFullest);
+    const CContainerLoad& emptiest = m_view.GetLoad(uiEmptiest);
+    uint32_t uiBest = NUMERIC_NONE;
+    double fSmallestGap = m_view.Measure(fullest) - m_view.Measure(emptiest);
+    m_view.VisitHeldTasks(uiFullest, [&](uint32_t uiTask) {
+        const CHeldTask& task = m_view.GetTask(uiTask);
+        if (!task.bSupportShift || !emptiest.HasRoomFor(task.costs)) {
+            return;
         }
         CContainerLoad from(fullest);
         CContainerLoad to(emptiest);
-        from.Give(placed.task);
-        to.Take(placed.task);
-        const double fGap = std::abs(m_pLoad(from) - m_pLoad(to));
-        if (fGap < fSmallestGap) {
+        from.Give(task.costs);
+        to.Take(task.costs);
+        const double fGap = std::abs(m_view.Measure(from) - m_view.Measure(to));
+        // Of moves that are as good the task with the lowest id.
+        const bool bBetter =
+            fGap < fSmallestGap || (fGap == fSmallestGap && uiBest != NUMERIC_NONE &&
+                                    task.id.View() < m_view.GetTask(uiBest).id.View());
+        if (bBetter && m_movedTasks.count(uiTask) == 0) {
             fSmallestGap = fGap;
-            pBest = &placed;
+            uiBest = uiTask;
+        }
+    });
+    return uiBest;
+}
+
+void CScheduleBoard::ReadTasks(const std::vector<uint32_t>& movedTasks,
+                               std::vector<CTaskMove>& moves) const {
+    std::map<uint32_t, std::unordered_map<std::string_view, CTaskMove*>> movesFrom;
+    for (std::size_t i = 0; i < moves.size(); ++i) {
+        const CHeldTask& held = m_view.GetTask(movedTasks[i]);
+        movesFrom[held.uiContainer].emplace(held.id.View(), &moves[i]);
+    }
+    for (auto& [uiContainer, movesById] : movesFrom) {
+        for (const CResourceTask& task :
+             m_moment->FindContainer(m_view.GetAddr(uiContainer))->GetTaskTable()) {
+            const auto it = movesById.find(task.GetTaskId());
+            if (it != movesById.end()) {
+                it->second->task = task;
+                movesById.erase(it);
+            }
         }
     }
-    return pBest;
 }
 
-bool CScheduleBoard::IsLessLoaded(const CContainerLoad& left, const CContainerLoad& right) const {
-    const auto key = [this](const CContainerLoad& load) {
-        return std::make_tuple(m_pLoad(load), load.GetRatio(RESOURCE_TYPE_NET),
-                               load.GetTaskCount());
-    };
-    return key(left) < key(right);
-}
-
-void CScheduleBoard::Move(const CResourceTask& task, CContainerLoad& to) {
-    const auto [it, bNew] = m_tasks.try_emplace(task.GetTaskId(), CPlacedTask{task, &to});
-    if (!bNew) {
-        it->second.pHolder->Give(it->second.task);
-        it->second = {task, &to};
+void CScheduleBoard::Move(uint32_t uiHeldTask, const TaskCosts& costs, uint32_t uiTo) {
+    if (uiHeldTask != NUMERIC_NONE) {
+        const CHeldTask& held = m_view.GetTask(uiHeldTask);
+        ChangeLoad(held.uiContainer, [&held](CContainerLoad& load) { load.Give(held.costs); });
     }
-    to.Take(task);
+    ChangeLoad(uiTo, [&costs](CContainerLoad& load) { load.Take(costs); });
+}
+
+template <typename Change>
+void CScheduleBoard::ChangeLoad(uint32_t uiContainer, const Change& change) {
+    CContainerLoad load = m_view.GetLoad(uiContainer);
+    m_formerLoads.try_emplace(uiContainer, load);
+    change(load);
+    m_view.SetLoad(uiContainer, load);
 }

@@ -1,56 +1,18 @@
 #pragma once
 
-#include <array>
-#include <cstddef>
 #include <cstdint>
 #include <list>
-#include <map>
-#include <set>
-#include <string>
+#include <mutex>
+#include <optional>
+#include <unordered_map>
+#include <unordered_set>
 #include <vector>
 
+#include "common/cluster_view.h"
 #include "framework_service/base_data.h"
-#include "framework_service/container.h"
+#include "framework_service/cluster_moment.h"
+#include "framework_service/placement_reason.h"
 #include "framework_service/resource_task.h"
-
-/// The figures of every RESOURCE_TYPE, wide enough for sums.
-using ResourceFigures = std::array<int64_t, 5>;
-
-/// A container as a schedule sees it. What it reports as used and what its tasks cost are two views
-/// of the same thing, of which the larger counts: a task that was just placed is not reported yet,
-/// and not all that is used belongs to a task.
-class CContainerLoad {
-public:
-    /// taskList is what the container holds.
-    CContainerLoad(const CContainerAddr& addr, const CContainer& container,
-                   const std::list<CResourceTask>& taskList, bool bUsable);
-
-    const CContainerAddr& GetAddr() const { return m_addr; }
-    std::size_t GetTaskCount() const { return m_uiTasks; }
-
-    /// May it take tasks? The library calls it available, and it is a normal member and not in
-    /// fault shift.
-    bool IsUsable() const { return m_bUsable; }
-
-    /// Does every cost of the task still fit? A cost of nothing always fits.
-    bool HasRoomFor(const CResourceTask& task) const;
-
-    /// Used over total; infinite where the container has not reported a total.
-    double GetRatio(RESOURCE_TYPE eType) const;
-
-    void Take(const CResourceTask& task);
-    void Give(const CResourceTask& task);
-
-private:
-    CContainerAddr m_addr;
-    bool m_bUsable;
-    ResourceFigures m_total;
-    ResourceFigures m_used;
-    std::size_t m_uiTasks;
-};
-
-/// What a plug-in spreads its tasks by: the lower, the sooner a container gets a task.
-using LoadFunc = double (*)(const CContainerLoad&);
 
 /// One task on its way.
 struct CTaskMove {
@@ -59,23 +21,30 @@ struct CTaskMove {
     CContainerAddr to;
 };
 
-/// All containers of a type with their tasks, copied once from the registry; a schedule is tried
-/// out here, so that each of its steps sees those before it. Of equally loaded containers the one
-/// with the lower net ratio comes first, then the one with fewer tasks, then the order of the
-/// addresses.
+/// One decision: what is tried out on a view that stands at the present moment, so that each step
+/// sees those before it, and undone at the end. The view is this thread's alone as long as the
+/// board lives: nothing is logged or stored meanwhile. Without the registries' locks there are no
+/// containers.
 class CScheduleBoard {
 public:
-    CScheduleBoard(const std::string& strContainerType, LoadFunc pLoad);
+    explicit CScheduleBoard(CClusterView& view);
+    ~CScheduleBoard();
     CScheduleBoard(const CScheduleBoard&) = delete;
     CScheduleBoard& operator=(const CScheduleBoard&) = delete;
 
-    /// Names the container for the task; null when none has room. A task that a usable container
-    /// holds stays there, unless bReschedule: then it goes to any other.
-    const CContainerLoad* Place(const CResourceTask& task, bool bReschedule);
+    /// Names the container for the task: the first usable one, in the view's order, that has room;
+    /// nothing when none has. A task that a usable container holds stays there, unless bReschedule:
+    /// then it goes to any other. To be asked once for each task.
+    std::optional<CContainerAddr> Place(const CResourceTask& task, bool bReschedule);
 
-    /// Moves the task between the two containers. Returns 0; ORVA_PARA_INVALID when the first does
-    /// not hold it or both are the same; ORVA_SYS_NO_SUPPORT when it must not move; ORVA_FAIL when
-    /// the second is not usable or has no room.
+    /// Appends an entry for each container, in the order of the addresses: may it take the task
+    /// now? As Place sees it: the usable container that holds the task may keep it, and any other
+    /// needs room.
+    void Explain(const CResourceTask& task, std::list<CPlacementReason>& reasons) const;
+
+    /// Moves the task between the two containers, once for each task. Returns 0; ORVA_PARA_INVALID
+    /// when the first does not hold it or both are the same; ORVA_SYS_NO_SUPPORT when it must not
+    /// move; ORVA_FAIL when the second is not usable or has no room.
     int Shift(const CResourceTask& task, const CContainerAddr& from, const CContainerAddr& to);
 
     /// Moves tasks from the fullest to the emptiest container, the one first that brings them
@@ -83,20 +52,24 @@ public:
     std::vector<CTaskMove> Balance(double fThreshold);
 
 private:
-    struct CPlacedTask {
-        CResourceTask task;
-        CContainerLoad* pHolder;
-    };
+    /// The container that holds the task, usable or not; NUMERIC_NONE when none does.
+    uint32_t HolderOf(uint32_t uiHeldTask) const;
 
-    CContainerLoad* FindContainer(const CContainerAddr& addr);
-    CContainerLoad* FindHolder(const std::string& strTaskId);
-    CContainerLoad* FindLeastLoaded(const CResourceTask& task, const CContainerLoad* pExcept);
-    const CPlacedTask* FindBestMove(const CContainerLoad& fullest, const CContainerLoad& emptiest,
-                                    const std::set<std::string>& movedIds) const;
-    bool IsLessLoaded(const CContainerLoad& left, const CContainerLoad& right) const;
-    void Move(const CResourceTask& task, CContainerLoad& to);
+    /// The task that brings the two closest; NUMERIC_NONE when no move helps.
+    uint32_t FindBestMove(uint32_t uiFullest, uint32_t uiEmptiest) const;
 
-    const LoadFunc m_pLoad;
-    std::map<CContainerAddr, CContainerLoad> m_containers;
-    std::map<std::string, CPlacedTask> m_tasks;  ///< by id; the holders lie in m_containers
+    /// Reads the tasks themselves, of which the view knows little, into the moves.
+    void ReadTasks(const std::vector<uint32_t>& movedTasks, std::vector<CTaskMove>& moves) const;
+
+    /// Counts the costs where the task goes, and takes them off where it is held.
+    void Move(uint32_t uiHeldTask, const TaskCosts& costs, uint32_t uiTo);
+
+    template <typename Change>
+    void ChangeLoad(uint32_t uiContainer, const Change& change);
+
+    CClusterView& m_view;
+    std::optional<CClusterMoment> m_moment;
+    std::unique_lock<std::mutex> m_lock;  ///< behind the moment, whose end may take its time
+    std::unordered_map<uint32_t, CContainerLoad> m_formerLoads;
+    std::unordered_set<uint32_t> m_movedTasks;
 };

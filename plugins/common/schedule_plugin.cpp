@@ -1,7 +1,12 @@
 #include "common/schedule_plugin.h"
 
 #include <algorithm>
+#include <optional>
+#include <string_view>
+#include <unordered_map>
+#include <vector>
 
+#include "common/schedule_board.h"
 #include "common/task_xml.h"
 #include "common_service/tarn_def.h"
 #include "framework_service/container_mgr.h"
@@ -18,15 +23,28 @@ std::list<CResourceTask> TasksIn(const CContainerAddr& containerAddr) {
     return taskList;
 }
 
-const CResourceTask* FindTask(const std::list<CResourceTask>& taskList,
-                              const std::string& strTaskId) {
-    const auto it = std::find_if(
-        taskList.begin(), taskList.end(),
-        [&strTaskId](const CResourceTask& task) { return task.GetTaskId() == strTaskId; });
-    return it != taskList.end() ? &*it : nullptr;
+/// The tasks under their ids; of several with one id the first.
+std::unordered_map<std::string_view, const CResourceTask*> ById(
+    const std::list<CResourceTask>& taskList) {
+    std::unordered_map<std::string_view, const CResourceTask*> tasks;
+    for (const CResourceTask& task : taskList) {
+        tasks.emplace(task.GetTaskId(), &task);
+    }
+    return tasks;
+}
+
+/// The code of one shift, tried out on the board.
+int TryShift(CScheduleBoard& board, const CResourceTask* pTask, const CTaskShiftInfo& shift) {
+    return pTask != nullptr ? board.Shift(*pTask, shift.GetOutContainer(), shift.GetInContainer())
+                            : ORVA_PARA_INVALID;
 }
 
 }  // namespace
+
+int CSchedulePlugin::UnInit() {
+    m_view.Forget();
+    return ORVA_SUCCEED;
+}
 
 std::string CSchedulePlugin::GetVersion() {
     return "1.0.0";
@@ -68,18 +86,25 @@ int CSchedulePlugin::TaskSchedule(const std::string& strNodeId,
                                   CTaskContainerMap& taskBindTable,
                                   unsigned long long& ullDecisionVerNum, bool bReschedule) {
     taskBindTable.clear();
-    CScheduleBoard board(m_profile.strContainerType, m_profile.pLoad);
+    std::vector<const CResourceTask*> homeless;
+    {
+        CScheduleBoard board(m_view);
+        for (const CResourceTask& task : resTaskList) {
+            const auto it = taskBindTable.lower_bound(task.GetTaskId());
+            if (it != taskBindTable.end() && it->first == task.GetTaskId()) {
+                continue;
+            }
+            if (const std::optional<CContainerAddr> addr = board.Place(task, bReschedule)) {
+                taskBindTable.emplace_hint(it, task.GetTaskId(), *addr);
+            } else {
+                homeless.push_back(&task);
+            }
+        }
+    }
     int iResult = ORVA_SUCCEED;
-    for (const CResourceTask& task : resTaskList) {
-        if (taskBindTable.count(task.GetTaskId()) != 0) {
-            continue;
-        }
-        if (const CContainerLoad* pLoad = board.Place(task, bReschedule); pLoad != nullptr) {
-            taskBindTable.emplace(task.GetTaskId(), pLoad->GetAddr());
-        } else {
-            iResult = LogFailure("task schedule", ORVA_FAIL, "no room for task[%s] of node[%s].",
-                                 task.GetTaskId().c_str(), strNodeId.c_str());
-        }
+    for (const CResourceTask* const pTask : homeless) {
+        iResult = LogFailure("task schedule", ORVA_FAIL, "no room for task[%s] of node[%s].",
+                             pTask->GetTaskId().c_str(), strNodeId.c_str());
     }
     const int iDecided = Decide(taskBindTable, ullDecisionVerNum);
     return iDecided != ORVA_SUCCEED ? iDecided : iResult;
@@ -133,14 +158,18 @@ int CSchedulePlugin::ManualTaskSchedule(const std::list<CResourceTask>& resTaskL
                                         unsigned long long& ullDecisionVerNum) {
     taskBindTable.clear();
     taskRspResultMap.clear();
-    CScheduleBoard board(m_profile.strContainerType, m_profile.pLoad);
+    const auto tasks = ById(resTaskList);
+    {
+        CScheduleBoard board(m_view);
+        for (const auto& [strTaskId, shift] : manualTaskShiftMap) {
+            const auto it = tasks.find(strTaskId);
+            taskRspResultMap[strTaskId] =
+                TryShift(board, it != tasks.end() ? it->second : nullptr, shift);
+        }
+    }
     int iResult = ORVA_SUCCEED;
     for (const auto& [strTaskId, shift] : manualTaskShiftMap) {
-        const CResourceTask* const pTask = FindTask(resTaskList, strTaskId);
-        const int iRet = pTask != nullptr
-                             ? board.Shift(*pTask, shift.GetOutContainer(), shift.GetInContainer())
-                             : ORVA_PARA_INVALID;
-        taskRspResultMap[strTaskId] = iRet;
+        const int iRet = taskRspResultMap[strTaskId];
         if (iRet == ORVA_SUCCEED) {
             taskBindTable.emplace(strTaskId, shift.GetInContainer());
         } else {
@@ -155,6 +184,11 @@ int CSchedulePlugin::ManualTaskSchedule(const std::list<CResourceTask>& resTaskL
 
 bool CSchedulePlugin::IsContainerEmpty(CContainerAddr& containerAddr) {
     return TasksIn(containerAddr).empty();
+}
+
+void CSchedulePlugin::ExplainPlacement(const CResourceTask& task,
+                                       std::list<CPlacementReason>& reasons) {
+    CScheduleBoard(m_view).Explain(task, reasons);
 }
 
 int CSchedulePlugin::Decide(CTaskContainerMap& taskBindTable,

@@ -5,8 +5,9 @@
 #include <map>
 #include <string>
 
-#include "common/schedule_board.h"
+#include "common/cluster_view.h"
 #include "framework_service/IPlugin.h"
+#include "framework_service/placement_reason.h"
 
 /// What tells one scheduling plug-in from another.
 struct CPluginProfile {
@@ -17,15 +18,20 @@ struct CPluginProfile {
     LoadFunc pLoad;  ///< what it spreads the tasks by
 };
 
-/// Schedules the tasks of one container type, which supports fault shift, by one measure. It keeps
-/// nothing between two calls, so that every operation may run on any thread. What it decides takes
-/// the cluster's next decision version number; when that cannot be had, nothing is decided and the
-/// code of the schedule manager is the answer.
-class CSchedulePlugin : public IPlugin {
+/// Schedules the tasks of one container type, which supports fault shift, by one measure. Between
+/// two calls it keeps a view of the cluster, which each decision brings up to date and has to
+/// itself: every operation may run on any thread, and of two decisions at once one waits until the
+/// other is made. What it decides takes the cluster's next decision version number; when that
+/// cannot be had, nothing is decided and the code of the schedule manager is the answer.
+class CSchedulePlugin : public IPlugin, public IPlacementReason {
 public:
-    explicit CSchedulePlugin(const CPluginProfile& profile) : m_profile(profile) {
+    explicit CSchedulePlugin(const CPluginProfile& profile)
+        : m_profile(profile), m_view(profile.strContainerType, profile.pLoad) {
         m_strName = profile.strName;
     }
+
+    /// Gives the memory of the view back.
+    int UnInit() override;
 
     std::string GetVersion() override;
     std::string GetName() override { return m_strName; }
@@ -79,8 +85,12 @@ public:
 
     bool IsContainerEmpty(CContainerAddr& containerAddr) override;
 
+    /// What TaskSchedule goes by, without bReschedule (CScheduleBoard::Explain).
+    void ExplainPlacement(const CResourceTask& task, std::list<CPlacementReason>& reasons) override;
+
 protected:
-    const CPluginProfile& GetProfile() const { return m_profile; }
+    /// For a CScheduleBoard.
+    CClusterView& GetView() { return m_view; }
 
     /// Takes the next decision version number if the table names a container; when it cannot be
     /// had, the table is emptied. Returns 0 or the code.
@@ -88,4 +98,5 @@ protected:
 
 private:
     const CPluginProfile m_profile;
+    CClusterView m_view;
 };

@@ -1,3 +1,4 @@
+#include "common/schedule_board.h"
 #include "common/schedule_plugin.h"
 #include "common_service/tarn_def.h"
 #include "framework_service/framework_common.h"
@@ -37,10 +38,9 @@ public:
         resTaskList.clear();
         taskUnbindTable.clear();
         taskBindTable.clear();
-        CScheduleBoard board(CONTAINER_TYPE_RECORD, &DiskRatio);
         const int iThreshold =
             CFrameworkCommon::Instance().GetClusterConfig().GetLoadBalanceDiskThreshold();
-        for (const CTaskMove& move : board.Balance(iThreshold / 100.0)) {
+        for (const CTaskMove& move : CScheduleBoard(GetView()).Balance(iThreshold / 100.0)) {
             resTaskList.push_back(move.task);
             taskUnbindTable.emplace(move.task.GetTaskId(), move.from);
             taskBindTable.emplace(move.task.GetTaskId(), move.to);
