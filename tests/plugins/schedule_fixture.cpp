@@ -104,6 +104,29 @@ std::map<std::string, std::string> CScheduleTest::BoundNodes() const {
     return nodes;
 }
 
+std::list<CPlacementReason> CScheduleTest::Reasons(const CResourceTask& task) {
+    std::list<CPlacementReason> reasons;
+    auto* const pReason = dynamic_cast<IPlacementReason*>(m_pPlugin);
+    EXPECT_NE(pReason, nullptr) << "the plug-in gives no reasons";
+    if (pReason != nullptr) {
+        pReason->ExplainPlacement(task, reasons);
+    }
+    for (const CPlacementReason& reason : reasons) {
+        EXPECT_EQ(reason.container.GetContainerType(), m_strContainerType);
+        EXPECT_EQ(reason.bPossible, reason.strReason.empty()) << reason.strReason;
+    }
+    return reasons;
+}
+
+std::list<std::string> CScheduleTest::Explain(const CResourceTask& task) {
+    std::list<std::string> texts;
+    for (const CPlacementReason& reason : Reasons(task)) {
+        texts.push_back(reason.container.GetNodeId() + ": " +
+                        (reason.bPossible ? "may take" : reason.strReason));
+    }
+    return texts;
+}
+
 void CScheduleTest::Parse(PELU::CXml& xml, const std::string& strText) {
     ASSERT_TRUE(xml.Parse(strText.c_str())) << strText;
 }

@@ -4,6 +4,7 @@
 #include <string>
 
 #include "framework_service/IPlugin.h"
+#include "framework_service/placement_reason.h"
 #include "support/host_fixture.h"
 
 /// A task with its costs; a movable one unless told otherwise.
@@ -48,6 +49,12 @@ protected:
 
     /// The node that each task was bound to.
     std::map<std::string, std::string> BoundNodes() const;
+
+    /// What the plug-in says of each container for the task.
+    std::list<CPlacementReason> Reasons(const CResourceTask& task);
+
+    /// The same, each as "node: reason", with "may take" for none.
+    std::list<std::string> Explain(const CResourceTask& task);
 
     /// An XML document whose cursor stands before its root.
     static void Parse(PELU::CXml& xml, const std::string& strText);
