@@ -1,0 +1,54 @@
+#include "cluster_engine/forms.h"
+
+#include <tuple>
+
+namespace {
+
+auto Tie(const CFigures& figures) {
+    return std::tie(figures.iCpu, figures.iMem, figures.iIo, figures.iNet, figures.iDisk);
+}
+
+}  // namespace
+
+CSystemResource CFigures::ToResource() const {
+    CSystemResource resource;
+    resource.SetCpu(iCpu);
+    resource.SetMem(iMem);
+    resource.SetIO(iIo);
+    resource.SetNet(iNet);
+    resource.SetDisk(iDisk);
+    return resource;
+}
+
+bool CFigures::operator==(const CFigures& other) const {
+    return Tie(*this) == Tie(other);
+}
+
+CTaskForm::CTaskForm(const CResourceTask& task)
+    : strTaskId(task.GetTaskId()),
+      strName(task.GetTaskName()),
+      bMovable(task.IsSupportShift()),
+      costs{task.GetCpu(), task.GetMem(), task.GetIO(), task.GetNet(), task.GetDisk()} {
+    task.GetAllPrivateInfo(privateInfo);
+}
+
+CResourceTask CTaskForm::ToTask() const {
+    CResourceTask task;
+    task.SetTaskId(strTaskId);
+    task.SetTaskName(strName);
+    task.SetSupportShift(bMovable);
+    task.SetCpu(costs.iCpu);
+    task.SetMem(costs.iMem);
+    task.SetIO(costs.iIo);
+    task.SetNet(costs.iNet);
+    task.SetDisk(costs.iDisk);
+    for (const auto& [strKey, strValue] : privateInfo) {
+        task.InsertSingleKeyValue(strKey, strValue);
+    }
+    return task;
+}
+
+bool CTaskForm::operator==(const CTaskForm& other) const {
+    return std::tie(strTaskId, strName, bMovable, costs, privateInfo) ==
+           std::tie(other.strTaskId, other.strName, other.bMovable, other.costs, other.privateInfo);
+}
