@@ -1,0 +1,45 @@
+#pragma once
+
+#include <cstdint>
+#include <map>
+#include <memory>
+#include <mutex>
+#include <string>
+#include <vector>
+
+#include "cluster_engine/host.h"
+#include "reference_host/store.h"
+
+/// The store as the engine's host has it, with a gate in front. Callable from any thread; what is
+/// written while the gate is shut stays here, and is read back by everyone.
+class CGateStore : public IStore, public IStoreGate {
+public:
+    explicit CGateStore(std::shared_ptr<IStore> pStore);
+
+    int Read(const std::string& strPath, StoreWatcher pWatcher, CStoreAnswer& answer) override;
+    int Write(const std::string& strPath, const std::string& strText) override;
+    int List(const std::string& strPath, std::vector<std::string>& children) override;
+
+    /// While the gate is shut the conditions count as kept.
+    int Commit(const std::vector<CStoreCondition>& conditions,
+               const std::vector<CStoreText>& texts) override;
+
+    void Shut() override;
+    void Open() override;
+    bool IsAway() override;
+    uint64_t GetFailures() override;
+
+private:
+    /// Counts what a call came to, and hands its code on.
+    int Done(int iCode);
+
+    /// Keeps the texts if the gate is shut; false when it is open.
+    bool Keep(const std::vector<CStoreText>& texts);
+
+    const std::shared_ptr<IStore> m_pStore;
+    std::mutex m_mutex;  ///< guards everything below
+    bool m_bShut = false;
+    bool m_bAway = false;
+    uint64_t m_ullFailures = 0;
+    std::map<std::string, std::string> m_kept;  ///< by path: written since the gate was shut
+};
