@@ -129,10 +129,10 @@ protected:
     CRegistryTest() { EmptyRegistries(); }
     ~CRegistryTest() override { EmptyRegistries(); }
 
-private:
     void EmptyRegistries() {
         SetStore(std::make_shared<CMemoryStore>());
         OMAdapter::getInstance().setLogger(nullptr);
+        ForgetShiftFaults();
         CNodeMgr::Instance().Init({});
         CContainerMgr::Instance().Init({});
         EmptyHighSpeedLists();
@@ -142,6 +142,16 @@ private:
         CFrameworkCommon::Instance().GetClusterMGRInfo() = CClusterMGRZNodeInfo();
         OMAdapter::getInstance().setLogger(&m_logger);
         SetStore(m_pStore);
+    }
+
+private:
+    /// They outlive the nodes that they are counted for.
+    static void ForgetShiftFaults() {
+        std::list<CNode> nodes;
+        CNodeMgr::Instance().GetAllNode(nodes);
+        for (const CNode& node : nodes) {
+            CNodeMgr::Instance().ClearContainerShiftStatus(node.GetNodeId());
+        }
     }
 
     /// Every entry is out of date at the end of time.

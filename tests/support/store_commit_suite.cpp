@@ -10,14 +10,13 @@
 #include <vector>
 
 #include "common_service/tarn_def.h"
+#include "support/soak.h"
 #include "support/store_behaviour_suite.h"
 
 using testing::ElementsAre;
 using testing::IsEmpty;
 
 namespace {
-
-constexpr int NUMERIC_KILLS = 20;
 
 std::string PadText() {
     return std::string(20000, 'x');
@@ -236,7 +235,7 @@ TEST_P(LastingStoreBehaviour, KilledCommitIsWholeOrNotThere) {
     std::mt19937 random(std::random_device{}());
     std::uniform_int_distribution<int> lifetimes(0, 100);
     int iWritten = 0;
-    for (int iKill = 0; iKill < NUMERIC_KILLS; ++iKill) {
+    for (int iKill = 0; iKill < SoakRounds(200); ++iKill) {
         SetStore(nullptr);
         m_pStoreUnderTest.reset();  // no store is open at a fork
         const pid_t pid = fork();
