@@ -41,14 +41,16 @@ std::list<std::string> ContainersOf(const Json::Value& cluster, const std::strin
 std::list<CTurnedNode> NodesReadAsRemoved(const Json::Value& cluster) {
     std::list<CTurnedNode> turned;
     std::string strRemoved;
+    std::size_t index = 0;
     for (const Json::Value& node : NodesOf(cluster)) {
         const std::string strStatus = node[PSZ_NODE_STATUS].asString();
         const std::string strId = node[PSZ_NODE_ID].asString();
         if (strStatus == PSZ_NODE_STATUS_REMOVED) {
             strRemoved = strRemoved.empty() ? strId : strRemoved;
         } else if (!strRemoved.empty()) {
-            turned.push_back({strId, strStatus, strRemoved});
+            turned.push_back({index, strId, strStatus, strRemoved});
         }
+        ++index;
     }
     return turned;
 }

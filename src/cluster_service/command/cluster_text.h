@@ -2,6 +2,7 @@
 
 #include <json/value.h>
 
+#include <cstddef>
 #include <list>
 #include <string>
 
@@ -18,6 +19,7 @@ std::list<std::string> ContainersOf(const Json::Value& cluster, const std::strin
 
 /// A node that says something else and loads as removed.
 struct CTurnedNode {
+    std::size_t index;  ///< among the nodes
     std::string strId;
     std::string strStatus;   ///< what it says
     std::string strRemoved;  ///< the first removed node, behind which it stands

@@ -1,5 +1,6 @@
 #include <algorithm>
 #include <cstring>
+#include <utility>
 #include <vector>
 
 #include "command/checks.h"
@@ -23,15 +24,26 @@ std::size_t RenderedSize(const CCheckedDocument& checked) {
 
 }  // namespace
 
+void Add(Findings& findings, EWeight eWeight, const CCheckedDocument& document,
+         std::string strWhat) {
+    findings.push_back({eWeight, document.strName, {std::nullopt, "", std::move(strWhat)}});
+}
+
+void Add(Findings& findings, EWeight eWeight, const CCheckedDocument& document,
+         const CDocumentEntry& entry, std::string strWhat) {
+    findings.push_back(
+        {eWeight, document.strName, FaultAt(document.stored.strText, entry, std::move(strWhat))});
+}
+
 void CheckPresence(const CCheckedStore& store, Findings& findings) {
     const bool bNothing =
         std::none_of(store.documents.begin(), store.documents.end(),
                      [](const CCheckedDocument& checked) { return checked.stored.bExists; });
     for (const CCheckedDocument& checked : store.documents) {
-        if (!checked.stored.bExists && checked.stored.iCode == ORVA_SUCCEED) {
-            Add(findings, bNothing ? PSZ_WARNING : PSZ_NOTE, checked.pDocument->node, "is absent");
+        if (!checked.stored.bExists) {
+            Add(findings, bNothing ? EWeight::WARNING : EWeight::NOTE, checked, "is absent");
         } else if (checked.stored.strText.empty() && !checked.fault) {
-            Add(findings, PSZ_NOTE, checked.pDocument->node, "is without data");
+            Add(findings, EWeight::NOTE, checked, "is without data");
         }
     }
 }
@@ -39,25 +51,25 @@ void CheckPresence(const CCheckedStore& store, Findings& findings) {
 void CheckText(const CCheckedStore& store, Findings& findings) {
     for (const CCheckedDocument& checked : store.documents) {
         if (checked.fault) {
-            Add(findings, PSZ_ERROR, checked.pDocument->node, *checked.fault);
+            findings.push_back({EWeight::ERROR, checked.strName, *checked.fault});
         }
     }
 }
 
 void CheckSize(const CCheckedStore& store, Findings& findings) {
     for (const CCheckedDocument& checked : store.documents) {
-        if (checked.root.isNull()) {
+        if (!checked.IsGood()) {
             continue;
         }
         const std::size_t size = std::max(checked.stored.strText.size(), RenderedSize(checked));
         const std::size_t maxSize = checked.pDocument->GetMaxSize();
         if (size > maxSize) {
-            Add(findings, PSZ_ERROR, checked.pDocument->node,
+            Add(findings, EWeight::ERROR, checked,
                 "would take " + std::to_string(size) +
                     " bytes when the service writes it, at most " + std::to_string(maxSize) +
                     " fit");
         } else if (IsNearlyFull(size, maxSize)) {
-            Add(findings, PSZ_WARNING, checked.pDocument->node,
+            Add(findings, EWeight::WARNING, checked,
                 "takes " + std::to_string(size) + " bytes of at most " + std::to_string(maxSize) +
                     ", more than which the service does not write");
         }
@@ -65,9 +77,10 @@ void CheckSize(const CCheckedStore& store, Findings& findings) {
 }
 
 void CheckThresholds(const CCheckedStore& store, Findings& findings) {
-    if (!store.clusterConfig[PSZ_CLUSTER_LOAD_BALANCE_THRESHOLD].isNull()) {
-        Add(findings, PSZ_WARNING, STORE_NODE_CLUSTER_CONFIG,
-            Quoted(PSZ_CLUSTER_LOAD_BALANCE_THRESHOLD) +
-                " is ignored on reading: the thresholds stay at their defaults");
+    const CCheckedDocument& document = store.Get(STORE_NODE_CLUSTER_CONFIG);
+    const CDocumentEntry thresholds = MemberOf(document.Root(), PSZ_CLUSTER_LOAD_BALANCE_THRESHOLD);
+    if (thresholds.pValue->isObject() && !thresholds.pValue->isNull()) {
+        Add(findings, EWeight::WARNING, document, thresholds,
+            "is ignored on reading: the thresholds stay at their defaults");
     }
 }

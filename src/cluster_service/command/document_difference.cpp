@@ -12,8 +12,8 @@ namespace {
 /// A text as JSON; nothing, with the reason, for one that is none.
 std::optional<Json::Value> Parsed(const std::string& strText, std::string& strFault) {
     Json::Value value;
-    const std::optional<std::string> fault = ParseStrictJson(strText, value);
-    strFault = fault.value_or("");
+    const std::optional<CJsonFault> fault = ParseStrictJson(strText, value);
+    strFault = fault ? TextOf(*fault) : "";
     return fault ? std::nullopt : std::make_optional(value);
 }
 

@@ -3,22 +3,34 @@
 #include <list>
 #include <string>
 
-#include "framework_service/store_path.h"
+#include "command/document_fault.h"
+#include "command/exit_code.h"
 
-inline constexpr char PSZ_NOTE[] = "note";
-inline constexpr char PSZ_WARNING[] = "warning";
-inline constexpr char PSZ_ERROR[] = "error";
+/// What a finding weighs; the heaviest come first, and the heaviest of all decides the exit status.
+enum class EWeight { ERROR, WARNING, NOTE };
+
+struct CWeight {
+    const char* pszName;
+    enExitCode eExitCode;
+};
+
+/// One row for each weight, in their order.
+inline constexpr CWeight WEIGHTS[] = {
+    {"error", EXIT_REFUSED},
+    {"warning", EXIT_WARNED},
+    {"note", EXIT_DONE},
+};
+
+inline const CWeight& RowOf(EWeight eWeight) {
+    return WEIGHTS[static_cast<int>(eWeight)];
+}
 
 struct CFinding {
-    const char* pszSeverity;
-    std::string strDocument;
-    std::string strText;
+    EWeight eWeight;
+    std::string strDocument;  ///< its suffix in the store, as "Cluster", or its file
+    CDocumentFault fault;
 };
 
 using Findings = std::list<CFinding>;
-
-/// A document is called by its suffix in the store, as "Cluster".
-void Add(Findings& findings, const char* pszSeverity, const ORVA_STORE_NODE& node,
-         const std::string& strText);
 
 std::string Quoted(const std::string& strText);

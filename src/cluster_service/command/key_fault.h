@@ -2,12 +2,18 @@
 
 #include <json/value.h>
 
-#include <optional>
 #include <string>
+#include <vector>
 
+#include "command/document_fault.h"
 #include "framework_service/document_keys.h"
 
-/// The first required key that the text of a document, with this root, lacks or has with another
-/// type, and its place; nothing if there is none.
-std::optional<std::string> FindKeyFault(const CDocumentKey& document, const std::string& strText,
-                                        const Json::Value& root);
+/// A key that is absent or has another type than its row says.
+struct CKeyFault {
+    EKeyNeed eNeed;
+    CDocumentFault fault;
+};
+
+/// Every such key of a document with this text and root; an optional one that is absent is none.
+std::vector<CKeyFault> FindKeyFaults(const CDocumentKey& document, const std::string& strText,
+                                     const Json::Value& root);

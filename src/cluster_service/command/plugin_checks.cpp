@@ -1,5 +1,6 @@
 #include <map>
 #include <set>
+#include <vector>
 
 #include "command/checks.h"
 #include "command/plugin_table.h"
@@ -34,30 +35,31 @@ void CheckContainerTypes(const CCheckedStore& store, Findings& findings) {
         return;
     }
     const std::set<std::string> knownTypes = KnownContainerTypes(store);
-    std::map<std::string, int> unknownTypes;
-    for (const CNode& node : store.nodeList) {
-        for (const std::string& strType : ContainersOf(node)) {
-            if (knownTypes.count(strType) == 0) {
-                ++unknownTypes[strType];
+    std::map<std::string, std::vector<CDocumentEntry>> unknownTypes;
+    for (const CCheckedNode& node : store.nodes) {
+        for (const CDocumentEntry& type : node.containerTypes) {
+            if (!TextOf(type).empty() && knownTypes.count(TextOf(type)) == 0) {
+                unknownTypes[TextOf(type)].push_back(type);
             }
         }
     }
-    for (const auto& [strType, iCount] : unknownTypes) {
-        Add(findings, PSZ_WARNING, STORE_NODE_CLUSTER,
-            "no plug-in knows the container type " + Quoted(strType) + ", which stands there " +
-                std::to_string(iCount) + " times");
+    for (const auto& [strType, entries] : unknownTypes) {
+        Add(findings, EWeight::WARNING, store.Get(STORE_NODE_CLUSTER), entries.front(),
+            "is " + Quoted(strType) + ", a container type that no plug-in knows; it stands there " +
+                std::to_string(entries.size()) + " times");
     }
 }
 
 void CheckPlugins(const CCheckedStore& store, Findings& findings) {
+    const auto add = [&findings](EWeight eWeight, const std::string& strWhat) {
+        findings.push_back({eWeight, PSZ_PLUGINS, {std::nullopt, "", strWhat}});
+    };
     for (const CPluginFile& file : store.pluginFiles) {
         for (const CLostClaim& claim : file.lost) {
-            findings.push_back(
-                {PSZ_WARNING, PSZ_PLUGINS, file.strFile + " loses " + LostText(claim)});
+            add(EWeight::WARNING, file.strFile + " loses " + LostText(claim));
         }
         if (!file.strFailure.empty()) {
-            findings.push_back(
-                {PSZ_ERROR, PSZ_PLUGINS, file.strFile + " is not loaded: " + file.strFailure});
+            add(EWeight::ERROR, file.strFile + " is not loaded: " + file.strFailure);
         }
     }
 }
