@@ -1,8 +1,10 @@
 #pragma once
 
-#include <list>
+#include <cstddef>
+#include <functional>
 #include <mutex>
 #include <string>
+#include <vector>
 
 #include "common_service/logger.h"
 
@@ -10,7 +12,10 @@
 /// thread. Trace lines are dropped.
 class CHeldLog : public Logger {
 public:
-    explicit CHeldLog(ORVA_LOG_LEVEL eLastLevel) : m_eLastLevel(eLastLevel) {}
+    /// What is kept of an operation that went well: all that it logged, or nothing.
+    enum class EKeep { ALL, FAILURES };
+
+    CHeldLog(ORVA_LOG_LEVEL eLastLevel, EKeep eKeep) : m_eLastLevel(eLastLevel), m_eKeep(eKeep) {}
 
     void writeOperLog(ORVA_LOG_LEVEL eLevel, const char* pszOperation, const char* pszFile,
                       int iLine, const char* pszFunction, const char* pszFormat, ...) override
@@ -20,6 +25,12 @@ public:
 
     /// Hands every line over, in order, and forgets it.
     void ReleaseTo(Logger& logger);
+
+    EKeep GetKeep() const { return m_eKeep; }
+
+    /// How many lines there are, and: forgets those behind the first uiCount.
+    std::size_t GetCount() const;
+    void ForgetBehind(std::size_t uiCount);
 
 private:
     struct CLine {
@@ -32,6 +43,14 @@ private:
     };
 
     const ORVA_LOG_LEVEL m_eLastLevel;
-    std::mutex m_mutex;
-    std::list<CLine> m_lines;  ///< guarded by m_mutex
+    const EKeep m_eKeep;
+    mutable std::mutex m_mutex;
+    std::vector<CLine> m_lines;  ///< guarded by m_mutex
 };
+
+/// The log in force, if it is a held one that keeps failures alone; else null.
+CHeldLog* LogOfFailures();
+
+/// Runs one operation and returns its code. Where only failures are kept, an operation that answers
+/// 0 leaves no line behind: the log that a failed command shows begins at what failed.
+int RunLogged(const std::function<int()>& operation);

@@ -3,6 +3,7 @@
 #include <filesystem>
 #include <memory>
 
+#include "reference_host/code_text.h"
 #include "reference_host/sqlite_store.h"
 
 CUndoFile::~CUndoFile() {
@@ -32,5 +33,5 @@ std::string CUndoFile::Write(const std::vector<CStagedChange>& changes) {
         texts.push_back({change.strPath, change.before.value_or("")});
     }
     const int iCode = pStore->Commit({}, texts);
-    return iCode == 0 ? "" : "code " + std::to_string(iCode);
+    return iCode == 0 ? "" : CodeText(iCode);
 }
