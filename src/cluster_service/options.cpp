@@ -9,6 +9,7 @@
 #include "command/exit_code.h"
 #include "command/open_store.h"
 #include "command/store_document.h"
+#include "reference_host/shown_text.h"
 
 namespace {
 
@@ -147,12 +148,19 @@ void AddDocumentCommands(CLI::App& app, COptions& options) {
 }
 
 void AddLookCommands(CLI::App& app, const std::vector<std::string>& subjects, COptions& options) {
-    app.add_subcommand("check",
-                       "Reads every document of the store and reports what is wrong with them.")
-        ->footer(
-            "Changes nothing. An \"error\" makes a load fail or a document useless, a "
-            "\"warning\" makes it\ngo another way than its author meant. Notes, such as on "
-            "an absent document, are printed\nand do not count.");
+    CLI::App* pCheck =
+        app.add_subcommand("check", "Reads every document and reports what is wrong with them.");
+    pCheck
+        ->add_option("DIR", options.strDir,
+                     "a folder: its files are checked as if the store held them, and the store's "
+                     "own documents where a file is missing")
+        ->check(CLI::ExistingDirectory)
+        ->type_name("");
+    AddJson(*pCheck, options, "as JSON instead of a table");
+    pCheck->footer(
+        "Changes nothing. An \"error\" makes a load fail or a document useless, a \"warning\" "
+        "makes it\ngo another way than its author meant. Notes, such as on an absent document, "
+        "are printed\nand do not count.");
 
     CLI::App* pShow = app.add_subcommand(
         "show", "Loads plug-ins, configuration and cluster as a service does, and shows them.");
@@ -185,10 +193,40 @@ void AddChangeCommands(CLI::App& app, COptions& options) {
         "Ports and\ntokens stay with their places.");
 }
 
+void AddPlayCommand(CLI::App& app, COptions& options) {
+    CLI::App* pPlay = app.add_subcommand(
+        "play", "Runs the cluster by a file of inputs, each at its time, and tells what happens.");
+    pPlay->add_option("FILE", options.strFile, "a story or a journal: JSON lines")
+        ->required()
+        ->check(CLI::ExistingFile)
+        ->type_name("");
+    pPlay->add_flag("--dry-run", options.bDryRun, "leave the store as it is");
+    AddJson(*pPlay, options, "a JSON line for each event, answer and table");
+    pPlay->add_option("--journal", options.strJournal, "write what is played to this new file")
+        ->check(CLI::NonexistentPath)
+        ->type_name("FILE");
+    pPlay
+        ->add_option("--journal-bytes", options.ullJournalBytes,
+                     "when the journal has grown so far, go on in FILE.2, FILE.3, ...")
+        ->capture_default_str()
+        ->type_name("N");
+    pPlay->footer(
+        "Loads the cluster as a service does, under the time of the first line, and lets every "
+        "second pass.\nA line is an input, or says what has to have happened by then: what has not "
+        "is told, and the\nexit status is 1. Nothing is asked; the documents change as they would "
+        "under a service.\n\n"
+        "  # any morning\n"
+        "  {\"story\":1, \"day\":\"2026-03-04\"}\n"
+        "  {\"time\":\"06:00:00\", \"input\":\"node_report\", \"node\":\"n1\", \"every\":30, "
+        "\"until\":\"07:00:00\"}\n"
+        "  {\"time\":\"07:02:00\", \"expect\":{\"event\":\"offline\", \"node\":\"n1\"}}");
+}
+
 void AddCommands(CLI::App& app, const std::vector<std::string>& subjects, COptions& options) {
     AddDocumentCommands(app, options);
     AddLookCommands(app, subjects, options);
     AddChangeCommands(app, options);
+    AddPlayCommand(app, options);
     for (CLI::App* pCommand : app.get_subcommands({})) {
         pCommand->footer(pCommand->get_footer() + PSZ_SUBCOMMAND_FOOTER);
         pCommand->fallthrough();
@@ -210,7 +248,7 @@ int ExplainUsage(const CLI::App& app, const CLI::ParseError& error) {
     if (error.get_exit_code() == 0 || strWord.empty()) {
         return app.exit(error) == 0 ? EXIT_DONE : EXIT_COULD_NOT;
     }
-    std::cerr << "\"" << strWord << "\" is no command\n"
+    std::cerr << "\"" << ShownText(strWord) << "\" is no command\n"
               << "cluster_service --help lists the commands\n";
     return EXIT_COULD_NOT;
 }
@@ -227,6 +265,9 @@ bool ParseOptions(int argc, char** argv, const std::vector<std::string>& subject
     app.allow_config_extras(CLI::config_extras_mode::error);
     app.require_subcommand(1);
     app.footer(ExitCodeTable());
+    app.failure_message([](const CLI::App*, const CLI::Error& error) {
+        return ShownText(error.what()) + "\ncluster_service --help lists commands and options\n";
+    });
     AddGlobalOptions(app, options);
     AddCommands(app, subjects, options);
     try {

@@ -8,14 +8,17 @@
 /// What the command line and the configuration file ask for.
 struct COptions {
     std::string strCommand;
-    std::string strDir;            ///< of import, diff and export
+    std::string strDir;            ///< of import, diff, export and check
     std::string strSubject;        ///< of show; all when empty
-    bool bJson = false;            ///< of show and of the commands that show a difference
+    bool bJson = false;            ///< of show, check, play and the commands that show a difference
     std::string strNodeId;         ///< of remove and promote
     std::string strContainerType;  ///< of remove
     bool bYes = false;             ///< of the commands that change the store, as the next two
-    bool bDryRun = false;
+    bool bDryRun = false;          ///< of play too
     std::string strUndoFile;
+    std::string strFile;     ///< of play, as the next
+    std::string strJournal;  ///< a new file; none when empty
+    uint64_t ullJournalBytes = 64U << 20U;
 
     std::string strStore = "sqlite:cluster_service.db";
     std::string strClusterCode = "Main";

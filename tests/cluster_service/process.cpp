@@ -1,6 +1,7 @@
 #include "process.h"
 
 #include <fcntl.h>
+#include <poll.h>
 #include <sys/wait.h>
 #include <unistd.h>
 
@@ -11,6 +12,7 @@
 #include <cstdlib>
 #include <cstring>
 #include <fstream>
+#include <functional>
 #include <sstream>
 #include <stdexcept>
 #include <thread>
@@ -60,13 +62,32 @@ public:
 
     const std::string& GetName() const { return m_strName; }
 
+    /// What has come to be shown since the last call.
+    std::string TakeShown() const {
+        std::string strShown;
+        char szBuffer[4096];
+        while (IsSomethingShown()) {
+            const ssize_t count = read(m_iMaster, szBuffer, sizeof szBuffer);
+            if (count <= 0) {
+                break;
+            }
+            strShown.append(szBuffer, static_cast<std::size_t>(count));
+        }
+        return strShown;
+    }
+
 private:
+    bool IsSomethingShown() const {
+        pollfd shown{m_iMaster, POLLIN, 0};
+        return poll(&shown, 1, 0) > 0;
+    }
+
     const int m_iMaster;
     int m_iSlave = -1;
     std::string m_strName;
 };
 
-int AwaitEnd(pid_t iProcess) {
+int AwaitEnd(pid_t iProcess, const std::function<void()>& meanwhile) {
     const auto deadline = std::chrono::steady_clock::now() + DEADLINE;
     int iStatus = 0;
     while (waitpid(iProcess, &iStatus, WNOHANG) == 0) {
@@ -75,8 +96,10 @@ int AwaitEnd(pid_t iProcess) {
             waitpid(iProcess, &iStatus, 0);
             throw std::runtime_error("the program did not end");
         }
+        meanwhile();
         std::this_thread::sleep_for(PAUSE);
     }
+    meanwhile();
     return WIFEXITED(iStatus) ? WEXITSTATUS(iStatus) : -1;
 }
 
@@ -85,8 +108,8 @@ int AwaitEnd(pid_t iProcess) {
 CProcessResult RunProcess(const std::string& strProgram, const std::vector<std::string>& arguments,
                           const std::string& strFolder, const std::optional<CTerminal>& terminal) {
     const CTempDir dir;
-    const std::string strOutput = dir.File("output");
-    const std::string strErrors = dir.File("errors");
+    std::string strOutput = dir.File("output");
+    std::string strErrors = dir.File("errors");
     std::vector<std::string> words{strProgram};
     words.insert(words.end(), arguments.begin(), arguments.end());
     std::vector<char*> argv;
@@ -101,12 +124,16 @@ CProcessResult RunProcess(const std::string& strProgram, const std::vector<std::
         pseudoTerminal.emplace(terminal->strTyped);
         strInput = pseudoTerminal->GetName();
     }
+    const bool bShows = terminal && terminal->bShows;
+    if (bShows) {
+        strOutput = strErrors = strInput;
+    }
     const pid_t iProcess = fork();
     if (iProcess < 0) {
         throw std::runtime_error(std::strerror(errno));
     }
     if (iProcess == 0) {
-        const int iWrite = O_WRONLY | O_CREAT | O_TRUNC;
+        const int iWrite = O_WRONLY | O_CREAT | O_TRUNC | O_NOCTTY;
         if (chdir(strFolder.c_str()) == 0 &&
             Redirect(STDIN_FILENO, strInput.c_str(), O_RDONLY | O_NOCTTY) &&
             Redirect(STDOUT_FILENO, strOutput.c_str(), iWrite) &&
@@ -116,11 +143,16 @@ CProcessResult RunProcess(const std::string& strProgram, const std::vector<std::
         _exit(EXIT_NOT_STARTED);
     }
     CProcessResult result;
-    result.iExitCode = AwaitEnd(iProcess);
+    std::string strShown;
+    result.iExitCode = AwaitEnd(iProcess, [&] {
+        if (bShows) {
+            strShown += pseudoTerminal->TakeShown();
+        }
+    });
     if (result.iExitCode == EXIT_NOT_STARTED) {
         throw std::runtime_error("cannot start " + strProgram);
     }
-    result.strOutput = TextOf(strOutput);
-    result.strErrors = TextOf(strErrors);
+    result.strOutput = bShows ? strShown : TextOf(strOutput);
+    result.strErrors = bShows ? "" : TextOf(strErrors);
     return result;
 }

@@ -11,13 +11,16 @@ struct CProcessResult {
     std::string strErrors;
 };
 
-/// What the program finds on its standard input: nothing, or a terminal on which this is typed.
+/// A terminal on the program's standard input, on which this is typed; one that shows is its output
+/// and its errors too, and strOutput is then all that the terminal got.
 struct CTerminal {
     std::string strTyped;
+    bool bShows = false;
 };
 
-/// Runs a program with these arguments in the folder and waits for its end. Throws when it cannot
-/// be started, or runs for more than half a minute: it is killed then.
+/// Runs a program with these arguments in the folder and waits for its end. Without a terminal its
+/// standard input is empty. Throws when it cannot be started, or runs for more than half a minute:
+/// it is killed then.
 CProcessResult RunProcess(const std::string& strProgram, const std::vector<std::string>& arguments,
                           const std::string& strFolder,
                           const std::optional<CTerminal>& terminal = std::nullopt);

@@ -72,12 +72,12 @@ std::string DatabaseText(const std::string& strMaster, const std::vector<std::st
 }
 
 CProcessResult CServiceTest::Run(const std::vector<std::string>& arguments) const {
-    return RunOn("sqlite:" + File("store.db"), arguments);
+    return RunOn("sqlite:store.db", arguments);
 }
 
 CProcessResult CServiceTest::RunTyping(const std::string& strTyped,
                                        const std::vector<std::string>& arguments) const {
-    return RunOn("sqlite:" + File("store.db"), arguments, CTerminal{strTyped});
+    return RunOn("sqlite:store.db", arguments, CTerminal{strTyped});
 }
 
 CProcessResult CServiceTest::RunOn(const std::string& strStore,

@@ -12,7 +12,9 @@ bool Confirm(const std::string& strQuestion, std::ostream& errors) {
     }
     errors << strQuestion << " [y/N] " << std::flush;
     std::string strAnswer;
-    std::getline(std::cin, strAnswer);
+    if (errors) {
+        std::getline(std::cin, strAnswer);
+    }
     if (strAnswer == "y" || strAnswer == "yes") {
         return true;
     }

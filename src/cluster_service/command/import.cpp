@@ -1,7 +1,6 @@
 #include "command/import.h"
 
 #include <filesystem>
-#include <fstream>
 #include <optional>
 #include <utility>
 #include <vector>
@@ -27,39 +26,26 @@ struct CImportText {
 
 using CImportTexts = std::vector<CImportText>;
 
-/// Reads one character more than a document may have: enough to see that it is too long.
-bool ReadFile(const std::string& strFile, unsigned int uiMaxSize, std::string& strText) {
-    std::error_code error;
-    if (!fs::is_regular_file(strFile, error)) {
-        return false;  // anything else may have no end
-    }
-    std::ifstream stream(strFile, std::ios::binary);
-    strText.resize(uiMaxSize + std::size_t{1});
-    stream.read(strText.data(), static_cast<std::streamsize>(strText.size()));
-    strText.resize(static_cast<std::size_t>(stream.gcount()));
-    return stream.is_open() && !stream.bad();
-}
-
 /// Collects the texts of the files that are there and good. Says what is wrong with the others.
 int CollectFolder(const std::string& strDir, CImportTexts& texts, std::ostream& output,
                   std::ostream& errors) {
     int iResult = EXIT_DONE;
     for (const CStoreDocument& document : StoreDocuments()) {
         const std::string strFile = DocumentFile(strDir, document);
-        std::error_code error;
-        if (!fs::exists(strFile, error) && !error) {
+        if (!IsThere(strFile)) {
             output << ShownText(strFile) << ": no such file, " << ShownText(StorePath(document))
                    << " stays as it is\n";
             continue;
         }
         std::string strText;
-        if (!ReadFile(strFile, document.GetMaxSize(), strText)) {
-            errors << ShownText(strFile) << ": cannot be read\n";
+        const std::string strError = ReadTextFile(strFile, document.GetMaxSize(), strText);
+        if (!strError.empty()) {
+            errors << ShownText(strFile) << ": cannot be read: " << strError << '\n';
             iResult = EXIT_COULD_NOT;
             continue;
         }
-        if (const auto fault = FindFault(document, strText)) {
-            errors << ShownText(strFile) << ": " << ShownText(*fault) << '\n';
+        if (const auto fault = FindRefusal(document, strText)) {
+            errors << ShownText(strFile) << ": " << ShownText(TextOf(*fault)) << '\n';
             iResult = iResult == EXIT_DONE ? EXIT_REFUSED : iResult;
         }
         texts.push_back({&document, strFile, std::move(strText)});
@@ -109,12 +95,16 @@ std::string ReplacementQuestion(const std::vector<CStagedChange>& changes) {
     return strReplaced.empty() ? "" : "Replace what the store holds otherwise:" + strReplaced + "?";
 }
 
-void ReportImport(const CImportTexts& texts, bool bKept, std::ostream& output) {
+void ReportImport(const CImportTexts& texts, bool bKept, const std::string& strPlace,
+                  std::ostream& output) {
     for (const CImportText& text : texts) {
         output << ShownText(text.strFrom)
                << (bKept ? ": imported to " : ": good, and kept nowhere: ")
                << ShownText(StorePath(*text.pDocument)) << ", " << text.strText.size()
                << " of at most " << text.pDocument->GetMaxSize() << " bytes\n";
+    }
+    if (bKept) {
+        output << strPlace << " holds them now\n";
     }
 }
 
@@ -137,6 +127,6 @@ int Import(CStage& stage, const std::string& strFrom, bool bKept, const CChangeO
     change.workOut = [&] { return PutOnStage(stage, texts, errors) ? EXIT_DONE : EXIT_COULD_NOT; };
     change.question = [&] { return ReplacementQuestion(stage.GetChanges()); };
     change.isAskedFor = [](const std::string&) { return true; };
-    change.report = [&] { ReportImport(texts, bKept, output); };
+    change.report = [&] { ReportImport(texts, bKept, options.strPlace, output); };
     return CarryOut(stage, change, options, output, errors);
 }

@@ -42,15 +42,39 @@ std::string CheckServers(const std::string& strServers) {
     return "";
 }
 
+std::string FindFileDamage(const std::string& strFile) {
+    return CSqliteStore::FindDamage(strFile);
+}
+
+/// Stands for a file that is too damaged to be opened, and hands out nothing.
+class CDamagedStore : public IStore {
+public:
+    int Read(const std::string&, StoreWatcher, CStoreAnswer&) override { return CODE_DAMAGED; }
+    int Write(const std::string&, const std::string&) override { return CODE_DAMAGED; }
+
+private:
+    static constexpr int CODE_DAMAGED = 11;  ///< SQLite's SQLITE_CORRUPT
+};
+
 std::shared_ptr<IStore> OpenFile(const std::string& strFile, EOpenStore eOpen,
                                  std::string& strError) {
     std::error_code error;
-    if (eOpen != EOpenStore::TO_CREATE && !std::filesystem::exists(strFile, error)) {
+    const bool bThere = std::filesystem::exists(strFile, error);
+    const bool bMayBeMissing = eOpen == EOpenStore::TO_CREATE || eOpen == EOpenStore::TO_FORESEE;
+    if (!bThere && !bMayBeMissing) {
         strError = "no such file";
         return nullptr;
     }
-    return eOpen == EOpenStore::TO_READ ? CSqliteStore::OpenReadOnly(strFile, strError)
-                                        : CSqliteStore::Open(strFile, strError);
+    const bool bLooksOnly = eOpen == EOpenStore::TO_READ || eOpen == EOpenStore::TO_CHECK ||
+                            (eOpen == EOpenStore::TO_FORESEE && bThere);
+    if (!bLooksOnly) {
+        return CSqliteStore::Open(strFile, strError);
+    }
+    std::shared_ptr<IStore> pStore = CSqliteStore::OpenReadOnly(strFile, strError);
+    if (pStore == nullptr && eOpen == EOpenStore::TO_CHECK && !FindFileDamage(strFile).empty()) {
+        pStore = std::make_shared<CDamagedStore>();
+    }
+    return pStore;
 }
 
 std::shared_ptr<IStore> OpenServers(const std::string& strServers, EOpenStore, std::string&) {
@@ -63,18 +87,23 @@ std::shared_ptr<IStore> OpenMemory(const std::string&, EOpenStore, std::string&)
     return std::make_shared<CMemoryStore>();
 }
 
+std::string FindNoDamage(const std::string&) {
+    return "";
+}
+
 struct CStoreKind {
     const char* pszPrefix;
     std::string (*pCheck)(const std::string& strRest);
     std::shared_ptr<IStore> (*pOpen)(const std::string& strRest, EOpenStore eOpen,
                                      std::string& strError);
+    std::string (*pFindDamage)(const std::string& strRest);
     bool bKept;
 };
 
 constexpr CStoreKind STORE_KINDS[] = {
-    {"sqlite:", CheckFile, OpenFile, true},
-    {"zookeeper:", CheckServers, OpenServers, true},
-    {"memory", CheckNothing, OpenMemory, false},
+    {"sqlite:", CheckFile, OpenFile, FindFileDamage, true},
+    {"zookeeper:", CheckServers, OpenServers, FindNoDamage, true},
+    {"memory", CheckNothing, OpenMemory, FindNoDamage, false},
 };
 
 /// The kind of a name, null if there is none; strRest is what follows its prefix.
@@ -115,4 +144,10 @@ bool IsStoreKept(const std::string& strName) {
     std::string strRest;
     const CStoreKind* pKind = FindKind(strName, strRest);
     return pKind != nullptr && pKind->bKept;
+}
+
+std::string FindStoreDamage(const std::string& strName) {
+    std::string strRest;
+    const CStoreKind* pKind = FindKind(strName, strRest);
+    return pKind == nullptr ? "" : pKind->pFindDamage(strRest);
 }

@@ -4,9 +4,11 @@
 #include <list>
 
 #include "command/exit_code.h"
+#include "command/held_log.h"
 #include "command/joined.h"
 #include "command/load.h"
 #include "framework_service/framework_common.h"
+#include "reference_host/code_text.h"
 
 namespace {
 
@@ -24,9 +26,9 @@ std::string DatabaseText(const CClusterDBZNodeInfo& document) {
 
 /// Says why the node cannot be promoted. Can it?
 bool IsPromotable(const CClusterDBZNodeInfo& document, const std::string& strNodeId,
-                  std::ostream& errors) {
+                  const std::string& strPlace, std::ostream& errors) {
     if (document.GetMasterDB().GetNodeId().empty()) {
-        errors << "the store holds no centre database\n";
+        errors << strPlace << " holds no centre database\n";
         return false;
     }
     if (document.IsMasterDB(strNodeId)) {
@@ -67,7 +69,7 @@ int Promote(CStage& stage, const std::string& strNodeId, const CChangeOptions& o
         if (!LoadDatabase(errors)) {
             return EXIT_COULD_NOT;
         }
-        if (!IsPromotable(database, strNodeId, errors)) {
+        if (!IsPromotable(database, strNodeId, options.strPlace, errors)) {
             return EXIT_REFUSED;
         }
         strFormerMaster = database.GetMasterDB().GetNodeId();
@@ -75,10 +77,10 @@ int Promote(CStage& stage, const std::string& strNodeId, const CChangeOptions& o
         database.GetCDBInfo(strNodeId, promoted);
         promoted.SetDBType(CLUSTER_DB_MASTER);
         stage.BeginChange();
-        const int iCode = CFrameworkCommon::Instance().UpdateClusterCDB(promoted, true);
+        const int iCode = RunLogged(
+            [&] { return CFrameworkCommon::Instance().UpdateClusterCDB(promoted, true); });
         if (iCode != ORVA_SUCCEED) {
-            errors << "the promotion did not reach the store: code " << iCode
-                   << ", the log says why\n";
+            errors << "the promotion did not reach the store: " << CodeText(iCode) << '\n';
             return EXIT_COULD_NOT;
         }
         return EXIT_DONE;
@@ -96,6 +98,8 @@ int Promote(CStage& stage, const std::string& strNodeId, const CChangeOptions& o
         return endsWith(std::string(".") + PSZ_CLUSTER_DB_NODE) ||
                endsWith(std::string(".") + PSZ_CLUSTER_DB_IP);
     };
-    change.report = [&] { output << "the store holds " << DatabaseText(database) << '\n'; };
+    change.report = [&] {
+        output << options.strPlace << " holds " << DatabaseText(database) << '\n';
+    };
     return CarryOut(stage, change, options, output, errors);
 }

@@ -8,6 +8,7 @@
 
 #include "command/cluster_text.h"
 #include "command/exit_code.h"
+#include "command/held_log.h"
 #include "command/joined.h"
 #include "command/load.h"
 #include "command/store_document.h"
@@ -34,18 +35,19 @@ bool ReadCluster(Json::Value& cluster, std::ostream& errors) {
     const auto fault =
         stored.strText.empty() ? std::nullopt : ParseStrictJson(stored.strText, cluster);
     if (fault) {
-        errors << StorePath(document) << ": " << *fault << '\n';
+        errors << ShownText(StorePath(document)) << ": " << ShownText(TextOf(*fault)) << '\n';
     }
     return !fault;
 }
 
 /// Says why the container cannot be removed. Can it?
 bool IsRemovable(const Json::Value& cluster, const std::string& strNodeId,
-                 const std::string& strContainerType, std::ostream& errors) {
+                 const std::string& strContainerType, const std::string& strPlace,
+                 std::ostream& errors) {
     const std::list<std::string> nodeIds = NodeIdsOf(cluster);
     if (!Contains(nodeIds, strNodeId)) {
-        errors << "no node \"" << ShownText(strNodeId)
-               << "\" in the cluster; the nodes: " << Joined(nodeIds) << '\n';
+        errors << "no node \"" << ShownText(strNodeId) << "\" in " << strPlace
+               << "; the nodes: " << Joined(nodeIds) << '\n';
         return false;
     }
     if (std::count(nodeIds.begin(), nodeIds.end(), strNodeId) > 1) {
@@ -82,12 +84,13 @@ std::string RemovalQuestion(const Json::Value& cluster, const std::string& strNo
     return strQuestion + "?";
 }
 
-void PrintNode(const Json::Value& cluster, const std::string& strNodeId, std::ostream& output) {
+void PrintNode(const Json::Value& cluster, const std::string& strNodeId,
+               const std::string& strPlace, std::ostream& output) {
     if (Contains(NodeIdsOf(cluster), strNodeId)) {
-        output << "the store holds node " << ShownText(strNodeId)
+        output << strPlace << " holds node " << ShownText(strNodeId)
                << " with: " << Joined(ContainersOf(cluster, strNodeId)) << '\n';
     } else {
-        output << "the store holds node " << ShownText(strNodeId) << " no longer\n";
+        output << strPlace << " holds node " << ShownText(strNodeId) << " no longer\n";
     }
 }
 
@@ -104,13 +107,17 @@ int Remove(CStage& stage, const std::string& strNodeId, const std::string& strCo
         if (!LoadCluster(errors) || !ReadCluster(cluster, errors)) {
             return EXIT_COULD_NOT;
         }
-        if (!IsRemovable(cluster, strNodeId, strContainerType, errors)) {
+        if (!IsRemovable(cluster, strNodeId, strContainerType, options.strPlace, errors)) {
             return EXIT_REFUSED;
         }
         stage.BeginChange();
-        CFrameworkCommon::Instance().RemoveNodeContainerAndFlush(strNodeId, strContainerType);
-        if (stage.GetChanges().empty()) {
-            errors << "the removal did not reach the store, the log says why\n";
+        const int iCode = RunLogged([&] {
+            CFrameworkCommon::Instance().RemoveNodeContainerAndFlush(strNodeId, strContainerType);
+            return stage.GetChanges().empty() ? ORVA_FAIL : ORVA_SUCCEED;
+        });
+        if (iCode != ORVA_SUCCEED) {
+            errors << "the removal did not reach the store: written anew, the document would be "
+                   << "longer than " << FindDocument(STORE_NODE_CLUSTER).GetMaxSize() << " bytes\n";
             return EXIT_COULD_NOT;
         }
         return EXIT_DONE;
@@ -122,7 +129,7 @@ int Remove(CStage& stage, const std::string& strNodeId, const std::string& strCo
     };
     change.report = [&] {
         if (ReadCluster(cluster, errors)) {
-            PrintNode(cluster, strNodeId, output);
+            PrintNode(cluster, strNodeId, options.strPlace, output);
         }
     };
     return CarryOut(stage, change, options, output, errors);

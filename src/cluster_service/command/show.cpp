@@ -4,6 +4,7 @@
 
 #include <algorithm>
 #include <list>
+#include <map>
 #include <utility>
 
 #include "command/exit_code.h"
@@ -172,27 +173,55 @@ CTable VersionTable() {
                                     });
 }
 
-/// Null for what the load of the service brings with it.
 using Loader = bool (*)(std::ostream& errors);
 
+/// A table, what must have loaded for it to be shown, and what belongs to it beside that; null for
+/// nothing. A table without what is beside it shows what holds then.
 struct CSubject {
     const char* pszName;
     CTable (*pTable)();
     Loader pLoad = nullptr;
+    Loader pLoadBeside = nullptr;
 };
 
 constexpr char PSZ_PLUGINS[] = "plugins";
 
 constexpr CSubject SUBJECTS[] = {
-    {"nodes", NodeTable},
-    {"containers", ContainerTable},
+    {"nodes", NodeTable, LoadNodes},
+    {"containers", ContainerTable, LoadNodes, LoadCloudStorage},
     {PSZ_PLUGINS, PluginTable},
-    {"config", ConfigTable},
+    {"config", ConfigTable, LoadClusterConfig, LoadNodes},
     {"cg", CgTable, LoadCgList},
     {"database", DatabaseTable, LoadDatabase},
     {"manager", ManagerTable, LoadManager},
     {"tasks", TaskTable, LoadTasks},
     {"versions", VersionTable, LoadVersions},
+};
+
+/// Loads what subjects need, once each.
+class CLoads {
+public:
+    explicit CLoads(std::ostream& errors) : m_errors(errors) {}
+
+    /// Is it there?
+    bool Load(Loader pLoad) {
+        if (pLoad == nullptr) {
+            return true;
+        }
+        const auto [it, bNew] = m_loads.try_emplace(pLoad, false);
+        if (bNew) {
+            it->second = pLoad(m_errors);
+            m_bAllGood = m_bAllGood && it->second;
+        }
+        return it->second;
+    }
+
+    bool IsAllGood() const { return m_bAllGood; }
+
+private:
+    std::ostream& m_errors;
+    std::map<Loader, bool> m_loads;
+    bool m_bAllGood = true;
 };
 
 void PrintText(const std::list<CTable>& tables, std::ostream& output) {
@@ -242,19 +271,22 @@ int Show(const std::string& strSubject, bool bJson, std::ostream& output, std::o
     if (strSubject == PSZ_PLUGINS) {
         return ShowPlugins(bJson, output, errors);
     }
-    if (!LoadService(errors)) {
+    if (!LoadPlugins(errors)) {
         return EXIT_COULD_NOT;
     }
+    CLoads loads(errors);
     std::list<CTable> tables;
     for (const CSubject& subject : SUBJECTS) {
         if (!strSubject.empty() && strSubject != subject.pszName) {
             continue;
         }
-        if (subject.pLoad != nullptr && !subject.pLoad(errors)) {
-            return EXIT_COULD_NOT;
+        if (!loads.Load(subject.pLoad)) {
+            errors << subject.pszName << ": not shown\n";
+            continue;
         }
+        loads.Load(subject.pLoadBeside);
         tables.push_back(subject.pTable());
     }
     Print(tables, bJson, output);
-    return EXIT_DONE;
+    return loads.IsAllGood() ? EXIT_DONE : EXIT_COULD_NOT;
 }

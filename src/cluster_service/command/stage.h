@@ -22,13 +22,16 @@ struct CStagedChange {
 /// nothing has happened yet. CommitChanges then writes the changed texts, all or none, if what the
 /// change was computed from is still so. Callable from any thread, as a store is. Watchers are
 /// never called.
-class CStage : public IStore {
+class CStage : public IStore, public std::enable_shared_from_this<CStage> {
 public:
     explicit CStage(std::shared_ptr<IStore> pStore);
 
     int Read(const std::string& strPath, StoreWatcher pWatcher, CStoreAnswer& answer) override;
     int Write(const std::string& strPath, const std::string& strText) override;
     int List(const std::string& strPath, std::vector<std::string>& children) override;
+
+    /// The store behind it, for who writes at once.
+    const std::shared_ptr<IStore>& GetStore() const { return m_pStore; }
 
     /// Forgets all that was read and written: the next read is of the store as it is then.
     void Restart();

@@ -12,6 +12,7 @@
 #include "command/exit_code.h"
 #include "command/held_log.h"
 #include "command/undo_file.h"
+#include "reference_host/code_text.h"
 #include "reference_host/shown_text.h"
 
 namespace {
@@ -35,7 +36,8 @@ public:
 
 private:
     Logger* const m_pLogger = OMAdapter::getInstance().getLogger();
-    CHeldLog m_held{ORVALOG_DEBUG};
+    CHeldLog m_held{ORVALOG_DEBUG,
+                    LogOfFailures() != nullptr ? CHeldLog::EKeep::FAILURES : CHeldLog::EKeep::ALL};
 };
 
 void ShowDifference(const std::vector<CDocumentDifference>& differences, bool bJson,
@@ -54,10 +56,10 @@ void ShowDifference(const std::vector<CDocumentDifference>& differences, bool bJ
 }
 
 /// Says what somebody else has changed. False when that could not be read.
-bool SayWhatMovedOn(CStage& stage, std::ostream& errors) {
+bool SayWhatMovedOn(CStage& stage, const std::string& strPlace, std::ostream& errors) {
     std::vector<CStagedChange> changes;
     const int iCode = stage.FindForeignChanges(changes);
-    errors << "the store has changed meanwhile, nothing was written:\n";
+    errors << strPlace << " has changed meanwhile, nothing was written:\n";
     for (const CStagedChange& foreign : changes) {
         Print(FindDifference(foreign, [](const std::string&) { return true; }), errors);
     }
@@ -65,16 +67,16 @@ bool SayWhatMovedOn(CStage& stage, std::ostream& errors) {
 }
 
 /// What a commit's code means for the command; a failure is said.
-int ExitCodeOf(int iCode, std::ostream& errors) {
+int ExitCodeOf(int iCode, const std::string& strPlace, std::ostream& errors) {
     if (iCode == 0) {
         return EXIT_DONE;
     }
     if (iCode == STORE_OUTCOME_UNKNOWN) {
-        errors << "the store was asked and did not answer: whether it holds the change is not "
-                  "known\n";
+        errors << "asked and not answered: whether " << strPlace
+               << " holds the change is not known\n";
         return EXIT_NOT_KNOWN;
     }
-    errors << "the change did not reach the store: code " << iCode << ", the log says why\n";
+    errors << "the change did not reach " << strPlace << ": " << CodeText(iCode) << '\n';
     return EXIT_COULD_NOT;
 }
 
@@ -112,7 +114,7 @@ private:
         }
         const std::vector<CStagedChange> changes = m_stage.GetChanges();
         if (changes.empty()) {
-            m_output << "nothing to change\n";
+            m_output << "nothing to change in " << m_options.strPlace << '\n';
             return EXIT_DONE;
         }
         std::vector<CDocumentDifference> differences;
@@ -126,7 +128,7 @@ private:
         if (m_options.bDryRun) {
             return EXIT_WOULD_CHANGE;
         }
-        const bool bGoOn = !bAsk || Confirm(strQuestion, m_errors);
+        const bool bGoOn = !bAsk || Confirm(m_options.strPlace + ": " + strQuestion, m_errors);
         return bGoOn ? std::nullopt : std::make_optional<int>(EXIT_REFUSED);
     }
 
@@ -139,13 +141,14 @@ private:
         }
         const int iCode = m_stage.CommitChanges();
         if (iCode == STORE_CONDITION_FAILED) {
-            return SayWhatMovedOn(m_stage, m_errors) ? std::nullopt
-                                                     : std::make_optional<int>(EXIT_COULD_NOT);
+            return SayWhatMovedOn(m_stage, m_options.strPlace, m_errors)
+                       ? std::nullopt
+                       : std::make_optional<int>(EXIT_COULD_NOT);
         }
         if (iCode == 0 || iCode == STORE_OUTCOME_UNKNOWN) {
             undo.Keep();
         }
-        return ExitCodeOf(iCode, m_errors);
+        return ExitCodeOf(iCode, m_options.strPlace, m_errors);
     }
 
     CStage& m_stage;
@@ -165,6 +168,7 @@ int CarryOut(CStage& stage, const CPlannedChange& change, const CChangeOptions& 
             return *result;
         }
     }
-    errors << "given up after " << NUMERIC_MAX_TRIES << " tries: the store changes all the time\n";
+    errors << "given up after " << NUMERIC_MAX_TRIES << " tries: " << options.strPlace
+           << " changes all the time\n";
     return EXIT_COULD_NOT;
 }

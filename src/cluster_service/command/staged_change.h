@@ -12,6 +12,7 @@ struct CChangeOptions {
     bool bDryRun = false;     ///< show the difference and change nothing
     bool bJson = false;       ///< show it for programs
     std::string strUndoFile;  ///< a new store file that keeps the former texts; none when empty
+    std::string strPlace = "the store";  ///< as a person is told it
 };
 
 /// A change as a command wants it.

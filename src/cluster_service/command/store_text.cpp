@@ -2,6 +2,8 @@
 
 #include "command/text_document.h"
 #include "common_service/oper_common.h"
+#include "reference_host/code_text.h"
+#include "reference_host/shown_text.h"
 #include "reference_host/store.h"
 
 CStoredText ReadFromStore(const CStoreDocument& document) {
@@ -20,8 +22,7 @@ CStoredText ReadFromStore(const CStoreDocument& document) {
 
 bool StoreAnswered(const CStoreDocument& document, int iCode, std::ostream& errors) {
     if (iCode != ORVA_SUCCEED) {
-        errors << StorePath(document) << ": the store answered code " << iCode
-               << ", the log says why\n";
+        errors << ShownText(StorePath(document)) << ": " << CodeText(iCode) << '\n';
     }
     return iCode == ORVA_SUCCEED;
 }

@@ -15,5 +15,5 @@ struct CStoredText {
 
 CStoredText ReadFromStore(const CStoreDocument& document);
 
-/// Says on the stream that the store failed with this code, unless it is 0. Is it?
+/// Says on the stream why the store failed, unless the code is 0. Is it?
 bool StoreAnswered(const CStoreDocument& document, int iCode, std::ostream& errors);
