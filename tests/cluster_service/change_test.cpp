@@ -55,7 +55,7 @@ TEST_F(Remove, ContainerLeavesItsNode) {
               "/CloudMain/Cluster\n"
               "  ClusterNode[\"n1\"].Container[\"MeroRecord\"]: was "
               "{\"ContainerType\":\"MeroRecord\"}, will be nothing\n"
-              "the store holds node n1 with: MeroImgDev\n");
+              "cluster Main in sqlite:store.db holds node n1 with: MeroImgDev\n");
     EXPECT_THAT(result.strErrors, IsEmpty());
     EXPECT_THAT(StoredContainers("n1"), ElementsAre("MeroImgDev"));
     EXPECT_THAT(StoredNodes(), ElementsAre("n1", "n2", "n3"));
@@ -66,10 +66,10 @@ TEST_F(Remove, LastContainerTakesItsNodeAlong) {
     const CProcessResult result = RunTyping("yes\n", {"remove", "n2", "MeroImgDev"});
     EXPECT_EQ(result.iExitCode, 0);
     EXPECT_THAT(result.strErrors, StartsWith("/CloudMain/Cluster\n  ClusterNode[\"n2\"]: was {"));
-    EXPECT_THAT(result.strErrors,
-                EndsWith("}, will be nothing\nRemove container MeroImgDev from node n2, and the "
-                         "node, since it is the last one? [y/N] "));
-    EXPECT_EQ(result.strOutput, "the store holds node n2 no longer\n");
+    EXPECT_THAT(result.strErrors, EndsWith("}, will be nothing\ncluster Main in sqlite:store.db: "
+                                           "Remove container MeroImgDev from node n2, and the "
+                                           "node, since it is the last one? [y/N] "));
+    EXPECT_EQ(result.strOutput, "cluster Main in sqlite:store.db holds node n2 no longer\n");
     EXPECT_THAT(StoredNodes(), ElementsAre("n1", "n3"));
 }
 
@@ -88,7 +88,7 @@ TEST_F(Remove, NodesWhoseStatusIsRewrittenAreToldBeforeAndAfter) {
                                              "  and, since the document is written anew:\n"));
     EXPECT_THAT(result.strErrors,
                 HasSubstr("  ClusterNode[\"n3\"].Status: was \"Normal\", will be \"Removed\"\n"));
-    EXPECT_EQ(result.strOutput, "the store holds node n1 with: B\n");
+    EXPECT_EQ(result.strOutput, "cluster Main in sqlite:store.db holds node n1 with: B\n");
 }
 
 /// A cluster near its limit whose characters take twice the room when the library writes them.
@@ -105,7 +105,9 @@ TEST_F(Remove, StoreThatDoesNotTakeTheChangeIsAFailure) {
     const CProcessResult result = Run({"remove", "n1", "A", "--yes"});
     EXPECT_EQ(result.iExitCode, 2);
     EXPECT_THAT(result.strOutput, IsEmpty());
-    EXPECT_THAT(result.strErrors, StartsWith("the removal did not reach the store"));
+    EXPECT_THAT(result.strErrors,
+                StartsWith("the removal did not reach the store: written anew, the document "
+                           "would be longer than 65535 bytes\n"));
     EXPECT_THAT(result.strErrors, HasSubstr("set cluster info into ZK fail."));
     EXPECT_THAT(Stored("/Cluster"), Optional(WideCluster()));
 }
@@ -120,7 +122,8 @@ TEST_F(Promote, MasterAndSlaveChangePlaces) {
                            "  SlaveDB[1].NodeCode: was \"n3\", will be \"n1\"\n"));
     EXPECT_THAT(result.strErrors,
                 EndsWith("Make node n3 the master of the centre database, in place of n1? [y/N] "));
-    EXPECT_EQ(result.strOutput, "the store holds master n3, slaves: n2, n1\n");
+    EXPECT_EQ(result.strOutput,
+              "cluster Main in sqlite:store.db holds master n3, slaves: n2, n1\n");
     const CClusterDBZNodeInfo document = StoredDatabase();
     EXPECT_EQ(document.GetMasterDB().GetNodeId(), "n3");
     EXPECT_EQ(document.GetMasterDB().GetNodeIp(), "ip-n3");
@@ -138,7 +141,8 @@ TEST_F(Promote, StoreThatDoesNotTakeTheChangeIsAFailure) {
     EXPECT_EQ(result.iExitCode, 2);
     EXPECT_THAT(result.strOutput, IsEmpty());
     EXPECT_THAT(result.strErrors,
-                StartsWith("the promotion did not reach the store: code 109100053"));
+                StartsWith("the promotion did not reach the store: not the data that is expected "
+                           "(ORVA_DATA_INVALID, code 109100053)\n"));
     EXPECT_THAT(Stored("/CenterDB"), Optional(strText));
 }
 
@@ -156,7 +160,7 @@ TEST_F(Promote, SlavesThatShareASlotAreNotTouched) {
 TEST_F(Promote, WithoutADatabaseIsRefused) {
     const CProcessResult result = RunOn("memory", {"promote", "n1", "--yes"});
     EXPECT_EQ(result.iExitCode, 1);
-    EXPECT_EQ(result.strErrors, "the store holds no centre database\n");
+    EXPECT_EQ(result.strErrors, "cluster Main in memory holds no centre database\n");
 }
 
 TEST_F(Promote, BadDatabaseIsAFailure) {
@@ -189,7 +193,7 @@ INSTANTIATE_TEST_SUITE_P(
     ::testing::Values(
         CRefusedChange{"UnknownNode",
                        {"remove", "n9", "MeroRecord", "--yes"},
-                       "no node \"n9\" in the cluster; the nodes: n1, n2, n3"},
+                       "no node \"n9\" in cluster Main in sqlite:store.db; the nodes: n1, n2, n3"},
         CRefusedChange{"UnknownType",
                        {"remove", "n1", "Odd", "--yes"},
                        "no container \"Odd\" on node \"n1\"; its containers: MeroRecord, "

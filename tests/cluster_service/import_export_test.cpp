@@ -2,7 +2,6 @@
 #include <filesystem>
 
 #include "command/store_document.h"
-#include "command/whole_file.h"
 #include "service_fixture.h"
 
 using ::testing::Eq;
@@ -46,7 +45,8 @@ TEST_F(ImportExport, DocumentsAreKeptApartByClusterCode) {
     EXPECT_EQ(Stored("/Version"), std::nullopt);
     const CProcessResult result = Run({"export", "out"});
     EXPECT_EQ(result.iExitCode, 2);
-    EXPECT_THAT(result.strErrors, HasSubstr("no document in the store"));
+    EXPECT_THAT(result.strErrors,
+                HasSubstr("no cluster Main in sqlite:store.db; the clusters there: Other\n"));
     EXPECT_FALSE(fs::exists(File("out")));
 }
 
@@ -70,7 +70,8 @@ TEST_F(ImportOver, AnotherTextAsksFirstAndNamesIt) {
               "/CloudMain/Version\n"
               "  DecisionVerNum: was 1, will be 8\n"
               "  MasterVerNum: was 2, will be 9\n"
-              "Replace what the store holds otherwise: /CloudMain/Version? [y/N] nothing was "
+              "cluster Main in sqlite:store.db: Replace what the store holds otherwise: "
+              "/CloudMain/Version? [y/N] nothing was "
               "changed\n");
     EXPECT_THAT(Stored("/Version"), Optional(Eq(PSZ_VERSION_TEXT)));
     EXPECT_EQ(RunTyping("y\n", {"import", "documents"}).iExitCode, 0);
@@ -176,10 +177,12 @@ TEST_P(Refused, WithThePlaceAndNothingIsImported) {
 INSTANTIATE_TEST_SUITE_P(
     Each, Refused,
     ::testing::Values(
-        CRefusal{"BrokenText", "cluster_config.json", "{\n  \"IsLoadBalance\" true\n}",
-                 "line 2, column 19: Missing ':' after object member name"},
+        CRefusal{
+            "BrokenText", "cluster_config.json", "{\n  \"IsLoadBalance\" true\n}",
+            "line 2, column 19: \"IsLoadBalance\" is broken: Missing ':' after object member name"},
         CRefusal{"CutText", "cluster.json", "{\"ClusterName\":\"x\"",
-                 "line 1, column 19: Missing ',' or '}' in object declaration"},
+                 "line 1, column 19: \"ClusterName\" is broken: Missing ',' or '}' in object "
+                 "declaration"},
         CRefusal{"Empty", "cluster.json", "",
                  "line 1, column 1: Syntax error: value, object or array expected."},
         CRefusal{"TextBehind", "version.json", "{\"DecisionVerNum\":1,\"MasterVerNum\":2}\nmore",
@@ -187,7 +190,13 @@ INSTANTIATE_TEST_SUITE_P(
         CRefusal{"ZeroByte", "version.json", std::string(PSZ_VERSION_TEXT) + '\n' + '\0',
                  "line 2, column 1: a zero byte"},
         CRefusal{"Nested", "cluster.json", std::string(2000, '['),
-                 "Exceeded stackLimit in readValue()."},
+                 "line 1, column 1001: nested too deeply"},
+        CRefusal{"NoUtf8", "manager.json", "{\"MasterMGR\":\n{\"NodeCode\":\"\xFF\"}}",
+                 "line 2, column 14: \"MasterMGR.NodeCode\" has a byte that is no UTF-8"},
+        CRefusal{"ContainerTwice", "cluster.json",
+                 ClusterText({NodeText("a", "10.0.0.1", {"X"}), NodeText("a", "10.0.0.2", {"X"})}),
+                 "line 1, column 356: \"ClusterNode[1].Container[0].ContainerType\" is \"X\" on "
+                 "node \"a\" once more: the cluster does not load"},
         CRefusal{"MissingKey", "cluster.json", R"({"ClusterName":"n","ClusterRemark":"r"})",
                  "line 1, column 1: \"ClusterCode\" is missing"},
         CRefusal{"WrongType", "cluster_config.json",
@@ -205,10 +214,9 @@ INSTANTIATE_TEST_SUITE_P(
         CRefusal{"ThresholdsAsArray", "cluster_config.json",
                  R"({"IsLoadBalance":true,"IsFaultShift":true,"IsLoadBalanceOnePeriod":true,)"
                  R"("LoadBalanceThreshold":[]})",
-                 "is not what a cluster_config.json must be: in Json::Value::find(begin, end): "
-                 "requires objectValue or nullValue"},
+                 "line 1, column 96: \"LoadBalanceThreshold\" is not an object"},
         CRefusal{"NullSet", "cloud_storage.json", R"({"CloudStorageSet":null})",
-                 "line 1, column 1: \"CloudStorageSet\" is missing"},
+                 "line 1, column 20: \"CloudStorageSet\" is null, not an array"},
         CRefusal{"NoSlaves", "center_db.json",
                  R"({"MasterDB":{"NodeCode":"a","NodeIp":"b","DBPort":1}})",
                  "line 1, column 1: \"SlaveDB\" is missing"},
@@ -232,20 +240,42 @@ TEST_F(ImportExport, EveryRefusedFileIsTold) {
     EXPECT_THAT(result.strErrors, HasSubstr("documents/version.json: "));
 }
 
-TEST_F(ImportExport, BadTextInTheStoreIsExportedAsItStands) {
-    Put("/Cluster", "{ broken");
-    ASSERT_EQ(Run({"export", "out"}).iExitCode, 0);
-    EXPECT_EQ(ReadText(File("out/cluster.json")), "{ broken");
+struct CBadText {
+    const char* pszName;
+    std::string strText;
+    const char* pszFault;
+};
+
+class ExportSaves : public CServiceTest, public ::testing::WithParamInterface<CBadText> {};
+
+TEST_P(ExportSaves, ATextThatIsNoGoodDocumentByteForByte) {
+    Put("/Version", GetParam().strText);
+    Put("/Cluster", ClusterText({}));
+    const CProcessResult result = Run({"export", "out"});
+    EXPECT_EQ(result.iExitCode, 1);
+    EXPECT_EQ(ReadText(File("out/version.json")), GetParam().strText);
+    EXPECT_EQ(ReadText(File("out/cluster.json")), ClusterText({}));
+    EXPECT_EQ(result.strErrors, std::string("/CloudMain/Version: exported as it stands, and is no "
+                                            "good document: ") +
+                                    GetParam().pszFault + "\n");
 }
 
-TEST_F(ImportExport, TextTooLongForItsBufferExportsNothing) {
+INSTANTIATE_TEST_SUITE_P(
+    Each, ExportSaves,
+    ::testing::Values(
+        CBadText{"Broken", "{ broken", "line 1, column 3: Missing '}' or object member name"},
+        CBadText{"TooLong", std::string(600, ' '), "is too long: 600 bytes, at most 511"},
+        CBadText{"ZeroBytes", std::string("\0[]\0", 4), "line 1, column 1: a zero byte"}),
+    CaseName<CBadText>);
+
+TEST_F(ImportExport, AFileThatCannotBeWrittenKeepsNoOtherFromBeingExported) {
     Put("/Cluster", ClusterText({}));
-    Put("/Version", std::string(600, ' '));
+    Put("/Version", PSZ_VERSION_TEXT);
+    fs::create_directories(File("out/cluster.json"));
     const CProcessResult result = Run({"export", "out"});
     EXPECT_EQ(result.iExitCode, 2);
-    EXPECT_THAT(result.strErrors, HasSubstr("/CloudMain/Version: the store answered code"));
-    EXPECT_THAT(result.strErrors, HasSubstr("nothing was exported"));
-    EXPECT_FALSE(fs::exists(File("out")));
+    EXPECT_THAT(result.strErrors, HasSubstr("out/cluster.json: Is a directory\n"));
+    EXPECT_EQ(ReadText(File("out/version.json")), PSZ_VERSION_TEXT);
 }
 
 TEST_F(ImportExport, ExportReplacesItsFilesAndLeavesOthersAlone) {
@@ -266,17 +296,6 @@ TEST_F(ImportExport, ExportToAFileIsRefused) {
     const CProcessResult result = Run({"export", "taken"});
     EXPECT_EQ(result.iExitCode, 2);
     EXPECT_THAT(result.strErrors, HasSubstr("taken: "));
-}
-
-TEST(WholeFile, IsReplacedOrLeftAsItWas) {
-    const CTempDir dir;
-    EXPECT_THAT(WriteWholeFile(dir.File("file"), "new"), IsEmpty());
-    EXPECT_EQ(ReadText(dir.File("file")), "new");
-    fs::create_directory(dir.File("folder"));
-    EXPECT_EQ(WriteWholeFile(dir.File("folder"), "new"), "Is a directory");
-    EXPECT_EQ(WriteWholeFile(dir.File("nowhere/file"), "new"), "No such file or directory");
-    EXPECT_EQ(std::distance(fs::directory_iterator(dir.GetPath()), fs::directory_iterator()), 2)
-        << "nothing temporary is left behind";
 }
 
 }  // namespace

@@ -136,7 +136,10 @@ TEST_F(Options, StoreThatIsDownIsReportedInBoundedTime) {
     const auto start = std::chrono::steady_clock::now();
     const CProcessResult result = RunOn("zookeeper:127.0.0.1:1", {"check"});
     EXPECT_EQ(result.iExitCode, 2);
-    EXPECT_THAT(result.strErrors, HasSubstr("/CloudMain/Cluster: the store answered code -"));
+    EXPECT_THAT(
+        result.strErrors,
+        StartsWith("cluster Main in zookeeper:127.0.0.1:1: no server answers (ZCONNECTIONLOSS, "
+                   "code -4)\n"));
     EXPECT_LT(std::chrono::steady_clock::now() - start, std::chrono::seconds(15));
 }
 
@@ -144,7 +147,7 @@ TEST_F(Options, ConfigurationFileGivesValuesAndTheCommandLineHasTheLastWord) {
     m_dir.WriteFile("service.toml",
                     "# a comment\ncluster-code = \"Other\"\nlocal-ip = \"10.0.0.9\"\n");
     WriteDocument("version.json", R"({"DecisionVerNum":1,"MasterVerNum":2})");
-    ImportDocuments();
+    Run({"--config", "service.toml", "import", "documents"});
     const CProcessResult shown = Run({"--config", "service.toml", "show", "config"});
     EXPECT_THAT(shown.strOutput, HasSubstr("Other"));
     EXPECT_THAT(shown.strOutput, HasSubstr("10.0.0.9"));
@@ -195,10 +198,27 @@ TEST_F(Options, WithoutALogOptionOnlyAFailureShowsItsLog) {
     Put("/ClusterConfig", "{}");
     const CProcessResult failed = Run({"show"});
     EXPECT_EQ(failed.iExitCode, 2);
-    EXPECT_THAT(failed.strErrors, StartsWith("cannot load the cluster configuration: code"));
+    EXPECT_THAT(failed.strErrors, StartsWith("/CloudMain/ClusterConfig: line 1, column 1: "));
     EXPECT_THAT(failed.strErrors, HasSubstr(" ERR cluster_config_znode_info:"));
     EXPECT_THAT(failed.strErrors, ::testing::Not(HasSubstr(" INFO ")));
     EXPECT_THAT(Run({"--log-level", "err", "show"}).strErrors, HasSubstr(" ERR "));
+}
+
+TEST_F(Options, TheLogOfAFailureBeginsAtWhatFailed) {
+    ASSERT_EQ(Run({"import", PSZ_SAMPLE_DIR}).iExitCode, 0);
+    Put("/CenterDB", "{}");
+    const CProcessResult shown = Run({"--config-dir", PSZ_SAMPLE_DIR, "show"});
+    EXPECT_EQ(shown.iExitCode, 2);
+    EXPECT_THAT(shown.strErrors,
+                ::testing::MatchesRegex("/CloudMain/CenterDB: line 1, column 1: [^\n]*\n"
+                                        "database: not shown\n"
+                                        "[0-9: .-]* ERR cluster_db_znode_info:(.|\n)*"));
+    EXPECT_THAT(shown.strErrors, ::testing::Not(HasSubstr("do not support")))
+        << "the nodes loaded well";
+    Put("/CenterDB", DatabaseText("n1", {"n2"}));
+    const CProcessResult all = Run({"--config-dir", PSZ_SAMPLE_DIR, "--log-level", "err", "show"});
+    EXPECT_EQ(all.iExitCode, 0);
+    EXPECT_THAT(all.strErrors, HasSubstr("do not support")) << "who asks for the log has all of it";
 }
 
 TEST_F(Options, LogLevelBoundsTheLog) {

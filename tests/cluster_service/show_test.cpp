@@ -1,5 +1,6 @@
 #include <json/json.h>
 
+#include <algorithm>
 #include <filesystem>
 #include <fstream>
 #include <sstream>
@@ -10,6 +11,7 @@
 using ::testing::ElementsAre;
 using ::testing::HasSubstr;
 using ::testing::IsEmpty;
+using ::testing::StartsWith;
 
 namespace {
 
@@ -63,7 +65,8 @@ TEST_F(Show, ContainersKnowTheirPluginsAnswerAndTheirStoredFigures) {
 
 TEST_F(Show, PluginsAreListed) {
     const CProcessResult result = Run({"show", "plugins"});
-    EXPECT_THAT(result.strOutput, HasSubstr("plugins (2)\n"));
+    EXPECT_THAT(result.strOutput, HasSubstr("plugins (3)\n"));
+    EXPECT_THAT(result.strOutput, HasSubstr("\ncloud_storage "));
     EXPECT_THAT(result.strOutput, HasSubstr("\nimage "));
     EXPECT_THAT(result.strOutput, HasSubstr("\nrecording "));
 }
@@ -166,6 +169,7 @@ TEST_F(Show, MissingFolderOfTasksIsTold) {
 
 TEST_F(Show, BadDocumentDoesNotKeepTheOthersFromBeingShown) {
     Put("/CenterDB", "{}");
+    Put("/Cluster", "{}");
     EXPECT_EQ(Run({"show", "cg"}).iExitCode, 0);
     EXPECT_EQ(Run({"show", "database"}).iExitCode, 2);
 }
@@ -220,49 +224,113 @@ TEST_F(Show, MemoryStoreShowsAnEmptyCluster) {
     const Json::Value root = Parsed(RunOn("memory", {"show", "--json"}).strOutput);
     EXPECT_TRUE(root["nodes"].isArray());
     EXPECT_TRUE(root["nodes"].empty());
-    EXPECT_EQ(root["plugins"].size(), 2U);
+    EXPECT_EQ(root["plugins"].size(), 3U);
 }
 
 struct CBadLoad {
     const char* pszName;
     const char* pszSuffix;
     std::string strText;
-    const char* pszReason;
+    const char* pszErrors;
+    std::vector<std::string> hidden;
 };
 
-class ShowFails : public CShowTest, public ::testing::WithParamInterface<CBadLoad> {};
+class ShowHides : public CShowTest, public ::testing::WithParamInterface<CBadLoad> {};
 
-TEST_P(ShowFails, WithAClearLineAndNoTable) {
+TEST_P(ShowHides, WhatDoesNotLoadAndNothingElse) {
+    const Json::Value before = Parsed(Run({"--config-dir", ".", "show", "--json"}).strOutput);
     Put(GetParam().pszSuffix, GetParam().strText);
-    const CProcessResult result = Run({"--log-file", "log", "--config-dir", ".", "show"});
+    const CProcessResult result = Run({"--log-file", "log", "--config-dir", ".", "show", "--json"});
     EXPECT_EQ(result.iExitCode, 2);
-    EXPECT_THAT(result.strOutput, IsEmpty());
-    EXPECT_EQ(result.strErrors, GetParam().pszReason);
+    EXPECT_EQ(result.strErrors, GetParam().pszErrors);
+    const Json::Value after = Parsed(result.strOutput);
+    for (const std::string& strTable : before.getMemberNames()) {
+        const auto& hidden = GetParam().hidden;
+        const bool bHidden = std::find(hidden.begin(), hidden.end(), strTable) != hidden.end();
+        EXPECT_EQ(after.isMember(strTable), !bHidden) << strTable;
+    }
+    EXPECT_EQ(after["tasks"], before["tasks"]);
+    EXPECT_THAT(ReadText(File("log")), HasSubstr(" ERR "));
 }
 
 INSTANTIATE_TEST_SUITE_P(
-    Each, ShowFails,
+    Each, ShowHides,
     ::testing::Values(
-        CBadLoad{"Config", "/ClusterConfig", "{}",
-                 "cannot load the cluster configuration: code 109100053, the log says why\n"},
-        CBadLoad{"Cluster", "/Cluster", "{}",
-                 "cannot load the cluster: code 109100053, the log says why\n"},
-        CBadLoad{"CloudStorage", "/CloudStorage", "[",
-                 "cannot load the cluster: code 109100053, the log says why\n"},
-        CBadLoad{"CgList", "/MERO/CGList", "{",
-                 "cannot load /CloudMain/MERO/CGList: code 1, the log says why\n"},
-        CBadLoad{"Database", "/CenterDB", "{}",
-                 "cannot load /CloudMain/CenterDB: code 1, the log says why\n"},
-        CBadLoad{"Manager", "/MEROMGR", "{}",
-                 "cannot load /CloudMain/MEROMGR: code 1, the log says why\n"},
-        CBadLoad{"Version", "/Version", "{}",
-                 "cannot load /CloudMain/Version: code 109100053, the log says why\n"},
-        CBadLoad{"TooLong", "/CenterDB", std::string(512, ' '),
-                 "/CloudMain/CenterDB: the store answered code 109200002, the log says why\n"}),
+        CBadLoad{"Config",
+                 "/ClusterConfig",
+                 "{}",
+                 "/CloudMain/ClusterConfig: line 1, column 1: \"IsLoadBalance\" is missing\n"
+                 "config: not shown\n",
+                 {"config"}},
+        CBadLoad{"Cluster",
+                 "/Cluster",
+                 "{}",
+                 "/CloudMain/Cluster: line 1, column 1: \"ClusterName\" is missing\n"
+                 "nodes: not shown\ncontainers: not shown\n",
+                 {"nodes", "containers"}},
+        CBadLoad{"CloudStorage",
+                 "/CloudStorage",
+                 "[",
+                 "/CloudMain/CloudStorage: line 1, column 2: \"[0]\" is broken: Syntax error: "
+                 "value, object or array "
+                 "expected.\n",
+                 {}},
+        CBadLoad{"CgList",
+                 "/MERO/CGList",
+                 "{",
+                 "/CloudMain/MERO/CGList: line 1, column 2: Missing '}' or object member name\n"
+                 "cg: not shown\n",
+                 {"cg"}},
+        CBadLoad{"Database",
+                 "/CenterDB",
+                 "{}",
+                 "/CloudMain/CenterDB: line 1, column 1: \"MasterDB\" is missing\n"
+                 "database: not shown\n",
+                 {"database"}},
+        CBadLoad{"Manager",
+                 "/MEROMGR",
+                 "{}",
+                 "/CloudMain/MEROMGR: line 1, column 1: \"MasterMGR\" is missing\n"
+                 "manager: not shown\n",
+                 {"manager"}},
+        CBadLoad{"Version",
+                 "/Version",
+                 "{}",
+                 "/CloudMain/Version: line 1, column 1: \"DecisionVerNum\" is missing\n"
+                 "versions: not shown\n",
+                 {"versions"}},
+        CBadLoad{"TooLong",
+                 "/CenterDB",
+                 std::string(512, ' '),
+                 "/CloudMain/CenterDB: longer than a service reads (STORE_TEXT_TOO_LONG, code "
+                 "109200002)\ndatabase: not shown\n",
+                 {"database"}}),
     CaseName<CBadLoad>);
+
+TEST_F(Show, AContainerThatStandsThereTwiceIsWhyTheClusterDoesNotLoad) {
+    Put("/Cluster", ClusterText({NodeText("n1", "10.0.0.1", {"A", "A"})}));
+    const CProcessResult shown = Run({"--log-file", "log", "show", "nodes"});
+    EXPECT_EQ(shown.iExitCode, 2);
+    EXPECT_THAT(shown.strErrors, ::testing::MatchesRegex("/CloudMain/Cluster: line 1, column "
+                                                         "[0-9]+: [^\n]*once more: the cluster "
+                                                         "does not load\nnodes: not shown\n"));
+    const CProcessResult exported = Run({"export", "out"});
+    EXPECT_EQ(exported.iExitCode, 1);
+    EXPECT_THAT(exported.strErrors, HasSubstr("once more: the cluster does not load\n"));
+}
+
+TEST_F(Show, BadCloudStorageLeavesTheContainersWithoutTheirFigures) {
+    Put("/CloudStorage", "[");
+    const CProcessResult result = Run({"show", "containers"});
+    EXPECT_EQ(result.iExitCode, 2);
+    EXPECT_THAT(result.strErrors, StartsWith("/CloudMain/CloudStorage: line 1"));
+    EXPECT_THAT(result.strOutput, HasSubstr("\nn1    MeroCloudStorage  no           0      0\n"));
+    EXPECT_EQ(Run({"show", "nodes"}).iExitCode, 0);
+}
 
 struct CPluginFolder {
     const char* pszName;
+    const char* pszReason;
     void (*pFill)(const std::string& strFolder);
 };
 
@@ -283,20 +351,22 @@ TEST_P(BrokenPluginFolder, EndsTheLoadWithAClearLine) {
     const CProcessResult result = Run({"--lib-dir", ".", "--log-file", "log", "show"});
     EXPECT_EQ(result.iExitCode, 2);
     EXPECT_THAT(result.strOutput, IsEmpty());
-    EXPECT_THAT(
-        result.strErrors,
-        ::testing::MatchesRegex("cannot load the plug-ins of .: code -?1, the log says why\n"));
+    EXPECT_THAT(result.strErrors, StartsWith("cannot load the plug-ins of .: "));
+    EXPECT_THAT(result.strErrors, HasSubstr(GetParam().pszReason));
     EXPECT_THAT(ReadText(File("log")), HasSubstr(" ERR plugin_"));
 }
 
 INSTANTIATE_TEST_SUITE_P(
     Each, BrokenPluginFolder,
     ::testing::Values(
-        CPluginFolder{"TextFile", [](const auto& strFolder) { WriteBroken(strFolder, "text"); }},
-        CPluginFolder{"EmptyFile", [](const auto& strFolder) { WriteBroken(strFolder, ""); }},
-        CPluginFolder{"NoEntryPoint",
+        CPluginFolder{"TextFile", ": broken.so: ",
+                      [](const auto& strFolder) { WriteBroken(strFolder, "text"); }},
+        CPluginFolder{"EmptyFile", "too short",
+                      [](const auto& strFolder) { WriteBroken(strFolder, ""); }},
+        CPluginFolder{"NoEntryPoint", "CreatePlugin",
                       [](const auto& strFolder) { CopyPlugin(PSZ_NO_ENTRY_POINT, strFolder); }},
-        CPluginFolder{"Missing", [](const auto& strFolder) { fs::remove(strFolder); }}),
+        CPluginFolder{"Missing", ".: its folder \"plugins\": No such file or directory\n",
+                      [](const auto& strFolder) { fs::remove(strFolder); }}),
     CaseName<CPluginFolder>);
 
 TEST_F(Show, EmptyPluginFolderIsFine) {

@@ -13,6 +13,7 @@
 #include "reference_host/memory_store.h"
 #include "reference_host/strict_json.h"
 #include "service_fixture.h"
+#include "support/soak.h"
 
 using ::testing::ElementsAre;
 using ::testing::EndsWith;
@@ -120,6 +121,33 @@ TEST_F(Stage, DoesNotMindWhatWasOnlyLoadedOnTheWay) {
     EXPECT_EQ(m_stage.CommitChanges(), 0);
 }
 
+/// Takes an entry out of the stored list, on a stage of its own, until it is done.
+void RemoveEntry(const std::shared_ptr<IStore>& pStore, const std::string& strEntry) {
+    CStage stage(pStore);
+    int iCode = STORE_CONDITION_FAILED;
+    while (iCode == STORE_CONDITION_FAILED) {
+        stage.Restart();
+        stage.BeginChange();
+        CStoreAnswer answer;
+        ASSERT_EQ(stage.Read(PSZ_PATH, nullptr, answer), 0);
+        std::string strText = answer.text.value();
+        strText.erase(strText.find(strEntry), strEntry.size());
+        ASSERT_EQ(stage.Write(PSZ_PATH, strText), 0);
+        iCode = stage.CommitChanges();
+    }
+    ASSERT_EQ(iCode, 0);
+}
+
+TEST_F(Stage, OfTwoRemovalsAtOnceNoneIsLost) {
+    for (int iRound = 0; iRound < 200; ++iRound) {
+        m_pStore->Write(PSZ_PATH, "abc");
+        std::thread rival([this] { RemoveEntry(m_pStore, "a"); });
+        RemoveEntry(m_pStore, "c");
+        rival.join();
+        ASSERT_EQ(m_pStore->Get(PSZ_PATH), "b");
+    }
+}
+
 TEST_F(Stage, AChangeThatLosesARaceIsWorkedOutAnew) {
     m_pStore->Write(PSZ_PATH, R"({"Name":"a"})");
     const int iResult = CarryOutWrite(R"({"Name":"mine"})", [this] {
@@ -147,7 +175,7 @@ TEST_F(Stage, AChangeThatLosesEveryRaceGivesUp) {
 TEST_F(Stage, AStoreThatFailsTheCommitIsAFailure) {
     const int iResult = CarryOutWrite("[]", [this] { m_pStore->FailCall(1, 77); });
     EXPECT_EQ(iResult, EXIT_COULD_NOT);
-    EXPECT_EQ(m_errors.str(), "the change did not reach the store: code 77, the log says why\n");
+    EXPECT_EQ(m_errors.str(), "the change did not reach the store: code 77\n");
     EXPECT_THAT(m_output.str(), Not(HasSubstr("reported")));
 }
 
@@ -227,7 +255,7 @@ TEST_F(ByHand, ARewritingSaysWhichKeysAndCommentsGo) {
 
 TEST_F(ByHand, OfTwoRemovalsAtOnceNoneIsLost) {
     const auto cluster = Stored("/Cluster").value();
-    for (int iRound = 0; iRound < 20; ++iRound) {
+    for (int iRound = 0; iRound < SoakRounds(200); ++iRound) {
         Put("/Cluster", cluster);
         CProcessResult other;
         std::thread rival([&] { other = Run({"remove", "n2", "B", "--yes"}); });
@@ -243,14 +271,14 @@ TEST_F(ByHand, OfTwoRemovalsAtOnceNoneIsLost) {
 TEST_F(ByHand, AnImportThatIsKilledIsWholeOrNotThere) {
     std::mt19937 random(std::random_device{}());
     std::uniform_int_distribution<int> milliseconds(1, 40);
-    for (int iRound = 0; iRound < 20; ++iRound) {
+    for (int iRound = 0; iRound < SoakRounds(200); ++iRound) {
         const std::string strMark = std::to_string(iRound + 10);
         WriteDocument("version.json", R"({"DecisionVerNum":)" + strMark + R"(,"MasterVerNum":1})");
         WriteDocument("cluster.json", ClusterText({NodeText("n" + strMark, "10.0.0.1", {"A"})}));
         const std::string strSeconds = "0.0" + std::to_string(milliseconds(random) + 10);
         RunProcess("/usr/bin/timeout",
-                   {"-s", "KILL", strSeconds, PSZ_PROGRAM, "--store", "sqlite:" + File("store.db"),
-                    "import", "--yes", "documents"},
+                   {"--foreground", "-s", "KILL", strSeconds, PSZ_PROGRAM, "--store",
+                    "sqlite:" + File("store.db"), "import", "--yes", "documents"},
                    m_dir.GetPath());
         const bool bVersion = Stored("/Version").value().find(strMark) != std::string::npos;
         const bool bCluster = Stored("/Cluster").value().find("n" + strMark) != std::string::npos;
