@@ -9,6 +9,7 @@
 #include <string>
 #include <vector>
 
+#include "cluster_service/process.h"
 #include "reference_host/zookeeper_store.h"
 #include "zookeeper_server.h"
 
@@ -99,6 +100,28 @@ TEST_F(ZooKeeperEnsemble, HungFollowerCostsNoMoreThanThreeSeconds) {
     hung.Thaw();
     EXPECT_GT(elapsed, std::chrono::seconds(1)) << "nobody met the server that hangs";
     EXPECT_LT(elapsed, std::chrono::seconds(3));
+}
+
+TEST_F(ZooKeeperEnsemble, HungServerCostsACommandNoMoreThanThreeSeconds) {
+    const CTempDir dir;
+    CZooKeeperStore store({m_strServers, std::chrono::seconds(2), std::chrono::seconds(15)});
+    ASSERT_EQ(store.Write("/CloudMain/Version", R"({"DecisionVerNum":1,"MasterVerNum":2})"), 0);
+    const CZooKeeperServer& hung = Follower();
+    hung.Freeze();
+    bool bMet = false;
+    // Each run tries the servers in an order of its own.
+    for (int iRun = 0; iRun < 20 && !bMet; ++iRun) {
+        const auto start = std::chrono::steady_clock::now();
+        const CProcessResult result =
+            RunProcess(PSZ_PROGRAM, {"--store", "zookeeper:" + m_strServers, "show", "versions"},
+                       dir.GetPath());
+        const auto elapsed = std::chrono::steady_clock::now() - start;
+        EXPECT_EQ(result.iExitCode, 0) << result.strErrors;
+        EXPECT_LT(elapsed, std::chrono::seconds(3));
+        bMet = elapsed > std::chrono::seconds(1);
+    }
+    hung.Thaw();
+    EXPECT_TRUE(bMet) << "nobody met the server that hangs";
 }
 
 }  // namespace
