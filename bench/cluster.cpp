@@ -4,6 +4,8 @@
 #include "framework_service/cluster_cloud_storage_znode_info.h"
 #include "framework_service/cluster_znode_info.h"
 #include "framework_service/container_mgr.h"
+#include "framework_service/node_mgr.h"
+#include "framework_service/plugin_mgr.h"
 #include "reference_host/host_settings.h"
 #include "reference_host/store.h"
 
@@ -51,14 +53,19 @@ void InstallBenchHost() {
     static CErrorSink sink;
     OMAdapter::getInstance().setLogger(&sink);
     SetStore(std::shared_ptr<IStore>(&BenchStore(), [](IStore*) {}));
-    Configure({"Bench", "", "", ""});
+    Configure({"Bench", "", PLUGIN_LIB_DIR, ""});
+    CPluginMgr::Instance().LoadAllPlugin();
 }
 
 std::list<CResourceTask> MakeTasks(int iTasks) {
+    return MakeTasks("task-of-some-length", iTasks);
+}
+
+std::list<CResourceTask> MakeTasks(const std::string& strOf, int iTasks) {
     std::list<CResourceTask> tasks;
     for (int i = 0; i < iTasks; ++i) {
         CResourceTask& task = tasks.emplace_back();
-        task.SetTaskId("task-of-some-length-" + std::to_string(i));
+        task.SetTaskId(strOf + "-" + std::to_string(i));
         task.SetTaskName("recording of camera " + std::to_string(i));
         task.SetDisk(i);
         task.SetNet(i);
@@ -90,6 +97,41 @@ void StartCluster(const ContainerMap& containers, int iTasks) {
     const std::list<CResourceTask> tasks = MakeTasks(iTasks);
     for (const auto& [addr, container] : containers) {
         CContainerMgr::Instance().SetResourceTask(addr, tasks, 0);
+    }
+}
+
+IPlugin& Recording() {
+    return *CPluginMgr::Instance().GetPluginByName("recording");
+}
+
+CContainerAddr RecorderAddress(int i) {
+    return {NodeId(i), "MeroRecord"};
+}
+
+CSystemResource Figures(int iDisk) {
+    CSystemResource figures;
+    figures.SetDisk(iDisk);
+    figures.SetNet(1 << 20);
+    return figures;
+}
+
+void FillRecorders(int iNodes, int iTasks) {
+    std::list<CNode> nodes;
+    ContainerMap containers;
+    for (int i = 0; i < iNodes; ++i) {
+        nodes.push_back(MakeNode(i));
+        for (const char* pszType : {"MeroRecord", CONTAINER_TYPE_IMG_DEV}) {
+            CContainer& container = containers[CContainerAddr(NodeId(i), pszType)];
+            container.SetNodeId(NodeId(i));
+            container.SetContainerType(pszType);
+        }
+    }
+    CNodeMgr::Instance().Init(nodes);
+    CContainerMgr::Instance().Init(containers);
+    for (int i = 0; i < iNodes; ++i) {
+        CContainerMgr::Instance().SetSystemResource(RecorderAddress(i), Figures(1 << 20), {});
+        CContainerMgr::Instance().SetResourceTask(
+            RecorderAddress(i), MakeTasks("task-of-recorder-" + std::to_string(i), iTasks), 0);
     }
 }
 

@@ -6,6 +6,7 @@
 #include <string>
 #include <vector>
 
+#include "framework_service/IPlugin.h"
 #include "framework_service/base_data.h"
 #include "framework_service/container.h"
 #include "framework_service/resource_task.h"
@@ -16,11 +17,25 @@
 /// The memory store behind the library.
 CMemoryStore& BenchStore();
 
-/// Installs the store, a logger for errors alone and plug-in answers for no container type.
+/// Installs the store and a logger for errors alone, and loads the plug-ins.
 void InstallBenchHost();
 
-/// Tasks with six private pairs each.
+/// Tasks with six private pairs each, and ids that begin with the text.
+std::list<CResourceTask> MakeTasks(const std::string& strOf, int iTasks);
 std::list<CResourceTask> MakeTasks(int iTasks);
+
+/// The plug-in that schedules recorders.
+IPlugin& Recording();
+
+/// The address of the recorder on node i.
+CContainerAddr RecorderAddress(int i);
+
+/// So much disk, and enough of the net.
+CSystemResource Figures(int iDisk);
+
+/// Fills both registries with so many nodes, each with a recorder that has that many tasks of its
+/// own, and an image device without any. Each recorder has room for a few times its tasks.
+void FillRecorders(int iNodes, int iTasks);
 
 /// The address of container i; two on each node.
 CContainerAddr AddressOf(int i);
