@@ -6,6 +6,7 @@
 
 #include "common_service/data/version_znode.h"
 #include "common_service/logger.h"
+#include "engine_target.h"
 #include "formatting_logger.h"
 #include "framework_service/cluster_cg_info.h"
 #include "framework_service/cluster_cloud_storage_znode_info.h"
@@ -40,6 +41,7 @@ const std::map<std::string, FuzzTarget> TARGETS = {
     {"manager_xml", FeedManagerXml},
     {"private_info_xml", FeedPrivateInfoXml},
     {"task_file", FeedTaskFile},
+    {"input", FeedInput},
 };
 
 const std::shared_ptr<CMemoryStore>& Store() {
