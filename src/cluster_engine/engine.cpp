@@ -30,6 +30,58 @@ struct COverloaded : Rules... {
 template <typename... Rules>
 COverloaded(Rules...) -> COverloaded<Rules...>;
 
+CPluginView ViewOf(const CPluginRecord& plugin) {
+    CPluginView view;
+    view.strName = plugin.strName;
+    view.jobTypes.assign(plugin.claims.jobs.begin(), plugin.claims.jobs.end());
+    view.types.assign(plugin.claims.containers.begin(), plugin.claims.containers.end());
+    view.bOutOfService = plugin.bOut;
+    view.failures = plugin.failures;
+    return view;
+}
+
+CShiftView ViewOf(const CPlaceForm& place, const CShift& shift) {
+    CShiftView view;
+    view.strNodeId = place.strNodeId;
+    view.strType = place.strType;
+    view.strCause = shift.strCause;
+    view.iStarted = shift.iStarted;
+    view.uiWaiting = static_cast<uint32_t>(shift.waiting.size());
+    view.iNextTry = shift.iNextTry;
+    view.bGivenUp = shift.bGivenUp;
+    view.bDraining = shift.bReschedule;
+    return view;
+}
+
+CEngineView ViewOf(const CCluster& cluster) {
+    const CClusterState& state = cluster.state;
+    CEngineView view;
+    view.bSettling = !state.bSettled;
+    view.bStoreAway = state.bStoreAway;
+    for (const CPluginRecord& plugin : cluster.plugins.GetAll()) {
+        view.plugins.push_back(ViewOf(plugin));
+    }
+    for (const auto& [addr, shift] : state.shifts) {
+        view.shifts.push_back(ViewOf(CPlaceForm(addr), shift));
+    }
+    for (const auto& [strType, shift] : state.homelessShifts) {
+        CPlaceForm place;
+        place.strType = strType;
+        view.shifts.push_back(ViewOf(place, shift));
+    }
+    for (const auto& [strType, hold] : state.holds) {
+        if (!hold.bReleased) {
+            view.heldTypes.push_back(strType);
+        }
+    }
+    for (const auto& [strNodeId, member] : state.members) {
+        if (member.bDraining) {
+            view.draining.push_back(strNodeId);
+        }
+    }
+    return view;
+}
+
 }  // namespace
 
 CClusterEngine::CClusterEngine(const CEngineHost& host, const CEngineSettings& settings)
@@ -37,9 +89,9 @@ CClusterEngine::CClusterEngine(const CEngineHost& host, const CEngineSettings& s
 
 CClusterEngine::~CClusterEngine() = default;
 
-int CClusterEngine::Load(int64_t iSecond, std::string& strWhy) {
+int CClusterEngine::Load(int64_t iSecond, std::string& strWhy, const OnLoadStep& onStep) {
     Step(iSecond);
-    const int iCode = LoadCluster(*m_pCluster, strWhy);
+    const int iCode = LoadCluster(*m_pCluster, strWhy, onStep);
     if (iCode == ORVA_SUCCEED) {
         m_pCluster->TellSink();
     }
@@ -52,6 +104,14 @@ int CClusterEngine::Load(const Json::Value& state, std::string& strWhy) {
 
 Json::Value CClusterEngine::GetState() const {
     return StateToJson(*m_pCluster);
+}
+
+CEngineView CClusterEngine::GetView() const {
+    return ViewOf(*m_pCluster);
+}
+
+const std::map<std::string, CResourceTask>& CClusterEngine::GetStandardTasks() const {
+    return m_pCluster->state.standardTasks;
 }
 
 CAnswer CClusterEngine::Apply(const CInput& input) {
@@ -100,7 +160,7 @@ CAnswer CClusterEngine::Dispatch(const CInput& input) {
             [&](const CBalanceNow&) { return BalanceNow(cluster); },
             [&](const CReadStandardTasks&) { return ReadStandardTasks(cluster); },
             [&](const CNextMasterVersion&) { return RaiseMasterVersion(cluster); },
-            [&](const CTick&) { return Tick(); },
+            [&](const CTick& in) { return Tick(in); },
         },
         input.body);
 }
@@ -124,10 +184,13 @@ bool CClusterEngine::NeedsCommit(const CInput& input, const CAnswer& answer) con
 
 /// A second has passed. The order: who is still there, whether that can be known yet, what has to
 /// move, and last what might.
-CAnswer CClusterEngine::Tick() {
+CAnswer CClusterEngine::Tick(const CTick& tick) {
     CCluster& cluster = *m_pCluster;
     NoticeStore(cluster);
     NoticeClock(cluster);
+    if (tick.bReportsRefused) {
+        BeginSettling(cluster, "reports were refused");
+    }
     JudgeSilence(cluster);
     Settle(cluster);
     ContinueDrains(cluster);

@@ -3,16 +3,24 @@
 #include <json/value.h>
 
 #include <cstdint>
+#include <functional>
+#include <map>
 #include <memory>
 #include <string>
 
 #include "cluster_engine/answer.h"
+#include "cluster_engine/engine_view.h"
 #include "cluster_engine/event.h"
 #include "cluster_engine/host.h"
 #include "cluster_engine/input.h"
 #include "cluster_engine/settings.h"
+#include "framework_service/resource_task.h"
 
 class CCluster;
+
+/// Hears, on the engine's thread, that a step of a load went well: what was loaded, as "the
+/// cluster", and what was found, as "3 nodes, 6 containers".
+using OnLoadStep = std::function<void(const std::string& strWhat, const std::string& strFound)>;
 
 /// What running a cluster means, behind one door: Load, then Apply for each input and Commit after
 /// one or several. It has no thread, no socket and no clock: time comes with the inputs and never
@@ -32,7 +40,7 @@ public:
     /// Loads plug-ins and documents in the order that the library asks for, and what the engine
     /// itself keeps in the store. Returns 0; or a code, with the reason in strWhy and no input
     /// accepted. May be called again then.
-    int Load(int64_t iSecond, std::string& strWhy);
+    int Load(int64_t iSecond, std::string& strWhy, const OnLoadStep& onStep = nullptr);
 
     /// Goes on from the state of another life instead: what that one would have done, this one
     /// does. The store holds what it held then. Returns as the other, and may not be called again.
@@ -41,6 +49,12 @@ public:
     /// The whole state as one JSON object: right after a commit that went well, and while the store
     /// is there, so that nothing waits to be written or told.
     Json::Value GetState() const;
+
+    /// What there is to ask of it beside the registries, as of the last input.
+    CEngineView GetView() const;
+
+    /// The standard tasks that were read last, by name.
+    const std::map<std::string, CResourceTask>& GetStandardTasks() const;
 
     /// Carries an input out. One that is refused has changed nothing. What the answer promises
     /// counts when the next Commit went well.
@@ -55,7 +69,7 @@ private:
     void Step(int64_t iSecond);
     CAnswer Dispatch(const CInput& input);
     bool NeedsCommit(const CInput& input, const CAnswer& answer) const;
-    CAnswer Tick();
+    CAnswer Tick(const CTick& tick);
 
     std::unique_ptr<CCluster> m_pCluster;
 };

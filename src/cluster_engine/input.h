@@ -446,8 +446,14 @@ struct CNextMasterVersion : CBareInput {
 /// @}
 
 /// A second has passed.
-struct CTick : CBareInput {
+struct CTick {
     static constexpr char NAME[] = "tick";
+    bool bReportsRefused = false;  ///< since the tick before: who was not heard may have spoken
+
+    template <typename F, typename S>
+    static void Fields(F& form, S& self) {
+        form.May("reports_refused", self.bReportsRefused);
+    }
 };
 
 using InputBody =

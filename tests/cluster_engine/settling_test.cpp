@@ -64,6 +64,17 @@ TEST_F(Settling, TicksFarApartBeginItAnew) {
     EXPECT_EQ(NodeOf("a"), "r1");
 }
 
+TEST_F(Settling, RefusedReportsBeginItAnew) {
+    Settle();
+    m_events.Clear();
+    PassReporting(85, {Recorder("r1")});
+    Do(CTick{true});
+    ASSERT_EQ(m_events.Count(EEvent::SETTLING), 1U);
+    EXPECT_EQ(m_events.Of(EEvent::SETTLING).front().strCause, "reports were refused");
+    PassReporting(80, {Recorder("r1")});
+    EXPECT_EQ(m_events.Count(EEvent::OFFLINE), 0U) << "they may have spoken, and count as heard";
+}
+
 TEST_F(Settling, TenSecondsBetweenTicksAreNoGap) {
     Settle();
     m_iNow += 9;
