@@ -53,8 +53,7 @@ const CFaultText& TextOf(EFault eFault) {
     return FAULT_TEXTS[static_cast<std::size_t>(eFault)];
 }
 
-Json::Value FaultToJson(EFault eFault, const std::string& strAbout) {
-    const CFaultText& text = TextOf(eFault);
+Json::Value FaultToJson(const CFaultText& text, const std::string& strAbout) {
     Json::Value json;
     json["name"] = text.pszName;
     json["code"] = text.iCode;
@@ -64,6 +63,10 @@ Json::Value FaultToJson(EFault eFault, const std::string& strAbout) {
         json["about"] = strAbout;
     }
     return json;
+}
+
+Json::Value FaultToJson(EFault eFault, const std::string& strAbout) {
+    return FaultToJson(TextOf(eFault), strAbout);
 }
 
 CAnswer CAnswer::Refuse(EFault eFault, std::string strAbout) {

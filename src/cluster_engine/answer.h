@@ -46,7 +46,10 @@ struct CFaultText {
 const CFaultText& TextOf(EFault eFault);
 
 /// A fault in JSON: name, code, sentence, remedy, and what it is about.
+/// @{
+Json::Value FaultToJson(const CFaultText& text, const std::string& strAbout);
 Json::Value FaultToJson(EFault eFault, const std::string& strAbout);
+/// @}
 
 enum class ETaskResult { PLACED, STAYS, MOVED, ENDED, WAITS, REFUSED };
 

@@ -20,6 +20,11 @@ CSystemResource CFigures::ToResource() const {
     return resource;
 }
 
+CFigures FiguresOf(const CSystemResource& resource) {
+    return {resource.GetCpu(), resource.GetMem(), resource.GetIO(), resource.GetNet(),
+            resource.GetDisk()};
+}
+
 bool CFigures::operator==(const CFigures& other) const {
     return Tie(*this) == Tie(other);
 }

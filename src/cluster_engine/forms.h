@@ -31,6 +31,8 @@ struct CFigures {
     }
 };
 
+CFigures FiguresOf(const CSystemResource& resource);
+
 /// CContainerAddr.
 struct CPlaceForm {
     std::string strNodeId;

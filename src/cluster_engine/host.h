@@ -21,9 +21,9 @@ class IPluginRunner {
 public:
     virtual ~IPluginRunner() = default;
 
-    /// Runs the call, which throws nothing and owns what it works on. True when it has come back;
-    /// false when it outlived its limit, and goes on behind our back.
-    virtual bool Run(const std::string& strPlugin,
+    /// Runs the call of that operation, which throws nothing and owns what it works on. True when
+    /// it has come back; false when it outlived its limit, and goes on behind our back.
+    virtual bool Run(const std::string& strPlugin, const std::string& strOperation,
                      std::shared_ptr<std::function<void()>> pCall) = 0;
 
     /// Is the plug-in's call that did not come back in time still running?

@@ -6,6 +6,7 @@
 #include <algorithm>
 #include <exception>
 #include <memory>
+#include <sstream>
 
 namespace {
 
@@ -103,8 +104,11 @@ bool ParseJsonText(const char* pszBegin, const char* pszEnd, Json::Value& value,
 }
 
 std::string JsonLine(const Json::Value& value) {
-    static const Json::StreamWriterBuilder BUILDER = LineWriter();
-    return Json::writeString(BUILDER, value);
+    // A writer costs more to make than a short line to write.
+    thread_local const std::unique_ptr<Json::StreamWriter> pWriter(LineWriter().newStreamWriter());
+    std::ostringstream line;
+    pWriter->write(value, &line);
+    return line.str();
 }
 
 std::string CFieldPlace::Text() const {

@@ -1,5 +1,7 @@
 #include "cluster_engine/load.h"
 
+#include <algorithm>
+#include <list>
 #include <utility>
 #include <vector>
 
@@ -15,9 +17,23 @@
 #include "framework_service/plugin_mgr.h"
 #include "framework_service/schedule_mgr.h"
 
+namespace {
+
+bool HasFailed(const CPluginFile& file) {
+    return !file.strFailure.empty();
+}
+
+}  // namespace
+
+/// Those that failed are tried again.
 int LoadPlugins() {
     CPluginMgr& plugins = CPluginMgr::Instance();
-    return plugins.GetPluginFiles().empty() ? plugins.LoadAllPlugin() : ORVA_SUCCEED;
+    const std::list<CPluginFile> files = plugins.GetPluginFiles();
+    const bool bFailed = std::any_of(files.begin(), files.end(), &HasFailed);
+    if (bFailed) {
+        plugins.UnLoadAllPlugin();
+    }
+    return files.empty() || bFailed ? plugins.LoadAllPlugin() : ORVA_SUCCEED;
 }
 
 namespace {
@@ -27,34 +43,97 @@ struct CLoadStep {
     const char* pszWhat;
     const char* pszSuffix;  ///< null: no document that may be absent
     int (*pLoad)();
+    std::string (*pFound)();
 };
 
-constexpr CLoadStep STEPS[] = {
-    {"the plug-ins", nullptr, &LoadPlugins},
-    {"the configuration", nullptr,
-     [] { return CFrameworkCommon::Instance().InitClusterConfigFromZK(); }},
-    {"the versions", STORE_NODE_VERSION.pszSuffix,
-     [] { return CScheduleMgr::Instance().Reload(); }},
-    {"the cluster", nullptr,
-     [] { return CFrameworkCommon::Instance().InitNodeAndContainerFromZK(); }},
-    {"the CG list", STORE_NODE_CG_LIST.pszSuffix,
-     [] { return CFrameworkCGCommon::Instance().ReloadClusterCGInfoList(); }},
-    {"the centre database", STORE_NODE_CENTER_DB.pszSuffix,
-     [] { return CFrameworkCommon::Instance().ParseCDBFromZK(false); }},
-    {"the manager", STORE_NODE_MGR.pszSuffix,
-     [] { return CFrameworkCommon::Instance().ParseMGRFromZK(false); }},
-};
+std::string Counted(std::size_t uiCount, const char* pszOne) {
+    return std::to_string(uiCount) + ' ' + pszOne + (uiCount == 1 ? "" : "s");
+}
 
-int RunStep(CCluster& cluster, const CLoadStep& step) {
-    if (step.pszSuffix != nullptr) {
-        std::string strText;
-        bool bAbsent = false;
-        const int iCode = cluster.store.Read(step.pszSuffix, strText, bAbsent);
-        if (iCode != ORVA_SUCCEED || bAbsent) {
-            return iCode;
+std::string FoundPlugins() {
+    std::string strNames;
+    for (const CPluginFile& file : CPluginMgr::Instance().GetPluginFiles()) {
+        if (file.pPlugin != nullptr) {
+            strNames += (strNames.empty() ? "" : ", ") + file.strName;
         }
     }
-    return step.pLoad();
+    return strNames.empty() ? "none" : strNames;
+}
+
+std::string FoundConfiguration() {
+    const CClusterConfigZNodeInfo configuration = CFrameworkCommon::Instance().GetClusterConfig();
+    return std::string("fault shift ") + (configuration.IsFaultShift() ? "on" : "off") +
+           ", load balance " + (configuration.IsLoadBalance() ? "on" : "off");
+}
+
+std::string FoundVersions() {
+    const CScheduleMgr& versions = CScheduleMgr::Instance();
+    return "decision " + std::to_string(versions.GetDecisionVerNum()) + ", master " +
+           std::to_string(versions.GetMasterVerNum());
+}
+
+std::string FoundCluster() {
+    std::list<CNode> nodes;
+    CNodeMgr::Instance().GetAllNode(nodes);
+    ContainerMap containers;
+    CContainerMgr::Instance().GetAllContainer(containers);
+    return Counted(nodes.size(), "node") + ", " + Counted(containers.size(), "container");
+}
+
+std::string FoundCgList() {
+    CClusterCGInfoList list;
+    CFrameworkCGCommon::Instance().GetClusterCGInfoList(list);
+    return std::to_string(list.GetSize()) + (list.GetSize() == 1 ? " entry" : " entries");
+}
+
+std::string FoundCenterDb() {
+    const CClusterDBZNodeInfo& databases = CFrameworkCommon::Instance().GetClusterDBInfo();
+    std::list<CClusterDBInfo> slaves;
+    databases.GetAllSlaveDB(slaves);
+    return "master " + databases.GetMasterDB().GetNodeId() + ", " + Counted(slaves.size(), "slave");
+}
+
+std::string FoundManager() {
+    return "master " + CFrameworkCommon::Instance().GetClusterMGRInfo().GetMasterMGR().GetNodeId();
+}
+
+constexpr CLoadStep STEPS[] = {
+    {"the plug-ins", nullptr, &LoadPlugins, &FoundPlugins},
+    {"the configuration", nullptr,
+     [] { return CFrameworkCommon::Instance().InitClusterConfigFromZK(); }, &FoundConfiguration},
+    {"the versions", STORE_NODE_VERSION.pszSuffix, [] { return CScheduleMgr::Instance().Reload(); },
+     &FoundVersions},
+    {"the cluster", nullptr,
+     [] { return CFrameworkCommon::Instance().InitNodeAndContainerFromZK(); }, &FoundCluster},
+    {"the CG list", STORE_NODE_CG_LIST.pszSuffix,
+     [] { return CFrameworkCGCommon::Instance().ReloadClusterCGInfoList(); }, &FoundCgList},
+    {"the centre database", STORE_NODE_CENTER_DB.pszSuffix,
+     [] { return CFrameworkCommon::Instance().ParseCDBFromZK(false); }, &FoundCenterDb},
+    {"the manager", STORE_NODE_MGR.pszSuffix,
+     [] { return CFrameworkCommon::Instance().ParseMGRFromZK(false); }, &FoundManager},
+};
+
+int RunStep(CCluster& cluster, const CLoadStep& step, const OnLoadStep& onStep) {
+    bool bAbsent = false;
+    int iCode = ORVA_SUCCEED;
+    if (step.pszSuffix != nullptr) {
+        std::string strText;
+        iCode = cluster.store.Read(step.pszSuffix, strText, bAbsent);
+    }
+    if (iCode == ORVA_SUCCEED && !bAbsent) {
+        iCode = step.pLoad();
+    }
+    if (iCode == ORVA_SUCCEED) {
+        onStep(step.pszWhat, bAbsent ? "absent" : step.pFound());
+    }
+    return iCode;
+}
+
+/// As in ": bad.so: file too short"; empty when all are loaded.
+std::string FailedPlugin() {
+    const std::list<CPluginFile> files = CPluginMgr::Instance().GetPluginFiles();
+    const auto it = std::find_if(files.begin(), files.end(), &HasFailed);
+    return it != files.end() ? ": " + it->strFile + ": " + it->strFailure : "";
 }
 
 /// A record for each member of the registries.
@@ -105,28 +184,37 @@ int LoadAssignments(CCluster& cluster) {
     return iCode;
 }
 
+/// How many tasks are in containers.
+std::size_t TasksOf(const CCluster& cluster) {
+    std::size_t uiTasks = 0;
+    for (const auto& [addr, record] : cluster.state.containers) {
+        uiTasks += record.tasks.size();
+    }
+    return uiTasks;
+}
+
 void TellLoaded(CCluster& cluster) {
     CEvent event;
     event.eEvent = EEvent::LOADED;
     event.strCause = std::to_string(cluster.state.nodes.size()) + " nodes, " +
                      std::to_string(cluster.state.containers.size()) + " containers";
-    for (const auto& [addr, record] : cluster.state.containers) {
-        event.uiTasks += static_cast<uint32_t>(record.tasks.size());
-    }
+    event.uiTasks = static_cast<uint32_t>(TasksOf(cluster));
     cluster.Tell(std::move(event));
 }
 
 }  // namespace
 
-int LoadCluster(CCluster& cluster, std::string& strWhy) {
+int LoadCluster(CCluster& cluster, std::string& strWhy, const OnLoadStep& onStep) {
+    const OnLoadStep tell = onStep ? onStep : [](const std::string&, const std::string&) {};
     cluster.Begin();
     for (const CLoadStep& step : STEPS) {
-        if (const int iCode = RunStep(cluster, step); iCode != ORVA_SUCCEED) {
-            strWhy = std::string("cannot load ") + step.pszWhat;
+        if (const int iCode = RunStep(cluster, step, tell); iCode != ORVA_SUCCEED) {
+            strWhy = std::string("cannot load ") + step.pszWhat + FailedPlugin();
             return iCode;
         }
     }
     ReadStandardTasks(cluster);
+    tell("the standard tasks", std::to_string(cluster.state.standardTasks.size()));
     cluster.plugins.Load();
     TakeMembers(cluster);
     int iCode = LoadMemberStatus(cluster);
@@ -140,6 +228,7 @@ int LoadCluster(CCluster& cluster, std::string& strWhy) {
         strWhy = "cannot write down who has what stood in two places";
         return iCode;
     }
+    tell("what the containers are to do", Counted(TasksOf(cluster), "task"));
     cluster.state.ullDecision = CScheduleMgr::Instance().GetDecisionVerNum();
     cluster.state.ullAnswers = static_cast<uint64_t>(cluster.state.iNow) << 20U;
     cluster.state.bLoaded = true;

@@ -195,7 +195,7 @@ CCallResult CPluginGate::Run(CPluginRecord& plugin, const std::shared_ptr<Argume
     const uint64_t ullStoreFailures = m_host.gate.GetFailures();
     const auto pOutcome = std::make_shared<COutcome>();
     const bool bBack = m_host.runner.Run(
-        plugin.strName,
+        plugin.strName, operation.pszName,
         std::make_shared<std::function<void()>>(
             [pOutcome, pArguments, pPlugin = plugin.pPlugin, pCall = operation.pCall] {
                 Catch(*pOutcome, [&] { return pCall(*pPlugin, *pArguments); });

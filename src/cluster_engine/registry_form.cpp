@@ -14,11 +14,6 @@
 
 namespace {
 
-CFigures FiguresOf(const CSystemResource& resource) {
-    return {resource.GetCpu(), resource.GetMem(), resource.GetIO(), resource.GetNet(),
-            resource.GetDisk()};
-}
-
 CNodeForm FormOf(const CNode& node) {
     CNodeForm form;
     std::list<std::string> types;
@@ -53,21 +48,6 @@ CNode NodeOf(const CNodeForm& form, const std::vector<CFigures>& samples) {
         node.SetCurResource(sample.ToResource());
     }
     return node;
-}
-
-CStorageForm StorageOf(const CContainer& container) {
-    CStorageForm form;
-    std::list<ORVA_CLOUD_STORAGE_ALLOC_INFO> allocations;
-    container.GetAllocInfoList(allocations);
-    form.strProductType = container.GetProductType();
-    form.strServiceType = container.GetServiceType();
-    form.iReqStorage = container.GetReqStorage();
-    form.iReqPicStorage = container.GetReqPicStorage();
-    form.iBitRate = container.GetBitRate();
-    form.iTranBandWidth = container.GetTranBandWidth();
-    form.bUpdate = container.GetUptadeFlag();
-    form.allocations.assign(allocations.begin(), allocations.end());
-    return form;
 }
 
 CContainerForm FormOf(const CContainer& container) {
@@ -229,6 +209,21 @@ int RestoreManager(CCluster& /*cluster*/, const CRegistryForm& form) {
 }
 
 }  // namespace
+
+CStorageForm StorageOf(const CContainer& container) {
+    CStorageForm form;
+    std::list<ORVA_CLOUD_STORAGE_ALLOC_INFO> allocations;
+    container.GetAllocInfoList(allocations);
+    form.strProductType = container.GetProductType();
+    form.strServiceType = container.GetServiceType();
+    form.iReqStorage = container.GetReqStorage();
+    form.iReqPicStorage = container.GetReqPicStorage();
+    form.iBitRate = container.GetBitRate();
+    form.iTranBandWidth = container.GetTranBandWidth();
+    form.bUpdate = container.GetUptadeFlag();
+    form.allocations.assign(allocations.begin(), allocations.end());
+    return form;
+}
 
 CRegistryForm ReadRegistries() {
     CRegistryForm form;

@@ -61,6 +61,8 @@ struct CStorageForm {
     }
 };
 
+CStorageForm StorageOf(const CContainer& container);
+
 struct CContainerForm {
     CPlace place;
     bool bOnline = true;

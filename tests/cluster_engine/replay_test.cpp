@@ -23,7 +23,7 @@ class CLateRunner : public IPluginRunner {
 public:
     explicit CLateRunner(unsigned int uiSeed) : m_dice(uiSeed) {}
 
-    bool Run(const std::string& /*strPlugin*/,
+    bool Run(const std::string& /*strPlugin*/, const std::string& /*strOperation*/,
              std::shared_ptr<std::function<void()>> pCall) override {
         const std::size_t uiDraw = m_dice.Below(200);
         if (uiDraw == 0) {

@@ -18,7 +18,7 @@ public:
         m_pLate.reset();
     }
 
-    bool Run(const std::string& /*strPlugin*/,
+    bool Run(const std::string& /*strPlugin*/, const std::string& /*strOperation*/,
              std::shared_ptr<std::function<void()>> pCall) override {
         if (m_uiCallsUntilLate != 0 && --m_uiCallsUntilLate == 0) {
             m_pLate = std::move(pCall);

@@ -9,7 +9,7 @@
 /// Runs a plug-in's call here and now, however long it takes.
 class CDirectRunner : public IPluginRunner {
 public:
-    bool Run(const std::string& /*strPlugin*/,
+    bool Run(const std::string& /*strPlugin*/, const std::string& /*strOperation*/,
              std::shared_ptr<std::function<void()>> pCall) override {
         (*pCall)();
         return true;

@@ -5,8 +5,9 @@
 
 namespace {
 
-/// How the stores' clients say that a call ran out of time.
+/// How the stores and their clients say that a call ran out of time.
 constexpr int CODES_OUT_OF_TIME[] = {
+    STORE_OUTCOME_UNKNOWN,
     -4,  // ZooKeeper: the connection was lost
     -7,  // ZooKeeper: the operation timed out
     5,   // SQLite: somebody else has the file locked

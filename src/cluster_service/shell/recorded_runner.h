@@ -16,10 +16,11 @@ public:
     CRecordedRunner(IPluginRunner& runner, const CRecordedStore& store)
         : m_runner(runner), m_store(store) {}
 
-    bool Run(const std::string& strPlugin, std::shared_ptr<std::function<void()>> pCall) override {
+    bool Run(const std::string& strPlugin, const std::string& strOperation,
+             std::shared_ptr<std::function<void()>> pCall) override {
         ++m_ullCalls;
         const uint64_t ullBefore = m_store.GetCalls();
-        const bool bBack = m_runner.Run(strPlugin, std::move(pCall));
+        const bool bBack = m_runner.Run(strPlugin, strOperation, std::move(pCall));
         if (!bBack && m_onChance) {
             m_onChance(CLateCall{m_ullCalls, m_store.GetCalls() - ullBefore,
                                  CScheduleMgr::Instance().GetDecisionVerNum()});

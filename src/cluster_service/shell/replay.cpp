@@ -63,7 +63,8 @@ int CReplay::Commit(const std::vector<CStoreCondition>& /*conditions*/,
     return iCode != 0 ? iCode : m_store.Commit({}, texts);
 }
 
-bool CReplay::Run(const std::string& /*strPlugin*/, std::shared_ptr<std::function<void()>> pCall) {
+bool CReplay::Run(const std::string& /*strPlugin*/, const std::string& /*strOperation*/,
+                  std::shared_ptr<std::function<void()>> pCall) {
     ++m_ullPluginCalls;
     const auto* const pLate =
         Find<CLateCall>([this](const CLateCall& late) { return late.ullCall == m_ullPluginCalls; });

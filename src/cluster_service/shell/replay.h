@@ -25,7 +25,8 @@ public:
     int Commit(const std::vector<CStoreCondition>& conditions,
                const std::vector<CStoreText>& texts) override;
 
-    bool Run(const std::string& strPlugin, std::shared_ptr<std::function<void()>> pCall) override;
+    bool Run(const std::string& strPlugin, const std::string& strOperation,
+             std::shared_ptr<std::function<void()>> pCall) override;
     bool IsBusy(const std::string& strPlugin) override;
 
 private:

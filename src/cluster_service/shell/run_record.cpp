@@ -72,7 +72,7 @@ void CRunRecord::BeginFile(const CClusterEngine& engine) {
     do {
         ++m_uiFiles;
         m_strName = m_uiFiles == 1 ? m_strFile : m_strFile + '.' + std::to_string(m_uiFiles);
-    } while (m_uiFiles != 1 && std::filesystem::exists(m_strName));
+    } while (std::filesystem::is_regular_file(m_strName));
     m_pWriter.reset();
     m_stream = std::ofstream(m_strName, std::ios::binary);
     m_digest = CRunDigest();
