@@ -6,8 +6,8 @@
 #include <vector>
 
 #include "cluster_engine/engine_fixture.h"
-#include "cluster_engine/scripted_plugin.h"
 #include "reference_host/host_settings.h"
+#include "support/scripted_plugin.h"
 
 inline CContainerAddr Scripted(const std::string& strNodeId) {
     return {strNodeId, PSZ_SCRIPTED_TYPE};

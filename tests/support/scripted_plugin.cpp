@@ -1,4 +1,4 @@
-#include "cluster_engine/scripted_plugin.h"
+#include "support/scripted_plugin.h"
 
 #include "common/task_xml.h"
 #include "common_service/tarn_def.h"
