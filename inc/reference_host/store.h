@@ -1,7 +1,9 @@
 #pragma once
 
+#include <chrono>
 #include <cstddef>
 #include <cstdint>
+#include <functional>
 #include <memory>
 #include <optional>
 #include <string>
@@ -25,6 +27,7 @@ enum enStoreError {
     STORE_NO_SUPPORT = 109200004,        ///< this store cannot do that
     STORE_CONDITION_FAILED = 109200005,  ///< nothing written: a node is at another version
     STORE_OUTCOME_UNKNOWN = 109200006,   ///< written whole or not at all, now or still to come
+    STORE_NAME_HELD = 109200007,         ///< another holds the name
 };
 
 /// The version of a node that is not there.
@@ -51,6 +54,10 @@ struct CStoreText {
     std::string strPath;
     std::string strText;
 };
+
+/// Called once when a hold is lost, from a thread of the store's own and never with a lock of the
+/// store held. It may call the store, and hold the name anew.
+using HoldLost = std::function<void()>;
 
 /// A coordination store: a tree of nodes with a text each. Callable from any thread; every call
 /// ends within a bounded time.
@@ -84,6 +91,39 @@ public:
     virtual int Commit(const std::vector<CStoreCondition>& /*conditions*/,
                        const std::vector<CStoreText>& /*texts*/) {
         return STORE_NO_SUPPORT;
+    }
+
+    /// Holds a name, which of all stores on the same data one does at a time: until Release, until
+    /// the hold is lost, or until this object or its process ends. The name is the path of a node,
+    /// which nothing else should write. The node gets the text, which says who holds the name. A
+    /// commit with its version as a condition is refused from the moment that somebody else has
+    /// held the name, also before the loss of the hold is told.
+    ///
+    /// Returns 0, and the holder is the node; STORE_NAME_HELD, also when this store itself holds
+    /// the name, and the holder is the node as whoever holds it wrote it, with an empty text when
+    /// that is not there yet; or another code, with the holder untouched. What may have come of a
+    /// call that failed so ends with Release.
+    virtual int Hold(const std::string& /*strPath*/, const std::string& /*strText*/,
+                     const HoldLost& /*onLost*/, CStoreAnswer& /*holder*/) {
+        return STORE_NO_SUPPORT;
+    }
+
+    /// Lets go of a name that this store holds; one that it does not hold is left alone. The loss
+    /// of the hold is not told any more, unless that has begun. Returns 0, or a code: others may
+    /// then find the name held until this object ends.
+    virtual int Release(const std::string& /*strPath*/) {
+        return STORE_NO_SUPPORT;
+    }
+
+    /// Tells who holds a name, without taking it: the holder is the node, or absent when nobody
+    /// does, whatever the node then holds. Returns 0, or a code with the holder untouched.
+    virtual int FindHolder(const std::string& /*strPath*/, CStoreAnswer& /*holder*/) {
+        return STORE_NO_SUPPORT;
+    }
+
+    /// How long a name may still be found held at most when the process that held it is gone.
+    virtual std::chrono::milliseconds GetHoldAfterlife() {
+        return std::chrono::milliseconds(0);
     }
 };
 

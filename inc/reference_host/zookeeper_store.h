@@ -35,6 +35,11 @@ struct CZooKeeperOptions {
 /// the absence of a node that it does not write makes and removes that node, or the topmost one
 /// missing above it, in its one step: nobody can read it, but a watcher of that node is called.
 ///
+/// A name is held by an ephemeral node, which the servers take away when the session is closed, or
+/// its time-out has passed without contact. Without contact the hold is lost a tenth of the
+/// time-out before that; also when a commit just then is still to come to the servers, it comes to
+/// nothing if the version of the hold is its condition.
+///
 /// Watchers run on a thread of the store's own, one after the other, and may call the store. They
 /// are called for what the contract names, and also when a change may have been missed or the node
 /// was deleted: after a lost session for every watched node, and after a read that failed for want
@@ -58,8 +63,13 @@ public:
     int List(const std::string& strPath, std::vector<std::string>& children) override;
     int Commit(const std::vector<CStoreCondition>& conditions, const std::vector<CStoreText>& texts)
         override;
+    int Hold(const std::string& strPath, const std::string& strText, const HoldLost& onLost,
+             CStoreAnswer& holder) override;
+    int Release(const std::string& strPath) override;
+    int FindHolder(const std::string& strPath, CStoreAnswer& holder) override;
+    std::chrono::milliseconds GetHoldAfterlife() override;
 
 private:
     class CClient;
-    std::shared_ptr<CClient> m_pClient;
+    std::unique_ptr<CClient> m_pClient;
 };
