@@ -8,7 +8,8 @@
 #include "reference_host/store.h"
 
 /// A store that lives in memory. Watchers run on the writing thread, after the store's own mutex is
-/// released. For tests it fails a chosen call, counts its calls and shows what it holds.
+/// released. For tests it fails a chosen call, counts its calls, shows what it holds and takes a
+/// held name away.
 class [[gnu::visibility("default")]] CMemoryStore : public IStore {
 public:
     CMemoryStore();
@@ -19,6 +20,10 @@ public:
     int List(const std::string& strPath, std::vector<std::string>& children) override;
     int Commit(const std::vector<CStoreCondition>& conditions, const std::vector<CStoreText>& texts)
         override;
+    int Hold(const std::string& strPath, const std::string& strText, const HoldLost& onLost,
+             CStoreAnswer& holder) override;
+    int Release(const std::string& strPath) override;
+    int FindHolder(const std::string& strPath, CStoreAnswer& holder) override;
 
     /// Makes the uiNth call from now, 1 being the next, fail with iCode: once, the calls of IStore
     /// counted together. A call that fails so leaves the store, the watches and the answer alone.
@@ -37,6 +42,9 @@ public:
     /// failed, and no watcher fires.
     void Put(const std::string& strPath, const std::optional<std::string>& text);
     void Erase(const std::string& strPath);
+
+    /// Ends the hold of a name as the loss of a session does, and tells so on this thread.
+    void LoseHold(const std::string& strPath);
 
 private:
     struct CState;

@@ -11,6 +11,9 @@
 /// Several programs may use the file at once, a commit of one being a condition for the others;
 /// watchers run on the writing thread and hear of this object's writes only.
 ///
+/// A name is held by a lock on the file that no reader or writer feels. It is never lost, and gone
+/// with its process at once, however that ends; a child that the process forked keeps it.
+///
 /// The file is marked as a store's: a database that another program made, or a later release, is
 /// refused with SQLITE_NOTADB and left as it is. A file of the first releases, which has no mark
 /// and no versions, is read as it is, each node at version 0, and given both with its first write.
@@ -47,6 +50,10 @@ public:
     int List(const std::string& strPath, std::vector<std::string>& children) override;
     int Commit(const std::vector<CStoreCondition>& conditions, const std::vector<CStoreText>& texts)
         override;
+    int Hold(const std::string& strPath, const std::string& strText, const HoldLost& onLost,
+             CStoreAnswer& holder) override;
+    int Release(const std::string& strPath) override;
+    int FindHolder(const std::string& strPath, CStoreAnswer& holder) override;
 
 private:
     struct CState;

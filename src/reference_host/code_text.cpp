@@ -28,6 +28,7 @@ const std::vector<CNamedCode>& NamedCodes() {
         {STORE_NO_SUPPORT, "STORE_NO_SUPPORT", "this kind of store cannot do that"},
         {STORE_CONDITION_FAILED, "STORE_CONDITION_FAILED", "the store has changed meanwhile"},
         {STORE_OUTCOME_UNKNOWN, "STORE_OUTCOME_UNKNOWN", "whether it was written is not known"},
+        {STORE_NAME_HELD, "STORE_NAME_HELD", "another holds the name"},
         {SQLITE_PERM, "SQLITE_PERM", "the store's file may not be used"},
         {SQLITE_BUSY, "SQLITE_BUSY", "another program keeps the store's file locked"},
         {SQLITE_LOCKED, "SQLITE_LOCKED", "the store's file is locked"},

@@ -25,6 +25,7 @@ struct __attribute__((visibility("hidden"))) CMemoryStore::CState {
     std::map<std::string, CNode> mapNode;
     std::int64_t iNewestVersion = 0;  ///< of all nodes: one that was taken away comes back newer
     CWatchTable watches;
+    std::map<std::string, HoldLost> mapHold;  ///< the names that are held
     unsigned int uiCallCount = 0;
     unsigned int uiFailingCall = 0;
     int iFailingCode = 0;
@@ -147,6 +148,50 @@ int CMemoryStore::Commit(const std::vector<CStoreCondition>& conditions,
     return 0;
 }
 
+int CMemoryStore::Hold(const std::string& strPath, const std::string& strText,
+                       const HoldLost& onLost, CStoreAnswer& holder) {
+    CNodeEvents events;
+    {
+        const std::lock_guard<std::mutex> guard(m_pState->mutex);
+        const int iRet = m_pState->CountCallLocked();
+        if (iRet != 0) {
+            return iRet;
+        }
+        const bool bTaken = m_pState->mapHold.try_emplace(strPath, onLost).second;
+        if (bTaken) {
+            m_pState->WriteLocked(strPath, strText, events);
+        }
+        m_pState->GetLocked(strPath, holder);
+        if (!bTaken) {
+            return STORE_NAME_HELD;
+        }
+    }
+    events.Fire();
+    return 0;
+}
+
+int CMemoryStore::Release(const std::string& strPath) {
+    const std::lock_guard<std::mutex> guard(m_pState->mutex);
+    const int iRet = m_pState->CountCallLocked();
+    if (iRet == 0) {
+        m_pState->mapHold.erase(strPath);
+    }
+    return iRet;
+}
+
+int CMemoryStore::FindHolder(const std::string& strPath, CStoreAnswer& holder) {
+    const std::lock_guard<std::mutex> guard(m_pState->mutex);
+    const int iRet = m_pState->CountCallLocked();
+    if (iRet != 0) {
+        return iRet;
+    }
+    holder = CStoreAnswer();
+    if (m_pState->mapHold.count(strPath) != 0) {
+        m_pState->GetLocked(strPath, holder);
+    }
+    return 0;
+}
+
 void CMemoryStore::FailCall(unsigned int uiNth, int iCode) {
     const std::lock_guard<std::mutex> guard(m_pState->mutex);
     m_pState->uiFailingCall = m_pState->uiCallCount + uiNth;
@@ -177,4 +222,15 @@ void CMemoryStore::Put(const std::string& strPath, const std::optional<std::stri
 void CMemoryStore::Erase(const std::string& strPath) {
     const std::lock_guard<std::mutex> guard(m_pState->mutex);
     m_pState->mapNode.erase(strPath);
+}
+
+void CMemoryStore::LoseHold(const std::string& strPath) {
+    std::map<std::string, HoldLost>::node_type lost;
+    {
+        const std::lock_guard<std::mutex> guard(m_pState->mutex);
+        lost = m_pState->mapHold.extract(strPath);
+    }
+    if (!lost.empty()) {
+        lost.mapped()();
+    }
 }

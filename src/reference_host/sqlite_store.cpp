@@ -2,12 +2,14 @@
 
 #include <algorithm>
 #include <functional>
+#include <map>
 #include <mutex>
 #include <set>
 #include <utility>
 
 #include "common_service/tarn_def.h"
 #include "internal/sqlite_file.h"
+#include "internal/sqlite_hold.h"
 #include "internal/store_tree.h"
 #include "operation_log/operation_log.h"
 
@@ -19,6 +21,10 @@ constexpr char PSZ_OPEN[] = "open sqlite store";
 constexpr char PSZ_READ[] = "read sqlite store";
 constexpr char PSZ_WRITE[] = "write sqlite store";
 constexpr char PSZ_COMMIT[] = "commit to sqlite store";
+constexpr char PSZ_HOLD[] = "hold name in sqlite store";
+
+/// Between two looks for the text of a name that was taken at this moment.
+constexpr unsigned int NUMERIC_LOOK_PAUSE_MS = 5;
 
 // Where the table has no versions yet, the name is that of the outer query's column.
 constexpr char PSZ_SELECT[] =
@@ -97,12 +103,18 @@ struct __attribute__((visibility("hidden"))) CSqliteStore::CState {
     int WriteNode(const std::string& strPath, const std::string& strText);
     int CreateNode(const std::string& strPath);
 
+    int ReadOne(const std::string& strPath, CStoreAnswer& answer);
+    int TakeName(const std::string& strPath, CSqliteHold& hold);
+    int Hold(const std::string& strPath, const std::string& strText, CStoreAnswer& holder);
+    int FindHolder(const std::string& strPath, CStoreAnswer& holder);
+
     std::string Reason(int iCode) const { return strFile + ": " + ReasonOfSqlite(iCode); }
 
     const std::string strFile;
     const unsigned int uiBusyTimeoutMs;
     const bool bReadOnly;
-    std::mutex mutex;  ///< guards everything below
+    std::mutex mutex;                            ///< guards everything below
+    std::map<std::string, CSqliteHold> mapHold;  ///< names; they go behind the database
     CDatabase pDatabase;
     bool bHasTable = false;
     bool bComplete = false;  ///< the file has all that the first write gives it
@@ -241,6 +253,63 @@ int CSqliteStore::CState::Change(const std::vector<CStoreCondition>& conditions,
     return SQLITE_OK;
 }
 
+int CSqliteStore::CState::ReadOne(const std::string& strPath, CStoreAnswer& answer) {
+    const std::lock_guard<std::mutex> guard(mutex);
+    return Look([&](sqlite3* pOpened) { return ReadNode(pOpened, strPath, answer); });
+}
+
+/// Makes the file, if it is not there, to have something to lock.
+int CSqliteStore::CState::TakeName(const std::string& strPath, CSqliteHold& hold) {
+    const std::lock_guard<std::mutex> guard(mutex);
+    const int iRet = bReadOnly ? SQLITE_READONLY : Connect(true);
+    return iRet == SQLITE_OK ? hold.Take(strFile, strPath) : iRet;
+}
+
+int CSqliteStore::CState::Hold(const std::string& strPath, const std::string& strText,
+                               CStoreAnswer& holder) {
+    CStoreAnswer found;
+    CSqliteHold hold;
+    int iRet = TakeName(strPath, hold);
+    while (iRet == STORE_NAME_HELD) {
+        iRet = FindHolder(strPath, found);
+        if (iRet == SQLITE_OK && found.bExists) {
+            holder = std::move(found);
+            return STORE_NAME_HELD;
+        }
+        iRet = iRet == SQLITE_OK ? TakeName(strPath, hold) : iRet;  // it was let go of meanwhile
+    }
+    iRet = iRet == SQLITE_OK ? Change({}, {{strPath, strText}}) : iRet;
+    iRet = iRet == SQLITE_OK ? ReadOne(strPath, found) : iRet;
+    iRet = iRet == SQLITE_OK ? hold.Tell() : iRet;
+    if (iRet == SQLITE_OK) {
+        const std::lock_guard<std::mutex> guard(mutex);
+        mapHold.emplace(strPath, std::move(hold));
+        holder = std::move(found);
+    }
+    return iRet;
+}
+
+/// The text of a name that is held but not told yet is soon there, unless its holder hangs.
+int CSqliteStore::CState::FindHolder(const std::string& strPath, CStoreAnswer& holder) {
+    for (unsigned int uiWaitedMs = 0;; uiWaitedMs += NUMERIC_LOOK_PAUSE_MS) {
+        EHeld eHeld = EHeld::NO;
+        int iRet = CSqliteHold::Look(strFile, strPath, eHeld);
+        if (iRet == SQLITE_OK && eHeld == EHeld::UNTOLD && uiWaitedMs < uiBusyTimeoutMs) {
+            sqlite3_sleep(static_cast<int>(NUMERIC_LOOK_PAUSE_MS));
+            continue;
+        }
+        CStoreAnswer found;
+        if (iRet == SQLITE_OK && eHeld == EHeld::TOLD) {
+            iRet = ReadOne(strPath, found);
+        }
+        if (iRet == SQLITE_OK) {
+            found.bExists = eHeld != EHeld::NO;
+            holder = std::move(found);
+        }
+        return iRet;
+    }
+}
+
 CSqliteStore::CSqliteStore(std::unique_ptr<CState> pState) : m_pState(std::move(pState)) {}
 
 CSqliteStore::~CSqliteStore() = default;
@@ -318,6 +387,33 @@ int CSqliteStore::Commit(const std::vector<CStoreCondition>& conditions,
     }
     if (iRet != SQLITE_OK) {
         LogFailure(PSZ_COMMIT, PrimaryCode(iRet), "%s", m_pState->Reason(iRet).c_str());
+    }
+    return PrimaryCode(iRet);
+}
+
+/// A hold on a file is never lost.
+int CSqliteStore::Hold(const std::string& strPath, const std::string& strText, const HoldLost&,
+                       CStoreAnswer& holder) {
+    const int iRet = m_pState->Hold(strPath, strText, holder);
+    if (iRet == STORE_NAME_HELD) {
+        return iRet;
+    }
+    if (iRet != SQLITE_OK) {
+        LogFailure(PSZ_HOLD, PrimaryCode(iRet), "%s", m_pState->Reason(iRet).c_str());
+    }
+    return PrimaryCode(iRet);
+}
+
+int CSqliteStore::Release(const std::string& strPath) {
+    const std::lock_guard<std::mutex> guard(m_pState->mutex);
+    m_pState->mapHold.erase(strPath);
+    return 0;
+}
+
+int CSqliteStore::FindHolder(const std::string& strPath, CStoreAnswer& holder) {
+    const int iRet = m_pState->FindHolder(strPath, holder);
+    if (iRet != SQLITE_OK) {
+        LogFailure(PSZ_HOLD, PrimaryCode(iRet), "%s", m_pState->Reason(iRet).c_str());
     }
     return PrimaryCode(iRet);
 }
