@@ -266,8 +266,8 @@ TEST_F(ZooKeeperStoreFollower, ExpiredSessionIsReplacedAndItsWatchesFire) {
     ASSERT_EQ(m_otherStore.Write(m_strPath + "/followed", "last"), 0);
     EXPECT_TRUE(AwaitFired(m_strPath + "/followed"));
     EXPECT_EQ(CountFired(m_strPath), 1);
-    EXPECT_THAT(m_logger.GetLinesOf("zookeeper_store"),
-                Contains(Warn("keep store session", "zookeeper_store", "OnSessionState",
+    EXPECT_THAT(m_logger.GetLinesOf("zookeeper_session"),
+                Contains(Warn("keep store session", "zookeeper_session", "OnSessionState",
                               "session lost, opening another")));
 }
 
@@ -286,8 +286,8 @@ TEST_F(ZooKeeperStoreOnFailingServer, RestartBetweenCallsCostsNoCall) {
     m_server.StartServing();
     EXPECT_EQ(ReadExpectingSuccess(store, m_strPath).text, "kept");
     EXPECT_EQ(store.Write(m_strPath, "new"), 0);
-    EXPECT_THAT(m_logger.GetLinesOf("zookeeper_store"),
-                ElementsAre(Warn("keep store session", "zookeeper_store", "OnSessionState",
+    EXPECT_THAT(m_logger.GetLinesOf("zookeeper_session"),
+                ElementsAre(Warn("keep store session", "zookeeper_session", "OnSessionState",
                                  "connection lost, seeking another")));
 }
 
@@ -343,7 +343,7 @@ TEST_F(ZooKeeperStoreOnFailingServer, FrozenServerEndsCallsAtTheirDeadline) {
     m_server.Freeze();
     EXPECT_EQ(CodeOfFailingRead(store, SHORT_DEADLINE), OPERATION_TIMEOUT);
     EXPECT_EQ(CodeOfFailingWrite(store, SHORT_DEADLINE), OPERATION_TIMEOUT);
-    EXPECT_THAT(m_logger.GetLinesOf("zookeeper_store"),
+    EXPECT_THAT(m_logger.GetLines(),
                 ElementsAre(Err("read store node", OPERATION_TIMEOUT, "zookeeper_store", "Read",
                                 m_strPath + ": operation timeout"),
                             Err("write store node", OPERATION_TIMEOUT, "zookeeper_store", "Write",
@@ -392,7 +392,7 @@ TEST_F(ZooKeeperStoreWithoutServer, RefusedConnectionEndsCallsQuietlyAtTheirDead
     EXPECT_EQ(CodeOfFailingRead(store, SHORT_DEADLINE), CONNECTION_LOSS);
     EXPECT_EQ(CodeOfFailingWrite(store, SHORT_DEADLINE), CONNECTION_LOSS);
     EXPECT_EQ(testing::internal::GetCapturedStderr(), "");
-    EXPECT_THAT(m_logger.GetLinesOf("zookeeper_store"),
+    EXPECT_THAT(m_logger.GetLines(),
                 ElementsAre(Err("read store node", CONNECTION_LOSS, "zookeeper_store", "Read",
                                 TestPath() + ": connection loss"),
                             Err("write store node", CONNECTION_LOSS, "zookeeper_store", "Write",
@@ -406,8 +406,8 @@ TEST_P(ZooKeeperStoreWithBadServerList, CallsEndAtTheirDeadline) {
     CZooKeeperStore store(OptionsFor(GetParam(), SHORT_DEADLINE));
     EXPECT_EQ(CodeOfFailingRead(store, SHORT_DEADLINE), CONNECTION_LOSS);
     EXPECT_EQ(CodeOfFailingWrite(store, SHORT_DEADLINE), CONNECTION_LOSS);
-    const CLogLine first = m_logger.GetLinesOf("zookeeper_store").at(0);
-    EXPECT_EQ(first, Err("keep store session", first.code.value_or(0), "zookeeper_store",
+    const CLogLine first = m_logger.GetLinesOf("zookeeper_session").at(0);
+    EXPECT_EQ(first, Err("keep store session", first.code.value_or(0), "zookeeper_session",
                          "RenewSession", "list of servers is malformed or does not resolve"));
 }
 
