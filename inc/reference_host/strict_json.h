@@ -23,3 +23,8 @@ struct CJsonFault {
 /// any thread.
 [[gnu::visibility("default")]] std::optional<CJsonFault> ParseStrictJson(std::string_view text,
                                                                          Json::Value& root);
+
+/// The same for a text that somebody sent: it also has no comment and no key twice, and is nested
+/// no deeper than 64. The first bracket that is too deep is told with its place.
+[[gnu::visibility("default")]] std::optional<CJsonFault> ParseForeignJson(std::string_view text,
+                                                                          Json::Value& root);

@@ -15,6 +15,17 @@ std::string FaultOf(const std::string& strText) {
     return fault ? TextOf(*fault) : "";
 }
 
+/// What is wrong with one that somebody sent.
+std::string ForeignFaultOf(const std::string& strText) {
+    Json::Value root;
+    const std::optional<CJsonFault> fault = ParseForeignJson(strText, root);
+    return fault ? TextOf(*fault) : "";
+}
+
+std::string Nested(std::size_t uiDepth) {
+    return std::string(uiDepth, '[') + '1' + std::string(uiDepth, ']');
+}
+
 TEST(StrictJson, TakesOneValueOfAnyKind) {
     for (const char* pszText : {"{}", "[1, 2]", "5", "\"x\"", "null", " {}\n"}) {
         EXPECT_EQ(FaultOf(pszText), "") << pszText;
@@ -44,6 +55,26 @@ TEST(StrictJson, RefusesWhatIsNestedTooDeeply) {
     const std::string strText = std::string(5000, '[') + std::string(5000, ']');
     EXPECT_NE(FaultOf(strText), "");
     EXPECT_EQ(CVersionZNode().ParseJson(strText.c_str()), ORVA_DATA_INVALID);
+}
+
+TEST(ForeignJson, TakesOneValueOfAnyKind) {
+    for (const char* pszText : {"{}", "[1, 2]", "5", "\"x\"", "null", " {}\n"}) {
+        EXPECT_EQ(ForeignFaultOf(pszText), "") << pszText;
+    }
+}
+
+TEST(ForeignJson, RefusesKeysTwiceAndComments) {
+    EXPECT_THAT(ForeignFaultOf("{\"a\":1,\n\"a\":2}"), ::testing::StartsWith("line 2, column "));
+    EXPECT_THAT(ForeignFaultOf("{} // why"), ::testing::StartsWith("line 1, column 4: "));
+    EXPECT_EQ(ForeignFaultOf("{} {}"), "line 1, column 4: Extra non-whitespace after JSON value.");
+}
+
+TEST(ForeignJson, TellsWhereItIsNestedTooDeeply) {
+    EXPECT_EQ(ForeignFaultOf(Nested(64)), "");
+    EXPECT_EQ(ForeignFaultOf(Nested(65)), "line 1, column 65: This is nested too deeply.");
+    EXPECT_EQ(ForeignFaultOf("\n[\"[\\\"[\",\n" + Nested(1000) + ']'),
+              "line 3, column 64: This is nested too deeply.");
+    EXPECT_EQ(ForeignFaultOf("[1]"), "") << "after a refusal too";
 }
 
 }  // namespace
