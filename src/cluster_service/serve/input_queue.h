@@ -1,0 +1,74 @@
+#pragma once
+
+#include <chrono>
+#include <condition_variable>
+#include <cstddef>
+#include <cstdint>
+#include <deque>
+#include <functional>
+#include <mutex>
+#include <vector>
+
+#include "cluster_engine/answer.h"
+#include "cluster_engine/input.h"
+
+/// Told once, on the engine's thread, after the commit that decides: the answers in the order of
+/// the inputs.
+using OnAnswers = std::function<void(std::vector<CAnswer> answers)>;
+
+/// Inputs that came together, with whoever waits for their answers.
+struct CInputBatch {
+    int64_t iTime = 0;  ///< when it entered the queue
+    std::chrono::steady_clock::time_point entered;
+    std::vector<InputBody> inputs;
+    OnAnswers onAnswers;
+};
+
+/// What waits for the engine's thread. Any thread pushes, the engine's takes.
+class CInputQueue {
+public:
+    enum class EPush {
+        TAKEN,
+        FULL,    ///< so many inputs wait that these are refused
+        CLOSED,  ///< no input is taken: the service is stopping, or its lock is gone
+    };
+
+    explicit CInputQueue(std::size_t uiMaxInputs) : m_uiMaxInputs(uiMaxInputs) {}
+
+    /// Refused inputs are not kept. A batch is taken whole or not at all; onAnswers of a refused
+    /// one is never called. One with more inputs than may wait at all is always refused.
+    EPush Push(std::vector<InputBody> inputs, OnAnswers onAnswers);
+
+    /// For what must be heard however full the queue is: that a document has changed.
+    void PushUrgent(InputBody input);
+
+    /// A second has passed: told in its place among the inputs, however full the queue is, and with
+    /// whether reports were refused since the one before.
+    void PushTick();
+
+    /// All that waits, up to uiMost inputs or one batch, the urgent first. Waits until the deadline
+    /// for something; empty then.
+    std::vector<CInputBatch> Take(std::size_t uiMost,
+                                  std::chrono::steady_clock::time_point deadline);
+
+    /// Takes no input any more, or again; what waits stays.
+    void Close();
+    void Open();
+
+    /// Wakes Take.
+    void Wake();
+
+    /// How many inputs wait.
+    std::size_t GetLength() const;
+
+private:
+    const std::size_t m_uiMaxInputs;
+    mutable std::mutex m_mutex;  ///< guards everything below
+    std::condition_variable m_more;
+    std::deque<CInputBatch> m_urgent;
+    std::deque<CInputBatch> m_batches;
+    std::size_t m_uiInputs = 0;  ///< within m_batches, but for ticks
+    bool m_bClosed = false;
+    bool m_bWoken = false;
+    bool m_bRefusedReports = false;
+};
