@@ -1,0 +1,48 @@
+#pragma once
+
+#include <json/value.h>
+
+#include <string>
+
+#include "cluster_engine/answer.h"
+#include "serve/http.h"
+
+/// Why the service itself refuses a request, before or beside the engine. Each has a stable name
+/// and number, as EFault's have.
+enum class EServiceFault {
+    BAD_JSON,
+    UNKNOWN_PATH,
+    WRONG_METHOD,
+    NOT_READY,
+    QUEUE_FULL,
+    STOPPING,
+    BAD_REQUEST,
+    FOREIGN_HOST,
+    NOT_JSON,
+    BODY_TOO_LARGE,
+    HEADER_TOO_LARGE,
+    TOO_SLOW,
+    NO_ANSWER,
+    FOREIGN_ORIGIN,
+    URL_TOO_LONG,
+    TOO_MANY_CONNECTIONS,
+};
+
+/// The name by which it is counted and answered.
+const char* NameOfFault(EServiceFault eFault);
+
+/// The HTTP status of an answer with that fault; 200 without one.
+unsigned int StatusOf(EFault eFault);
+
+/// The one shape of an error: {"error": {"name", "code", "sentence", "remedy", "about"}}. A 503
+/// tells when to come back.
+/// @{
+CHttpReply ErrorReply(EFault eFault, const std::string& strAbout);
+CHttpReply ErrorReply(EServiceFault eFault, const std::string& strAbout);
+/// @}
+
+/// The whole reply to an input that the engine answered.
+CHttpReply AnswerReply(const Json::Value& answer, EFault eFault);
+
+/// AnswerToJson, with a refusal in the one shape of an error.
+Json::Value AnswerBody(const CAnswer& answer);
