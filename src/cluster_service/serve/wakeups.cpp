@@ -1,0 +1,82 @@
+#include "serve/wakeups.h"
+
+#include <fcntl.h>
+#include <poll.h>
+#include <unistd.h>
+
+#include <algorithm>
+#include <array>
+#include <atomic>
+#include <cerrno>
+#include <csignal>
+#include <system_error>
+
+namespace {
+
+constexpr int SIGNALS[] = {SIGTERM, SIGINT};
+
+/// Whom the signals wake.
+std::atomic<const CWakeups*> g_pWakeups{nullptr};
+
+void WakeToStop(int) {
+    const int iErrno = errno;
+    if (const CWakeups* const pWakeups = g_pWakeups; pWakeups != nullptr) {
+        pWakeups->Send(EWakeup::STOP);
+    }
+    errno = iErrno;
+}
+
+void SetHandler(void (*pHandler)(int)) {
+    struct sigaction action {};
+    action.sa_handler = pHandler;
+    action.sa_flags = SA_RESTART;
+    for (const int iSignal : SIGNALS) {
+        sigaction(iSignal, &action, nullptr);
+    }
+}
+
+/// In the unit of poll, rounded up; -1 without a deadline.
+int LeftUntil(std::optional<CWakeups::Clock::time_point> deadline) {
+    if (!deadline) {
+        return -1;
+    }
+    const auto left =
+        std::chrono::ceil<std::chrono::milliseconds>(*deadline - CWakeups::Clock::now());
+    return static_cast<int>(std::max<std::chrono::milliseconds::rep>(left.count(), 0));
+}
+
+}  // namespace
+
+CWakeups::CWakeups() {
+    std::array<int, 2> pipe{};
+    if (pipe2(pipe.data(), O_CLOEXEC | O_NONBLOCK) != 0) {
+        throw std::system_error(errno, std::generic_category(), "cannot make a pipe");
+    }
+    m_fdOut = pipe[0];
+    m_fdIn = pipe[1];
+    g_pWakeups = this;
+    SetHandler(&WakeToStop);
+}
+
+CWakeups::~CWakeups() {
+    SetHandler(SIG_DFL);
+    g_pWakeups = nullptr;
+    close(m_fdIn);
+    close(m_fdOut);
+}
+
+/// A pipe that is full has enough to wake for.
+void CWakeups::Send(EWakeup eWakeup) const {
+    [[maybe_unused]] const auto iWritten = write(m_fdIn, &eWakeup, sizeof(eWakeup));
+}
+
+std::optional<EWakeup> CWakeups::Await(std::optional<Clock::time_point> deadline) const {
+    EWakeup eWakeup{};
+    while (read(m_fdOut, &eWakeup, sizeof(eWakeup)) != sizeof(eWakeup)) {
+        pollfd readable{m_fdOut, POLLIN, 0};
+        if (poll(&readable, 1, LeftUntil(deadline)) == 0) {
+            return std::nullopt;
+        }
+    }
+    return eWakeup;
+}
