@@ -1,6 +1,5 @@
 #include "command/play.h"
 
-#include <fstream>
 #include <memory>
 
 #include "cluster_engine/engine.h"
@@ -18,27 +17,6 @@
 #include "shell/run_record.h"
 
 namespace {
-
-bool ReadFile(const std::string& strFile, CStory& story, std::ostream& errors) {
-    std::ifstream stream(strFile, std::ios::binary);
-    CJournalFault fault;
-    if (ReadStory(stream, story, fault)) {
-        if (!stream.is_open() || stream.bad()) {
-            errors << ShownText(strFile) << ": cannot be read\n";
-            return false;
-        }
-        return true;
-    }
-    errors << ShownText(strFile) << ": " << ShownText(fault.Text()) << "\nnothing was played\n";
-    return false;
-}
-
-std::unique_ptr<ITimeline> MakeTimeline(bool bJson, std::ostream& output) {
-    if (bJson) {
-        return std::make_unique<CJsonTimeline>(output);
-    }
-    return std::make_unique<CTextTimeline>(output);
-}
 
 void ShowSummary(const CPlayer& player, std::ostream& output) {
     output << '\n'
@@ -75,11 +53,7 @@ int Load(CClusterEngine& engine, const CStory& story, std::string& strWhy) {
 int Play(CStage& stage, IStepClock& clock, const CPlayOptions& options, std::ostream& output,
          std::ostream& errors) {
     CStory story;
-    if (!ReadFile(options.strFile, story, errors)) {
-        return EXIT_COULD_NOT;
-    }
-    if (story.lines.empty()) {
-        errors << ShownText(options.strFile) << ": has no input\n";
+    if (!ReadStoryFile(options.strFile, story, errors)) {
         return EXIT_COULD_NOT;
     }
     const std::shared_ptr<CReplay> pReplay =

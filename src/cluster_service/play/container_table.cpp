@@ -1,29 +1,9 @@
 #include "play/container_table.h"
 
-#include <algorithm>
-#include <cstdint>
 #include <list>
 
 #include "framework_service/container_mgr.h"
-
-namespace {
-
-/// As plug-ins see it: what is reported as used and what the tasks cost are two views of one thing,
-/// of which the larger counts.
-int LoadPercent(const CContainer& container, int32_t (CSystemResource::*pReported)() const,
-                int32_t (CResourceTask::*pCost)() const) {
-    const int64_t llTotal = (container.GetTotalResource().*pReported)();
-    const int64_t llUsed = (container.GetStatus().GetCurSysResource().*pReported)();
-    std::list<CResourceTask> tasks;
-    container.GetResoureTask(tasks);
-    int64_t llCosts = 0;
-    for (const CResourceTask& task : tasks) {
-        llCosts += (task.*pCost)();
-    }
-    return llTotal > 0 ? static_cast<int>(100 * std::max(llUsed, llCosts) / llTotal) : 0;
-}
-
-}  // namespace
+#include "shell/container_load.h"
 
 CTable PlayedContainers() {
     static const std::vector<CColumn<CContainer>> columns{
@@ -31,14 +11,8 @@ CTable PlayedContainers() {
         {"container", [](const CContainer& container) { return container.GetContainerType(); }},
         {"online", [](const CContainer& container) { return container.IsOnline(); }},
         {"tasks", [](const CContainer& container) { return container.GetTotalTask(); }},
-        {"disk_percent",
-         [](const CContainer& container) {
-             return LoadPercent(container, &CSystemResource::GetDisk, &CResourceTask::GetDisk);
-         }},
-        {"net_percent",
-         [](const CContainer& container) {
-             return LoadPercent(container, &CSystemResource::GetNet, &CResourceTask::GetNet);
-         }},
+        {"disk_percent", DiskPercent},
+        {"net_percent", NetPercent},
     };
     ContainerMap containerMap;
     CContainerMgr::Instance().GetAllContainer(containerMap);

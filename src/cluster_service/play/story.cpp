@@ -1,8 +1,11 @@
 #include "play/story.h"
 
 #include <ctime>
+#include <fstream>
 #include <limits>
 #include <utility>
+
+#include "reference_host/shown_text.h"
 
 namespace {
 
@@ -277,4 +280,21 @@ bool CStoryReader::Fail(std::string strPlace, std::string strFault, EJournalFaul
 
 bool ReadStory(std::istream& stream, CStory& story, CJournalFault& fault) {
     return CStoryReader(stream, story, fault).Read();
+}
+
+bool ReadStoryFile(const std::string& strFile, CStory& story, std::ostream& errors) {
+    std::ifstream stream(strFile, std::ios::binary);
+    CJournalFault fault;
+    std::string strWhy;
+    if (!ReadStory(stream, story, fault)) {
+        strWhy = ShownText(fault.Text()) + "\nnothing was played";
+    } else if (!stream.is_open() || stream.bad()) {
+        strWhy = "cannot be read";
+    } else if (story.lines.empty()) {
+        strWhy = "has no input";
+    }
+    if (!strWhy.empty()) {
+        errors << ShownText(strFile) << ": " << strWhy << '\n';
+    }
+    return strWhy.empty();
 }

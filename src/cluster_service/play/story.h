@@ -6,6 +6,7 @@
 #include <cstdint>
 #include <istream>
 #include <optional>
+#include <ostream>
 #include <string>
 #include <variant>
 #include <vector>
@@ -51,3 +52,6 @@ struct CStory {
 
 /// Reads all of it. False, with the first fault and its line, when something is wrong.
 bool ReadStory(std::istream& stream, CStory& story, CJournalFault& fault);
+
+/// Reads a file that has at least one line. False when something is wrong with it, which is told.
+bool ReadStoryFile(const std::string& strFile, CStory& story, std::ostream& errors);

@@ -162,3 +162,10 @@ void CJsonTimeline::ShowUnmet(std::size_t uiLine, const std::string& strText) {
 void CJsonTimeline::ShowObject(const Json::Value& json) {
     m_stream << JsonLine(json) << '\n';
 }
+
+std::unique_ptr<ITimeline> MakeTimeline(bool bJson, std::ostream& stream) {
+    if (bJson) {
+        return std::make_unique<CJsonTimeline>(stream);
+    }
+    return std::make_unique<CTextTimeline>(stream);
+}

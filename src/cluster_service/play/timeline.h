@@ -3,6 +3,7 @@
 #include <cstddef>
 #include <cstdint>
 #include <map>
+#include <memory>
 #include <ostream>
 #include <string>
 #include <vector>
@@ -57,3 +58,5 @@ private:
 
     std::ostream& m_stream;
 };
+
+std::unique_ptr<ITimeline> MakeTimeline(bool bJson, std::ostream& stream);
