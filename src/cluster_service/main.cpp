@@ -1,9 +1,12 @@
 #include <exception>
 #include <iostream>
 #include <memory>
+#include <optional>
 #include <string>
 
+#include "agents/agents.h"
 #include "command/check.h"
+#include "command/cluster_holder.h"
 #include "command/cluster_place.h"
 #include "command/exit_code.h"
 #include "command/export.h"
@@ -20,6 +23,7 @@
 #include "reference_host/host_settings.h"
 #include "reference_host/shown_text.h"
 #include "reference_host/spd_logger.h"
+#include "serve/serve.h"
 #include "step_clock/step_clock.h"
 
 namespace {
@@ -49,11 +53,22 @@ CChangeOptions ChangeOptions(const COptions& options) {
             PlaceText(PlaceOf(options))};
 }
 
+constexpr char PSZ_SERVE[] = "serve";
+
+bool NeedsStore(const COptions&) {
+    return true;
+}
+
 struct CCommand {
     const char* pszName;
     EOpenStore eOpen;
     int (*pRun)(const COptions& options, CStage& stage);
-    bool (*pNeedsStore)(const COptions& options) = [](const COptions&) { return true; };
+    bool (*pNeedsStore)(const COptions& options) = NeedsStore;
+
+    /// The request to a service that does the same; none when nothing does.
+    std::optional<CServiceRequest> (*pRequest)(const COptions& options) = [](const COptions&) {
+        return std::optional<CServiceRequest>();
+    };
 };
 
 constexpr CCommand COMMANDS[] = {
@@ -83,11 +98,22 @@ constexpr CCommand COMMANDS[] = {
      [](const COptions& o, CStage& stage) {
          return Remove(stage, o.strNodeId, o.strContainerType, ChangeOptions(o), std::cout,
                        std::cerr);
+     },
+     NeedsStore,
+     [](const COptions& o) {
+         return std::make_optional(RemovalRequest(o.strNodeId, o.strContainerType));
      }},
     {"promote", EOpenStore::TO_CHANGE,
      [](const COptions& o, CStage& stage) {
          return Promote(stage, o.strNodeId, ChangeOptions(o), std::cout, std::cerr);
-     }},
+     },
+     NeedsStore,
+     [](const COptions& o) { return std::make_optional(PromotionRequest(o.strNodeId)); }},
+    {"agents", EOpenStore::TO_READ,
+     [](const COptions& o, CStage&) {
+         return Agents({o.strServer, o.strStory, o.bJson, o.bStay}, std::cout, std::cerr);
+     },
+     [](const COptions&) { return false; }},
     {"play", EOpenStore::TO_CHANGE,
      [](const COptions& o, CStage& stage) {
          CStepClock clock;
@@ -107,14 +133,31 @@ EMayBeMissing MayBeMissing(EOpenStore eOpen) {
     return bNew ? EMayBeMissing::CLUSTER : EMayBeMissing::NOTHING;
 }
 
-int RunCommand(const CCommand& command, const COptions& options) {
-    const std::string strStore = command.pNeedsStore(options) ? options.strStore : "memory";
-    const EOpenStore eOpen = OpenFor(command, options);
+/// A service that runs the cluster writes its documents as it knows them.
+int CheckNobodyHolds(const CCommand& command, const COptions& options, IStore& store) {
+    const bool bChanges =
+        command.eOpen == EOpenStore::TO_CREATE || command.eOpen == EOpenStore::TO_CHANGE;
+    return bChanges && !options.bDryRun && !options.bForce
+               ? CheckNobodyHolds(store, PlaceOf(options), command.pRequest(options), std::cerr)
+               : EXIT_DONE;
+}
+
+/// Null, said on the standard error stream, when it cannot be opened.
+std::shared_ptr<IStore> OpenNamedStore(const std::string& strStore, EOpenStore eOpen) {
     std::string strError;
     std::shared_ptr<IStore> pStore = OpenStore(strStore, eOpen, strError);
     if (pStore == nullptr) {
         std::cerr << "cannot open the store " << ShownText(strStore) << ": " << ShownText(strError)
                   << '\n';
+    }
+    return pStore;
+}
+
+int RunCommand(const CCommand& command, const COptions& options) {
+    const std::string strStore = command.pNeedsStore(options) ? options.strStore : "memory";
+    const EOpenStore eOpen = OpenFor(command, options);
+    std::shared_ptr<IStore> pStore = OpenNamedStore(strStore, eOpen);
+    if (pStore == nullptr) {
         return EXIT_COULD_NOT;
     }
     const auto pStage = std::make_shared<CStage>(std::move(pStore));
@@ -125,7 +168,46 @@ int RunCommand(const CCommand& command, const COptions& options) {
         !IsPlaceThere(*pStage, PlaceOf(options), MayBeMissing(eOpen), std::cerr)) {
         return EXIT_COULD_NOT;
     }
+    if (const int iResult = CheckNobodyHolds(command, options, *pStage->GetStore());
+        iResult != EXIT_DONE) {
+        return iResult;
+    }
     return command.pRun(options, *pStage);
+}
+
+/// When nobody asked for a log, it is kept until it is known whether anybody wants it: every load
+/// logs errors that need no action.
+void BeginHeldLog(const COptions& options) {
+    static CHeldLog& held = *new CHeldLog(options.eLogLevel, CHeldLog::EKeep::FAILURES);
+    if (!options.bLogWanted) {
+        OMAdapter::getInstance().setLogger(&held);
+    }
+}
+
+void EndHeldLog(Logger& logger, bool bWanted) {
+    CHeldLog* const pHeld = LogOfFailures();
+    if (pHeld == nullptr) {
+        return;
+    }
+    OMAdapter::getInstance().setLogger(&logger);
+    if (bWanted) {
+        pHeld->ReleaseTo(logger);
+    }
+}
+
+/// The service takes its store down by itself, and writes to it without a stage.
+int RunService(const COptions& options, Logger& logger) {
+    std::shared_ptr<IStore> pStore = OpenNamedStore(options.strStore, EOpenStore::TO_CHANGE);
+    if (pStore == nullptr ||
+        (IsStoreKept(options.strStore) &&
+         !IsPlaceThere(*pStore, PlaceOf(options), EMayBeMissing::NOTHING, std::cerr))) {
+        return EXIT_COULD_NOT;
+    }
+    std::cout << PlaceText(PlaceOf(options)) << std::endl;
+    CStepClock clock;
+    const auto onStarted = [&logger](bool bRuns) { EndHeldLog(logger, !bRuns); };
+    return Serve(options.service, PlaceOf(options), std::move(pStore), clock, onStarted, std::cout,
+                 std::cerr);
 }
 
 int RunNamedCommand(const COptions& options) {
@@ -135,19 +217,6 @@ int RunNamedCommand(const COptions& options) {
         }
     }
     return EXIT_COULD_NOT;
-}
-
-/// The log of a command that went well, when nobody asked for a log, is of no interest: every load
-/// logs errors that need no action.
-int RunWithHeldLog(const COptions& options, Logger& logger) {
-    static CHeldLog& held = *new CHeldLog(options.eLogLevel, CHeldLog::EKeep::FAILURES);
-    OMAdapter::getInstance().setLogger(&held);
-    const int iResult = RunNamedCommand(options);
-    OMAdapter::getInstance().setLogger(&logger);
-    if (iResult == EXIT_COULD_NOT) {
-        held.ReleaseTo(logger);
-    }
-    return iResult;
 }
 
 /// What a command ends with whose output was not all written.
@@ -168,8 +237,10 @@ int Run(int argc, char** argv) {
     Configure(
         {options.strClusterCode, options.strLocalIp, options.strLibDir, options.strConfigDir});
     OMAdapter::getInstance().setLogger(pLogger);
+    BeginHeldLog(options);
     const int iResult =
-        options.bLogWanted ? RunNamedCommand(options) : RunWithHeldLog(options, *pLogger);
+        options.strCommand == PSZ_SERVE ? RunService(options, *pLogger) : RunNamedCommand(options);
+    EndHeldLog(*pLogger, iResult == EXIT_COULD_NOT);
     return pLogger->HasLostLines() ? WithoutItsOutput(iResult) : iResult;
 }
 

@@ -109,11 +109,18 @@ void AddJson(CLI::App& command, COptions& options, const char* pszDescription) {
     command.add_flag("--json", options.bJson, pszDescription);
 }
 
+void AddForce(CLI::App& command, COptions& options) {
+    command.add_flag("--force", options.bForce,
+                     "change the store also while a service runs the cluster; the two may write "
+                     "over each other");
+}
+
 constexpr char PSZ_JSON_DIFFERENCE[] = "show what would be different as JSON";
 
 void AddChangeOptions(CLI::App& command, COptions& options) {
     command.add_flag("-y,--yes", options.bYes, "go ahead without asking");
     command.add_flag("--dry-run", options.bDryRun, "show what would be different, change nothing");
+    AddForce(command, options);
     AddJson(command, options, PSZ_JSON_DIFFERENCE);
     command
         .add_option("--undo", options.strUndoFile,
@@ -201,6 +208,7 @@ void AddPlayCommand(CLI::App& app, COptions& options) {
         ->check(CLI::ExistingFile)
         ->type_name("");
     pPlay->add_flag("--dry-run", options.bDryRun, "leave the store as it is");
+    AddForce(*pPlay, options);
     AddJson(*pPlay, options, "a JSON line for each event, answer and table");
     pPlay->add_option("--journal", options.strJournal, "write what is played to this new file")
         ->check(CLI::NonexistentPath)
@@ -222,11 +230,94 @@ void AddPlayCommand(CLI::App& app, COptions& options) {
         "  {\"time\":\"07:02:00\", \"expect\":{\"event\":\"offline\", \"node\":\"n1\"}}");
 }
 
+void AddAgentsCommand(CLI::App& app, COptions& options) {
+    CLI::App* pAgents = app.add_subcommand(
+        "agents", "Lives a story with a service that is up, as the agents of its cluster.");
+    pAgents->add_option("--server", options.strServer, "where the service listens")
+        ->capture_default_str()
+        ->type_name("URL");
+    pAgents->add_option("--story", options.strStory, "the story: JSON lines, as for \"play\"")
+        ->capture_default_str()
+        ->type_name("FILE");
+    pAgents->add_flag("--stay", options.bStay,
+                      "behind the story the agents go on until Ctrl-C, for a browser");
+    AddJson(*pAgents, options, "a JSON line for each event, answer and table");
+    pAgents->footer(
+        "Speaks the service's public interface alone and needs no store. Each machine of the story "
+        "is an agent\nthat reports three times in a silence, takes up the tasks that it is given, "
+        "drops what it is told to\ndrop; what is no report is asked by an operator. The story's "
+        "hours pass as soon as what its lines\nexpect has come true. What does not is told, and "
+        "the exit status is 1; so it is when the service shows\nother tasks in the end than the "
+        "agents have.");
+}
+
+constexpr int64_t NUMERIC_DAY = 86400;
+
+/// A setting in seconds or of a number.
+template <typename T>
+void AddSetting(CLI::App& command, const char* pszName, T& value, int64_t iLeast, int64_t iMost,
+                const char* pszDescription) {
+    command.add_option(pszName, value, pszDescription)
+        ->check(CLI::Range(iLeast, iMost))
+        ->capture_default_str()
+        ->type_name("N");
+}
+
+void AddEngineSettings(CLI::App& command, CEngineSettings& engine) {
+    AddSetting(command, "--silence", engine.iSilence, 1, NUMERIC_DAY,
+               "who has not reported for longer, in seconds, is silent, and its work moves");
+    AddSetting(command, "--take-up", engine.iTakeUp, 1, NUMERIC_DAY,
+               "a task that is not taken up for so many seconds goes elsewhere");
+    AddSetting(command, "--balance-period", engine.iBalancePeriod, 1, NUMERIC_DAY,
+               "so many seconds from one load balance to the next");
+    AddSetting(command, "--balance-moves", engine.uiBalanceMoves, 0, 10000,
+               "so many moves of a load balance are carried out");
+    AddSetting(command, "--first-pause", engine.iFirstPause, 1, NUMERIC_DAY,
+               "so many seconds until work that found no room is tried again; the pause doubles");
+    AddSetting(command, "--room-pause", engine.iRoomPause, 1, NUMERIC_DAY,
+               "reports let the waiting work of a type be tried once in so many seconds");
+    AddSetting(command, "--hold-containers", engine.uiHoldContainers, 1, 100000,
+               "so many containers of a type that fall silent together hold its shifts, if they "
+               "are more than a third of it");
+    AddSetting(command, "--plugin-failures", engine.uiPluginFailures, 1, 1000,
+               "so many failures in a row take a plug-in out of service");
+}
+
+void AddServeCommand(CLI::App& app, COptions& options) {
+    CServiceSettings& service = options.service;
+    CLI::App* pServe =
+        app.add_subcommand("serve", "Runs the cluster, for agents and operators, over HTTP.");
+    pServe->add_option("--listen", service.strListen, "where to listen, on this machine alone")
+        ->take_last()
+        ->capture_default_str()
+        ->type_name("HOST:PORT");
+    AddEngineSettings(*pServe, service.engine);
+    AddSetting(*pServe, "--plugin-limit", service.iPluginMilliseconds, 1, 1000 * NUMERIC_DAY,
+               "a plug-in's call may take so many milliseconds, beside its time in the store");
+    AddSetting(*pServe, "--queue", service.uiQueueInputs, 1, 10000000,
+               "so many inputs may wait; more are refused");
+    pServe
+        ->add_option("--journal", service.strJournal,
+                     "write every input to this file; when it is there already, to FILE.2, ...")
+        ->type_name("FILE");
+    pServe
+        ->add_option("--journal-bytes", service.ullJournalBytes,
+                     "when the journal has grown so far, go on in the next file")
+        ->capture_default_str()
+        ->type_name("N");
+    pServe->footer(
+        "Starts also while the cluster document cannot be read: it answers \"not ready\" then, and "
+        "comes up\nwhen the document is mended. SIGTERM or Ctrl-C ends it within five seconds, a "
+        "second one at once.");
+}
+
 void AddCommands(CLI::App& app, const std::vector<std::string>& subjects, COptions& options) {
+    AddServeCommand(app, options);
     AddDocumentCommands(app, options);
     AddLookCommands(app, subjects, options);
     AddChangeCommands(app, options);
     AddPlayCommand(app, options);
+    AddAgentsCommand(app, options);
     for (CLI::App* pCommand : app.get_subcommands({})) {
         pCommand->footer(pCommand->get_footer() + PSZ_SUBCOMMAND_FOOTER);
         pCommand->fallthrough();

@@ -4,21 +4,28 @@
 #include <vector>
 
 #include "common_service/logger.h"
+#include "serve/service_settings.h"
 
 /// What the command line and the configuration file ask for.
 struct COptions {
     std::string strCommand;
-    std::string strDir;            ///< of import, diff, export and check
-    std::string strSubject;        ///< of show; all when empty
-    bool bJson = false;            ///< of show, check, play and the commands that show a difference
+    std::string strDir;      ///< of import, diff, export and check
+    std::string strSubject;  ///< of show; all when empty
+    bool bJson = false;  ///< of show, check, play, agents and the commands that show a difference
     std::string strNodeId;         ///< of remove and promote
     std::string strContainerType;  ///< of remove
-    bool bYes = false;             ///< of the commands that change the store, as the next two
-    bool bDryRun = false;          ///< of play too
+    bool bYes = false;             ///< of the commands that change the store, as the next three
+    bool bDryRun = false;          ///< of play too, as the next
+    bool bForce = false;           ///< also while a service runs the cluster
     std::string strUndoFile;
+    std::string strServer = "http://127.0.0.1:8390";  ///< of agents, as the next
+    std::string strStory = "sample/day.jsonl";
+    bool bStay = false;
     std::string strFile;     ///< of play, as the next
     std::string strJournal;  ///< a new file; none when empty
     uint64_t ullJournalBytes = 64U << 20U;
+
+    CServiceSettings service;  ///< of serve
 
     std::string strStore = "sqlite:cluster_service.db";
     std::string strClusterCode = "Main";

@@ -68,7 +68,7 @@ TEST_F(GateStore, CountsFailuresAndNoAbsentNodes) {
 }
 
 TEST_F(GateStore, IsAwayFromACallOutOfTimeToOneThatGoesWell) {
-    for (const int iCode : {-4, -7, 5}) {
+    for (const int iCode : {static_cast<int>(STORE_OUTCOME_UNKNOWN), -4, -7, 5}) {
         m_pStore->FailCall(1, iCode);
         EXPECT_EQ(m_gate.Write("/a/b", "x"), iCode);
         EXPECT_TRUE(m_gate.IsAway());

@@ -14,9 +14,10 @@ TEST_F(Options, HelpNamesEveryCommandAndOption) {
     const CProcessResult result = Run({"--help"});
     EXPECT_EQ(result.iExitCode, 0);
     EXPECT_THAT(result.strErrors, IsEmpty());
-    for (const char* pszName : {"import", "export", "check", "show", "remove", "promote", "--store",
-                                "--cluster-code", "--lib-dir", "--config-dir", "--local-ip",
-                                "--log-level", "--log-file", "--config", "--version"}) {
+    for (const char* pszName :
+         {"serve", "import", "export", "check", "show", "remove", "promote", "--store",
+          "--cluster-code", "--lib-dir", "--config-dir", "--local-ip", "--log-level", "--log-file",
+          "--config", "--version"}) {
         EXPECT_THAT(result.strOutput, HasSubstr(pszName));
     }
 }
@@ -47,7 +48,8 @@ INSTANTIATE_TEST_SUITE_P(
                       CHelpCase{"export", "the text as it stands in the store"},
                       CHelpCase{"check", "reports what is wrong"}, CHelpCase{"show", "--json"},
                       CHelpCase{"remove", "the type of the container to remove"},
-                      CHelpCase{"promote", "You are asked before the store changes"}),
+                      CHelpCase{"promote", "You are asked before the store changes"},
+                      CHelpCase{"serve", "SIGTERM or Ctrl-C ends it within five seconds"}),
     CaseName<CHelpCase>);
 
 struct CUsageCase {

@@ -5,10 +5,12 @@
 #include <thread>
 
 #include "cluster_service/service_fixture.h"
+#include "command/cluster_holder.h"
 #include "command/cluster_text.h"
 #include "framework_service/cluster_znode_info.h"
 #include "reference_host/strict_json.h"
 #include "reference_host/zookeeper_store.h"
+#include "support/name_holder_process.h"
 #include "support/soak.h"
 #include "zookeeper_server.h"
 
@@ -144,6 +146,35 @@ TEST_F(CommandOnServer, QuestionAndAnswerNameClusterAndStore) {
     EXPECT_THAT(result.strErrors, EndsWith("cluster Main in " + m_strStore +
                                            ": Remove container A from node n1? [y/N] "));
     EXPECT_EQ(result.strOutput, "cluster Main in " + m_strStore + " holds node n1 with: B\n");
+}
+
+TEST_F(CommandOnServer, ClusterOfARunningServiceIsChangedByForceAlone) {
+    CNameHolderProcess service("zookeeper:" + SharedServer().Address(),
+                               m_strFolder + HolderPath("Main"),
+                               HolderText({"http://127.0.0.1:8390", "alpha", 4711, 1772604000}));
+    ASSERT_EQ(service.Line(), "held");
+    const CProcessResult refused = Run({"remove", "n1", "A", "--yes"});
+    EXPECT_EQ(refused.iExitCode, 1);
+    EXPECT_THAT(
+        refused.strErrors,
+        HasSubstr(" is run by the service at http://127.0.0.1:8390, process 4711 on alpha"));
+    EXPECT_THAT(StoredContainers("n1"), ElementsAre("A", "B"));
+    EXPECT_EQ(Run({"show"}).iExitCode, 0);
+    EXPECT_EQ(Run({"remove", "n1", "A", "--yes", "--force"}).iExitCode, 0);
+    EXPECT_THAT(StoredContainers("n1"), ElementsAre("B"));
+}
+
+TEST_F(CommandOnServer, ClusterOfAKilledServiceIsFreeWhenItsSessionIsOver) {
+    CNameHolderProcess service("zookeeper:" + SharedServer().Address(),
+                               m_strFolder + HolderPath("Main"), "a service");
+    ASSERT_EQ(service.Line(), "held");
+    service.Kill();
+    const auto deadline = std::chrono::steady_clock::now() + 30s;
+    int iExitCode = 1;
+    while (iExitCode == 1 && std::chrono::steady_clock::now() < deadline) {
+        iExitCode = Run({"remove", "n1", "A", "--yes"}).iExitCode;
+    }
+    EXPECT_EQ(iExitCode, 0);
 }
 
 TEST_F(CommandOnServer, OfTwoRemovalsAtOnceNoneIsLost) {
