@@ -134,10 +134,10 @@ def silence():
     recorder_report("08:30:05", "record-09", EVENING)
     expect_event("08:30:20", "shifted", node="record-09", tasks=len(waiting))
     expect_event("08:30:20", "shift_ended", node="record-03")
-    expect_container("08:30:20", "record-09", tasks=len(waiting))
     expect_container("08:30:20", "record-03", tasks=0)
     at("08:31:00", "container_report", node="record-09", type="MeroRecord",
        tasks=[{"id": name} for name in waiting])
+    expect_container("08:40:00", "record-09", tasks=18)
 
     at("09:00:00", "container_report",
        "09:00  record-03 is back. It still records what is others' work by now, and is told so.",
@@ -218,6 +218,7 @@ def evening():
     at("17:00:00", "end_tasks", "17:00  A district goes dark.", type="MeroRecord",
        tasks=CAMERAS[:30], expect={"result": "done"})
     expect_event("17:00:00", "ended")
+    expect_event("17:10:00", "balanced", node="record-03")
     expect_event(EVENING, "offline", times=0)
 
 
