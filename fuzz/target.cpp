@@ -17,6 +17,7 @@
 #include "framework_service/schedule_mgr.h"
 #include "json_target.h"
 #include "reference_host/store.h"
+#include "request_target.h"
 #include "xml_target.h"
 
 namespace {
@@ -42,6 +43,7 @@ const std::map<std::string, FuzzTarget> TARGETS = {
     {"private_info_xml", FeedPrivateInfoXml},
     {"task_file", FeedTaskFile},
     {"input", FeedInput},
+    {"request", FeedRequest},
 };
 
 const std::shared_ptr<CMemoryStore>& Store() {
