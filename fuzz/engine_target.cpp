@@ -17,9 +17,11 @@ void FeedInput(const std::string& strInput) {
     if (!Parse(strInput, json)) {
         return;
     }
-    CJournalEntry entry;
-    CJournalFault journalFault;
-    ReadJournalEntry(json, entry, journalFault);
+    if (json.isObject()) {
+        CJournalEntry entry;
+        CJournalFault journalFault;
+        ReadJournalEntry(json, entry, journalFault);
+    }
     CInput input;
     CFieldFault fault;
     if (!InputFromJson(json, input, fault)) {
