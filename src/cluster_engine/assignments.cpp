@@ -148,7 +148,7 @@ uint32_t CAssignments::BytesOf(const CAssignedTask& task) {
     constexpr int32_t WIDEST = std::numeric_limits<int32_t>::min();
     CStoredTask stored(task);
     stored.task.costs = {WIDEST, WIDEST, WIDEST, WIDEST, WIDEST};
-    return static_cast<uint32_t>(JsonLine(ToJson(stored)).size() + 1);
+    return static_cast<uint32_t>(JsonText(stored).size() + 1);
 }
 
 CContainerRecord* CAssignments::Find(const CContainerAddr& addr) {
@@ -316,7 +316,7 @@ int CAssignments::Renew(const CContainerAddr& addr) {
         if (!ReadForm(strText, document)) {
             return ORVA_DATA_INVALID;
         }
-        iCode = m_store.Write(Suffix(addr, ui), JsonLine(ToJson(CAssignmentDocument())));
+        iCode = m_store.Write(Suffix(addr, ui), JsonText(CAssignmentDocument()));
         if (iCode != ORVA_SUCCEED) {
             return iCode;
         }
@@ -471,7 +471,7 @@ int CAssignments::WriteIndex() {
         index.homeless.push_back(strType);
     }
     index.containers.assign(m_indexed.begin(), m_indexed.end());
-    const int iCode = m_store.Write(PSZ_INDEX, JsonLine(ToJson(index)));
+    const int iCode = m_store.Write(PSZ_INDEX, JsonText(index));
     m_bIndexDirty = iCode != ORVA_SUCCEED;
     return iCode;
 }
@@ -497,7 +497,7 @@ int CAssignments::WriteDocument(const CDocumentKey& key, const CChange& change, 
             document.tasks.emplace_back(task);
         }
     }
-    return m_store.Write(Suffix(key.addr, key.uiNumber), JsonLine(ToJson(document)));
+    return m_store.Write(Suffix(key.addr, key.uiNumber), JsonText(document));
 }
 
 int CAssignments::WriteEntered() {

@@ -111,6 +111,26 @@ std::string JsonLine(const Json::Value& value) {
     return line.str();
 }
 
+void CFieldTextWriter::WriteText(std::string& strTo, std::string_view text) {
+    const bool bPlain = std::none_of(text.begin(), text.end(), [](char cByte) {
+        return static_cast<unsigned char>(cByte) < 0x20 || cByte == '"' || cByte == '\\';
+    });
+    if (bPlain) {
+        ((strTo += '"') += text) += '"';
+    } else {
+        strTo += JsonLine(Json::Value(std::string(text)));
+    }
+}
+
+void CFieldTextWriter::BeginField(std::string_view key) {
+    if (m_bAnyField) {
+        m_strText += ',';
+    }
+    m_bAnyField = true;
+    WriteText(m_strText, key);
+    m_strText += ':';
+}
+
 std::string CFieldPlace::Text() const {
     const std::string strParent = pParent != nullptr ? pParent->Text() : "";
     if (pszKey == nullptr) {

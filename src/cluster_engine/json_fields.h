@@ -9,7 +9,9 @@
 #include <map>
 #include <optional>
 #include <string>
+#include <string_view>
 #include <type_traits>
+#include <utility>
 #include <vector>
 
 /// How a struct becomes JSON and comes back. A struct says its fields once:
@@ -69,33 +71,28 @@ struct CFieldPlace {
     std::string Text() const;
 };
 
-class CFieldWriter {
+/// What the writers have in common: each says by Need how it writes one field.
+template <typename Writer>
+class CFieldWriterBase {
 public:
-    explicit CFieldWriter(Json::Value& object) : m_object(object) {}
-
-    template <typename T>
-    void Need(const char* pszKey, const T& value) {
-        Write(m_object[pszKey], value);
-    }
-
     template <typename T>
     void May(const char* pszKey, const T& value, const T& absent = T()) {
         if (!(value == absent)) {
-            Write(m_object[pszKey], value);
+            Need(pszKey, value);
         }
     }
 
     template <typename T>
     void May(const char* pszKey, const std::optional<T>& value) {
         if (value) {
-            Write(m_object[pszKey], *value);
+            Need(pszKey, *value);
         }
     }
 
     template <typename T>
     void May(const char* pszKey, const std::vector<T>& values) {
         if (!values.empty()) {
-            Write(m_object[pszKey], values);
+            Need(pszKey, values);
         }
     }
 
@@ -103,6 +100,23 @@ public:
     void MayId(const char* pszKey, const std::string& strValue) { May(pszKey, strValue); }
     void Ids(const char* pszKey, const std::vector<std::string>& values) { Need(pszKey, values); }
     void MayIds(const char* pszKey, const std::vector<std::string>& values) { May(pszKey, values); }
+
+private:
+    template <typename T>
+    void Need(const char* pszKey, const T& value) {
+        static_cast<Writer*>(this)->Need(pszKey, value);
+    }
+};
+
+/// Fills an object.
+class CFieldWriter : public CFieldWriterBase<CFieldWriter> {
+public:
+    explicit CFieldWriter(Json::Value& object) : m_object(object) {}
+
+    template <typename T>
+    void Need(const char* pszKey, const T& value) {
+        Write(m_object[pszKey], value);
+    }
 
     template <typename T>
     static void Write(Json::Value& to, const T& value) {
@@ -146,6 +160,67 @@ private:
     }
 
     Json::Value& m_object;
+};
+
+/// Appends an object to a text, for what is written so often that a Json::Value between would be
+/// most of the work.
+class CFieldTextWriter : public CFieldWriterBase<CFieldTextWriter> {
+public:
+    explicit CFieldTextWriter(std::string& strText) : m_strText(strText) { m_strText += '{'; }
+
+    template <typename T>
+    void Need(const char* pszKey, const T& value) {
+        BeginField(pszKey);
+        Write(m_strText, value);
+    }
+
+    void End() { m_strText += '}'; }
+
+    template <typename T>
+    static void Write(std::string& strTo, const T& value) {
+        if constexpr (std::is_enum_v<T>) {
+            WriteText(strTo, NameOf(value));
+        } else if constexpr (std::is_same_v<T, bool>) {
+            strTo += value ? "true" : "false";
+        } else if constexpr (std::is_integral_v<T>) {
+            strTo += std::to_string(value);
+        } else if constexpr (std::is_same_v<T, std::string>) {
+            WriteText(strTo, value);
+        } else if constexpr (std::is_constructible_v<Json::Value, const T&>) {
+            strTo += JsonLine(Json::Value(value));
+        } else {
+            CFieldTextWriter writer(strTo);
+            T::Fields(writer, value);
+            writer.End();
+        }
+    }
+
+    template <typename T>
+    static void Write(std::string& strTo, const std::vector<T>& values) {
+        const char* pszBefore = "[";
+        for (const T& value : values) {
+            strTo += std::exchange(pszBefore, ",");
+            Write(strTo, value);
+        }
+        strTo += values.empty() ? "[]" : "]";
+    }
+
+    template <typename T>
+    static void Write(std::string& strTo, const std::map<std::string, T>& values) {
+        CFieldTextWriter writer(strTo);
+        for (const auto& [strKey, value] : values) {
+            writer.BeginField(strKey);
+            Write(strTo, value);
+        }
+        writer.End();
+    }
+
+private:
+    static void WriteText(std::string& strTo, std::string_view text);
+    void BeginField(std::string_view key);
+
+    std::string& m_strText;
+    bool m_bAnyField = false;
 };
 
 /// Reads an object. The first fault is kept; what comes after it leaves the fields as they are.
@@ -276,6 +351,14 @@ Json::Value ToJson(const T& value) {
     Json::Value json;
     CFieldWriter::Write(json, value);
     return json;
+}
+
+/// The struct as one line of JSON, its keys in the order of its fields.
+template <typename T>
+std::string JsonText(const T& value) {
+    std::string strText;
+    CFieldTextWriter::Write(strText, value);
+    return strText;
 }
 
 /// Reads the struct from an object. On a fault the value is half read. With a counter, fields that

@@ -48,7 +48,7 @@ std::string TextOf(const Members& members) {
     for (const auto& [strNodeId, member] : members) {
         document.nodes.push_back({strNodeId, member.eStatus, member.bDraining});
     }
-    return JsonLine(ToJson(document));
+    return JsonText(document);
 }
 
 /// Takes the statuses over, unless the document would be too large.

@@ -47,9 +47,9 @@ TEST_F(Assignments, DocumentTellsAllThatIsNeededToPlaceATaskAgain) {
     Record({{"a", 5, false, "camera"}});
     EXPECT_THAT(Documents(),
                 ElementsAre(Pair("/n1/MeroRecord/0",
-                                 R"({"highest":1,"tasks":[{"asker":"n1","costs":{"disk":5},)"
-                                 R"("decision":1,"id":"a","movable":false,"name":"camera"}],)"
-                                 R"("version":1})")));
+                                 R"({"version":1,"highest":1,"tasks":[{"id":"a",)"
+                                 R"("name":"camera","movable":false,"costs":{"disk":5},)"
+                                 R"("decision":1,"asker":"n1"}]})")));
 }
 
 TEST_F(Assignments, IdsWithSlashesAndPercentsKeepTheirPlace) {
@@ -102,7 +102,7 @@ TEST_F(Assignments, EmptiedDocumentStays) {
     Must(CEndTasks{"MeroRecord", {"a"}});
     CTestAgent agent(Recorder("n1"));
     agent.Take(Must(agent.Report()));
-    EXPECT_THAT(Documents(), ElementsAre(Pair("/n1/MeroRecord/0", R"({"highest":1,"version":1})")));
+    EXPECT_THAT(Documents(), ElementsAre(Pair("/n1/MeroRecord/0", R"({"version":1,"highest":1})")));
 }
 
 TEST_F(Assignments, WorkOfAContainerThatVanishedMeanwhileFindsAnother) {
@@ -137,7 +137,7 @@ TEST_F(Assignments, MoveWritesTheEnteredContainerFirst) {
     EXPECT_THAT(Documents().at("/n1/MeroRecord/0"), testing::HasSubstr(R"("id":"a")"));
     Restart();
     EXPECT_THAT(TasksOf(Recorder("n2")), ElementsAre("a"));
-    EXPECT_EQ(Documents().at("/n1/MeroRecord/0"), R"({"gone":["a"],"highest":2,"version":1})");
+    EXPECT_EQ(Documents().at("/n1/MeroRecord/0"), R"({"version":1,"highest":2,"gone":["a"]})");
 }
 
 TEST_F(Assignments, EventsAreToldWhenTheyAreWritten) {

@@ -60,6 +60,26 @@ TEST(JsonFields, WhatWasWrittenReadsBackToTheByte) {
     }
 }
 
+TEST(JsonFields, TextWithoutAValueBetweenSaysTheSame) {
+    CSample sample;
+    EXPECT_EQ(JsonText(sample), R"({"id":"i"})");
+    sample.strId = "a/b \"d\\";
+    sample.strText = "\xE4\xB8\xAD \t\x7F";
+    sample.bFlag = true;
+    sample.uiCount = 4294967295;
+    sample.list = {{0}, {-2147483648}};
+    sample.pairs = {{"", ""}, {std::string("\"\0", 2), "\n"}};
+    sample.inner = CInner{7};
+    const std::string strText = JsonText(sample);
+    Json::Value json;
+    CFieldFault fault;
+    ASSERT_TRUE(ParseJsonText(strText.data(), strText.data() + strText.size(), json, fault))
+        << strText;
+    EXPECT_EQ(JsonLine(json), JsonLine(ToJson(sample)));
+    EXPECT_EQ(strText.find('\n'), std::string::npos);
+    EXPECT_EQ(strText.rfind(R"({"id":"a/b \"d\\","text":)", 0), 0U) << strText;
+}
+
 TEST(JsonFields, FaultNamesItsPlace) {
     const std::string strNoId = ": must be an id: printable, of 1 to 128 bytes";
     const std::vector<std::pair<std::string, std::string>> faults = {

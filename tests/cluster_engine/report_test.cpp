@@ -215,7 +215,7 @@ TEST_F(Report, EndedTaskIsDroppedUntilItIsReportedWithout) {
     EXPECT_THAT(TasksOf(Recorder("n1")), IsEmpty());
     m_first.Forget();
     Exchange(m_first);
-    EXPECT_EQ(m_pStore->Get(DocumentOf(Recorder("n1"))), R"({"highest":1,"version":1})");
+    EXPECT_EQ(m_pStore->Get(DocumentOf(Recorder("n1"))), R"({"version":1,"highest":1})");
     Must(before);
     EXPECT_THAT(TasksOf(Recorder("n1")), ElementsAre("a")) << "somebody else's now: adopted";
 }
