@@ -17,6 +17,9 @@ constexpr uint32_t NUMERIC_FORM_VERSION = 1;
 /// A document takes no further task beyond that: a fuller one would be warned of.
 constexpr uint32_t NUMERIC_FULL_BYTES = 52000;
 
+/// So many documents are well below what a ZooKeeper server takes at once.
+constexpr std::ptrdiff_t NUMERIC_DOCUMENTS_TOGETHER = 8;
+
 constexpr char PSZ_ASSIGNMENT[] = "/Engine/Assignment";
 constexpr char PSZ_HOMELESS[] = "/Engine/Homeless";
 constexpr char PSZ_INDEX[] = "/Engine/Index";
@@ -476,7 +479,8 @@ int CAssignments::WriteIndex() {
     return iCode;
 }
 
-int CAssignments::WriteDocument(const CDocumentKey& key, const CChange& change, bool bWithLeaving) {
+std::string CAssignments::TextOf(const Dirty& dirty, bool bWithLeaving) {
+    const auto& [key, change] = dirty;
     CAssignmentDocument document;
     document.ullHighest = m_state.ullHighestDecision;
     if (const CContainerRecord* const pRecord = Find(key.addr); pRecord != nullptr) {
@@ -497,34 +501,64 @@ int CAssignments::WriteDocument(const CDocumentKey& key, const CChange& change, 
             document.tasks.emplace_back(task);
         }
     }
-    return m_store.Write(Suffix(key.addr, key.uiNumber), JsonText(document));
+    return JsonText(document);
+}
+
+int CAssignments::WriteDocuments(const std::vector<Dirty*>& documents, bool bWithLeaving,
+                                 const std::function<void(Dirty&)>& onWritten) {
+    for (auto it = documents.begin(); it != documents.end();) {
+        const auto itBegin = it;
+        std::map<std::string, std::string> texts;
+        for (; it != documents.end() && it - itBegin < NUMERIC_DOCUMENTS_TOGETHER; ++it) {
+            const CDocumentKey& key = (*it)->first;
+            texts[Suffix(key.addr, key.uiNumber)] = TextOf(**it, bWithLeaving);
+        }
+        if (const int iCode = m_store.WriteTogether(std::move(texts)); iCode != ORVA_SUCCEED) {
+            return iCode;
+        }
+        std::for_each(itBegin, it, [&](Dirty* pDirty) { onWritten(*pDirty); });
+    }
+    return ORVA_SUCCEED;
 }
 
 int CAssignments::WriteEntered() {
-    int iCode = m_bIndexDirty ? WriteIndex() : ORVA_SUCCEED;
-    for (auto it = m_dirty.begin(); it != m_dirty.end() && iCode == ORVA_SUCCEED; ++it) {
-        if (it->second.bEntered) {
-            iCode = WriteDocument(it->first, it->second, true);
-            it->second.bEntered = iCode != ORVA_SUCCEED;
-            it->second.bWritten = iCode == ORVA_SUCCEED && it->second.leaving.empty();
+    const int iCode = m_bIndexDirty ? WriteIndex() : ORVA_SUCCEED;
+    if (iCode != ORVA_SUCCEED) {
+        return iCode;
+    }
+    std::vector<Dirty*> entered;
+    for (Dirty& dirty : m_dirty) {
+        if (dirty.second.bEntered) {
+            entered.push_back(&dirty);
         }
     }
-    return iCode;
+    return WriteDocuments(entered, true, [](Dirty& dirty) {
+        dirty.second.bEntered = false;
+        dirty.second.bWritten = dirty.second.leaving.empty();
+    });
 }
 
 int CAssignments::Write() {
     int iCode = WriteEntered();
-    while (!m_dirty.empty() && iCode == ORVA_SUCCEED) {
-        CChange& change = m_dirty.begin()->second;
-        if (!change.bWritten) {
-            iCode = WriteDocument(m_dirty.begin()->first, change, false);
-        }
-        if (iCode == ORVA_SUCCEED) {
-            ReleaseLeaving(*m_dirty.begin());
-            m_dirty.erase(m_dirty.begin());
+    if (iCode != ORVA_SUCCEED) {
+        return iCode;
+    }
+    std::vector<Dirty*> unwritten;
+    for (Dirty& dirty : m_dirty) {
+        if (!dirty.second.bWritten) {
+            unwritten.push_back(&dirty);
         }
     }
-    return iCode == ORVA_SUCCEED ? ForgetLeft() : iCode;
+    iCode = WriteDocuments(unwritten, false, [this](Dirty& dirty) {
+        ReleaseLeaving(dirty);
+        dirty.second.leaving.clear();
+        dirty.second.bWritten = true;
+    });
+    if (iCode != ORVA_SUCCEED) {
+        return iCode;
+    }
+    m_dirty.clear();
+    return ForgetLeft();
 }
 
 void CAssignments::GoBack(CMark mark) {
@@ -544,7 +578,7 @@ void CAssignments::GoBack(CMark mark) {
 }
 
 /// What moved away stands elsewhere now, and its room is free.
-void CAssignments::ReleaseLeaving(const std::pair<const CDocumentKey, CChange>& dirty) {
+void CAssignments::ReleaseLeaving(const Dirty& dirty) {
     CContainerRecord* const pRecord = Find(dirty.first.addr);
     for (const auto& [strTaskId, task] : dirty.second.leaving) {
         if (pRecord != nullptr) {

@@ -1,6 +1,7 @@
 #pragma once
 
 #include <cstdint>
+#include <functional>
 #include <map>
 #include <string>
 #include <unordered_map>
@@ -150,8 +151,16 @@ private:
                       const CAssignmentDocument& document);
     void ForgetReturned(const CContainerAddr& addr);
 
-    int WriteDocument(const CDocumentKey& key, const CChange& change, bool bWithLeaving);
-    void ReleaseLeaving(const std::pair<const CDocumentKey, CChange>& dirty);
+    /// A change, in the order of their keys.
+    using Dirty = std::map<CDocumentKey, CChange>::value_type;
+
+    std::string TextOf(const Dirty& dirty, bool bWithLeaving);
+
+    /// Writes the documents, as many at once as the store takes, and tells of each when it is
+    /// written. Returns 0 or the first code.
+    int WriteDocuments(const std::vector<Dirty*>& documents, bool bWithLeaving,
+                       const std::function<void(Dirty&)>& onWritten);
+    void ReleaseLeaving(const Dirty& dirty);
     int ForgetLeft();
     int WriteIndex();
     int ReadIndex(std::vector<std::string>& unreadable);

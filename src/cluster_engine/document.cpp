@@ -74,6 +74,13 @@ CAnswer ReloadConfiguration(CCluster& cluster) {
     return answer;
 }
 
+/// At once, as what waits is not: who asks is told whether it is written.
+CAnswer WriteVersions(CCluster& cluster, CVersionZNode& versions) {
+    const int iCode =
+        cluster.store.WriteTogether({{STORE_NODE_VERSION.pszSuffix, LibraryText(versions)}});
+    return iCode == ORVA_SUCCEED ? CAnswer() : RefuseWrite(STORE_NODE_VERSION, iCode);
+}
+
 /// A decision number that is lower than ours would let new decisions count less than old ones: it
 /// is put right in the store before it is brought in.
 CAnswer ReloadVersion(CCluster& cluster) {
@@ -88,7 +95,7 @@ CAnswer ReloadVersion(CCluster& cluster) {
     }
     if (read.GetDecisionVerNum() < versions.GetDecisionVerNum()) {
         read.SetDecisionVerNum(versions.GetDecisionVerNum());
-        answer = WriteLibraryDocument(cluster, STORE_NODE_VERSION, read);
+        answer = WriteVersions(cluster, read);
     }
     if (answer.eFault != EFault::NONE) {
         return answer;
@@ -317,7 +324,7 @@ CAnswer RaiseMasterVersion(CCluster& cluster) {
     CVersionZNode document;
     document.SetDecisionVerNum(versions.GetDecisionVerNum());
     document.SetMasterVerNum(versions.GetMasterVerNum() + 1);
-    CAnswer answer = WriteLibraryDocument(cluster, STORE_NODE_VERSION, document);
+    CAnswer answer = WriteVersions(cluster, document);
     if (answer.eFault != EFault::NONE) {
         return answer;
     }

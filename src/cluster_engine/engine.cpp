@@ -179,7 +179,13 @@ bool CClusterEngine::NeedsCommit(const CInput& input, const CAnswer& answer) con
             !answer.takeUp.empty() || !answer.drop.empty() || !answer.messages.empty();
         return bTold && assignments.IsDirty(pReport->container.ToAddr());
     }
-    return assignments.IsDirty() || IsMembershipDirty(*m_pCluster);
+    return IsDirty();
+}
+
+/// Is there anything that a commit writes?
+bool CClusterEngine::IsDirty() const {
+    return m_pCluster->assignments.IsDirty() || IsMembershipDirty(*m_pCluster) ||
+           m_pCluster->store.IsAnyWaiting();
 }
 
 /// A second has passed. The order: who is still there, whether that can be known yet, what has to
@@ -204,12 +210,13 @@ CAnswer CClusterEngine::Tick(const CTick& tick) {
 
 int CClusterEngine::Commit() {
     CCluster& cluster = *m_pCluster;
-    if (!cluster.assignments.IsDirty() && !IsMembershipDirty(cluster)) {
+    if (!IsDirty()) {
         cluster.TellSink();
         return ORVA_SUCCEED;
     }
     int iCode = !cluster.store.IsAway() ? cluster.assignments.Write() : ORVA_FAIL;
     iCode = iCode != ORVA_SUCCEED ? iCode : CommitMembership(cluster);
+    iCode = iCode != ORVA_SUCCEED ? iCode : cluster.store.WriteWaiting();
     if (iCode == ORVA_SUCCEED) {
         cluster.TellSink();
     }

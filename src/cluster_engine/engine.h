@@ -69,6 +69,7 @@ private:
     void Step(int64_t iSecond);
     CAnswer Dispatch(const CInput& input);
     bool NeedsCommit(const CInput& input, const CAnswer& answer) const;
+    bool IsDirty() const;
     CAnswer Tick(const CTick& tick);
 
     std::unique_ptr<CCluster> m_pCluster;

@@ -2,10 +2,12 @@
 
 #include <array>
 #include <cstring>
+#include <utility>
 
 #include "common_service/bounded_string.h"
 #include "common_service/oper_common.h"
 #include "common_service/tarn_def.h"
+#include "framework_service/schedule_mgr.h"
 #include "framework_service/store_path.h"
 
 namespace {
@@ -82,6 +84,21 @@ int CEngineStore::Read(const std::string& strSuffix, std::string& strText, bool&
 int CEngineStore::Write(const std::string& strSuffix, const std::string& strText) {
     CTextDocument document(strText);
     return WriteDocument(strSuffix, NUMERIC_DOCUMENT_BYTES, document);
+}
+
+int CEngineStore::WriteTogether(std::map<std::string, std::string> texts) {
+    std::map<std::string, std::string> whole;
+    for (auto& [strSuffix, strText] : texts) {
+        if (strText.size() >= NUMERIC_DOCUMENT_BYTES) {
+            return ORVA_DATA_INVALID;
+        }
+        whole[Path(strSuffix)] = std::move(strText);
+    }
+    return m_gate.WriteTogether(std::move(whole));
+}
+
+void CEngineStore::LetVersionsWait() {
+    m_gate.LetWait(StorePath(STORE_NODE_VERSION));
 }
 
 int CEngineStore::ReadDocument(const std::string& strSuffix, uint32_t uiBufLen,

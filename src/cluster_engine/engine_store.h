@@ -1,6 +1,7 @@
 #pragma once
 
 #include <cstdint>
+#include <map>
 #include <string>
 
 #include "cluster_engine/host.h"
@@ -32,6 +33,17 @@ public:
 
     /// Writes a text. Returns 0 or a code.
     int Write(const std::string& strSuffix, const std::string& strText);
+
+    /// Writes texts, by suffix, all of them or none, and none waits. Returns 0 or a code.
+    int WriteTogether(std::map<std::string, std::string> texts);
+
+    /// From now on the version numbers may wait for the next other write. They are out before what
+    /// bears one of them can be read: a number that is lost was never seen.
+    void LetVersionsWait();
+    bool IsAnyWaiting() const { return m_gate.IsAnyWaiting(); }
+
+    /// Writes what waits. Returns 0 or a code.
+    int WriteWaiting() { return m_gate.WriteWaiting(); }
 
     /// The same for one of the library's documents; one without data counts as absent.
     int ReadDocument(const std::string& strSuffix, uint32_t uiBufLen, CBaseJsonObject& document,

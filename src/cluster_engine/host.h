@@ -2,6 +2,7 @@
 
 #include <cstdint>
 #include <functional>
+#include <map>
 #include <memory>
 #include <string>
 
@@ -40,6 +41,18 @@ public:
 
     /// What was written since Shut is forgotten.
     virtual void Open() = 0;
+
+    /// Writes of that node need not be made at once: each answers 0, takes the place of the one
+    /// before and is read back. The last one reaches the store together with the next write of
+    /// another node, both or neither, or by WriteWaiting.
+    virtual void LetWait(const std::string& strPath) = 0;
+    virtual bool IsAnyWaiting() = 0;
+
+    /// Writes what waits. Returns 0, also when nothing does, or a code: then it waits on.
+    virtual int WriteWaiting() = 0;
+
+    /// Writes texts, by path, all of them or none, and none of them waits. Returns 0 or a code.
+    virtual int WriteTogether(std::map<std::string, std::string> texts) = 0;
 
     /// Did a call run out of time since the last one that went well?
     virtual bool IsAway() = 0;

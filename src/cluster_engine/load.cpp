@@ -207,6 +207,7 @@ void TellLoaded(CCluster& cluster) {
 int LoadCluster(CCluster& cluster, std::string& strWhy, const OnLoadStep& onStep) {
     const OnLoadStep tell = onStep ? onStep : [](const std::string&, const std::string&) {};
     cluster.Begin();
+    cluster.store.LetVersionsWait();
     for (const CLoadStep& step : STEPS) {
         if (const int iCode = RunStep(cluster, step, tell); iCode != ORVA_SUCCEED) {
             strWhy = std::string("cannot load ") + step.pszWhat + FailedPlugin();

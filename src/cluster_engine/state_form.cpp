@@ -137,6 +137,7 @@ int RestoreState(CCluster& cluster, const Json::Value& json, std::string& strWhy
         strWhy = "the state cannot be read: \"" + fault.strPlace + "\": " + fault.strFault;
         return ORVA_DATA_INVALID;
     }
+    cluster.store.LetVersionsWait();
     cluster.host.gate.Shut();
     const int iCode = Restore(cluster, std::move(form), strWhy);
     cluster.host.gate.Open();

@@ -31,6 +31,14 @@ public:
         --m_uiWrites;
         return m_pStore->Write(strPath, strText);
     }
+    int Commit(const std::vector<CStoreCondition>& conditions,
+               const std::vector<CStoreText>& texts) override {
+        if (m_uiWrites == 0) {
+            return Fail();
+        }
+        --m_uiWrites;
+        return m_pStore->Commit(conditions, texts);
+    }
     int List(const std::string& strPath, std::vector<std::string>& children) override {
         return m_pStore->List(strPath, children);
     }

@@ -224,6 +224,11 @@ TEST_F(PluginGate, WhatAPlugInChangesDuringADryRunIsSetBack) {
 }
 
 TEST_F(PluginGate, StoreThatFailsWithinACallIsNoFailureOfThePlugIn) {
+    Must(CNextMasterVersion());
+    Script().schedule = [](const auto&, CTaskContainerMap& bound, auto&) {
+        bound = {{"a", Scripted("n1")}};
+        return CScheduleMgr::Instance().Reload();
+    };
     for (int i = 0; i < 4; ++i) {
         m_pStore->FailCall(1, 99);
         const CAnswer answer = Place({{"a"}});
@@ -235,8 +240,9 @@ TEST_F(PluginGate, StoreThatFailsWithinACallIsNoFailureOfThePlugIn) {
 }
 
 TEST_F(PluginGate, PlugInThatThrowsSinceTheStoreFailsIsNotBlamed) {
-    Script().schedule = [](const auto&, auto&, unsigned long long& ullDecision) -> int {
-        if (CScheduleMgr::Instance().IncreaseDecisionVerNum(ullDecision) != ORVA_SUCCEED) {
+    Must(CNextMasterVersion());
+    Script().schedule = [](const auto&, auto&, auto&) -> int {
+        if (CScheduleMgr::Instance().Reload() != ORVA_SUCCEED) {
             throw std::runtime_error("no number");
         }
         return ORVA_FAIL;

@@ -55,6 +55,63 @@ TEST_F(GateStore, OpenedForgetsWhatWasWrittenBehindIt) {
     EXPECT_EQ(m_pStore->Get("/a/b"), "really");
 }
 
+TEST_F(GateStore, WhatMayWaitIsReadBackAndGoesWithTheNextOtherWrite) {
+    m_gate.LetWait("/a/n");
+    EXPECT_EQ(m_gate.Write("/a/n", "1"), 0);
+    EXPECT_EQ(m_gate.Write("/a/n", "2"), 0);
+    EXPECT_TRUE(m_gate.IsAnyWaiting());
+    EXPECT_FALSE(m_pStore->GetNode("/a/n").bExists);
+    EXPECT_EQ(Read("/a/n"), "2");
+    std::vector<std::string> children;
+    EXPECT_EQ(m_gate.List("/a", children), 0);
+    EXPECT_THAT(children, ElementsAre("b", "n"));
+    EXPECT_EQ(m_gate.Write("/a/b", "after"), 0);
+    EXPECT_EQ(m_pStore->Get("/a/n"), "2");
+    EXPECT_EQ(m_pStore->Get("/a/b"), "after");
+    EXPECT_FALSE(m_gate.IsAnyWaiting());
+}
+
+TEST_F(GateStore, WhatWaitsWaitsOnWhenTheStoreFails) {
+    m_gate.LetWait("/a/n");
+    m_gate.Write("/a/n", "1");
+    m_pStore->FailCall(1, 77);
+    EXPECT_EQ(m_gate.Write("/a/b", "after"), 77);
+    EXPECT_EQ(m_pStore->Get("/a/b"), "before") << "both or neither";
+    m_pStore->FailCall(1, 78);
+    EXPECT_EQ(m_gate.WriteWaiting(), 78);
+    EXPECT_TRUE(m_gate.IsAnyWaiting());
+    EXPECT_EQ(m_gate.WriteWaiting(), 0);
+    EXPECT_EQ(m_pStore->Get("/a/n"), "1");
+    EXPECT_EQ(m_gate.WriteWaiting(), 0) << "nothing waits";
+}
+
+TEST_F(GateStore, TextsThatAreWrittenTogetherAreWrittenAllOrNone) {
+    m_gate.LetWait("/a/n");
+    m_gate.Write("/a/n", "old");
+    m_pStore->FailCall(1, 77);
+    EXPECT_EQ(m_gate.WriteTogether({{"/a/b", "after"}, {"/a/n", "new"}}), 77);
+    EXPECT_EQ(m_pStore->Get("/a/b"), "before");
+    EXPECT_FALSE(m_pStore->GetNode("/a/n").bExists);
+    EXPECT_EQ(m_gate.WriteTogether({{"/a/b", "after"}, {"/a/n", "new"}}), 0);
+    EXPECT_EQ(m_pStore->Get("/a/b"), "after");
+    EXPECT_EQ(m_pStore->Get("/a/n"), "new") << "none waits";
+    EXPECT_FALSE(m_gate.IsAnyWaiting());
+}
+
+TEST_F(GateStore, ShutKeepsAlsoWhatMayWait) {
+    m_gate.LetWait("/a/n");
+    m_gate.Write("/a/n", "waits");
+    m_gate.Shut();
+    m_gate.Write("/a/n", "forgotten");
+    m_gate.WriteTogether({{"/a/b", "forgotten"}});
+    EXPECT_EQ(Read("/a/n"), "forgotten");
+    m_gate.Open();
+    EXPECT_EQ(Read("/a/n"), "waits");
+    EXPECT_EQ(m_gate.WriteWaiting(), 0);
+    EXPECT_EQ(m_pStore->Get("/a/n"), "waits");
+    EXPECT_EQ(Read("/a/b"), "before");
+}
+
 TEST_F(GateStore, CountsFailuresAndNoAbsentNodes) {
     CStoreAnswer answer;
     std::vector<std::string> children;

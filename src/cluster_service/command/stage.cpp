@@ -43,6 +43,19 @@ int CStage::Write(const std::string& strPath, const std::string& strText) {
     return iCode;
 }
 
+int CStage::Commit(const std::vector<CStoreCondition>& /*conditions*/,
+                   const std::vector<CStoreText>& texts) {
+    const std::lock_guard<std::mutex> guard(m_mutex);
+    int iCode = 0;
+    for (auto it = texts.begin(); it != texts.end() && iCode == 0; ++it) {
+        GetNodeLocked(it->strPath, iCode);
+    }
+    for (auto it = texts.begin(); it != texts.end() && iCode == 0; ++it) {
+        m_nodes.at(it->strPath).written = it->strText;
+    }
+    return iCode;
+}
+
 int CStage::List(const std::string& strPath, std::vector<std::string>& children) {
     return m_pStore->List(strPath, children);
 }

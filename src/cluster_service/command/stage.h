@@ -30,6 +30,10 @@ public:
     int Write(const std::string& strPath, const std::string& strText) override;
     int List(const std::string& strPath, std::vector<std::string>& children) override;
 
+    /// Conditions count as kept: CommitChanges has its own.
+    int Commit(const std::vector<CStoreCondition>& conditions,
+               const std::vector<CStoreText>& texts) override;
+
     /// The store behind it, for who writes at once.
     const std::shared_ptr<IStore>& GetStore() const { return m_pStore; }
 

@@ -27,6 +27,11 @@ std::string ChildOnTheWay(const std::string& strFolder, const std::string& strNo
     return strNode.substr(strPrefix.size(), strNode.find('/', strPrefix.size()) - strPrefix.size());
 }
 
+bool IsNamed(const std::vector<CStoreText>& texts, const std::string& strPath) {
+    return std::any_of(texts.begin(), texts.end(),
+                       [&](const CStoreText& text) { return text.strPath == strPath; });
+}
+
 }  // namespace
 
 CGateStore::CGateStore(std::shared_ptr<IStore> pStore) : m_pStore(std::move(pStore)) {}
@@ -34,28 +39,33 @@ CGateStore::CGateStore(std::shared_ptr<IStore> pStore) : m_pStore(std::move(pSto
 int CGateStore::Read(const std::string& strPath, StoreWatcher pWatcher, CStoreAnswer& answer) {
     const int iCode = Done(m_pStore->Read(strPath, pWatcher, answer));
     const std::lock_guard<std::mutex> guard(m_mutex);
-    if (const auto it = m_kept.find(strPath); iCode == 0 && it != m_kept.end()) {
-        answer.bExists = true;
-        answer.text = it->second;
+    for (const Texts* const pTexts : {&m_waiting, &m_kept}) {
+        if (const auto it = pTexts->find(strPath); iCode == 0 && it != pTexts->end()) {
+            answer.bExists = true;
+            answer.text = it->second;
+        }
     }
     return iCode;
 }
 
 int CGateStore::Write(const std::string& strPath, const std::string& strText) {
-    return Keep({{strPath, strText}}) ? 0 : Done(m_pStore->Write(strPath, strText));
+    return Wait(strPath, strText) ? 0 : Commit({}, {{strPath, strText}});
 }
 
 int CGateStore::List(const std::string& strPath, std::vector<std::string>& children) {
     std::vector<std::string> found;
     const int iCode = Done(m_pStore->List(strPath, found));
     const std::lock_guard<std::mutex> guard(m_mutex);
-    for (const auto& [strKept, strText] : m_kept) {
-        if (std::string strChild = ChildOnTheWay(strPath, strKept); !strChild.empty()) {
-            found.push_back(std::move(strChild));
+    bool bHere = false;
+    for (const Texts* const pTexts : {&m_waiting, &m_kept}) {
+        bHere = bHere || pTexts->count(strPath) != 0;
+        for (const auto& [strKept, strText] : *pTexts) {
+            if (std::string strChild = ChildOnTheWay(strPath, strKept); !strChild.empty()) {
+                found.push_back(std::move(strChild));
+            }
         }
     }
-    const bool bThere =
-        iCode == STORE_NODE_ABSENT && (!found.empty() || m_kept.count(strPath) != 0);
+    const bool bThere = iCode == STORE_NODE_ABSENT && (!found.empty() || bHere);
     if (iCode != 0 && !bThere) {
         return iCode;
     }
@@ -67,7 +77,52 @@ int CGateStore::List(const std::string& strPath, std::vector<std::string>& child
 
 int CGateStore::Commit(const std::vector<CStoreCondition>& conditions,
                        const std::vector<CStoreText>& texts) {
-    return Keep(texts) ? 0 : Done(m_pStore->Commit(conditions, texts));
+    return Keep(texts) ? 0 : Send(conditions, texts);
+}
+
+int CGateStore::WriteTogether(Texts texts) {
+    std::vector<CStoreText> list;
+    for (auto& [strPath, strText] : texts) {
+        list.push_back({strPath, std::move(strText)});
+    }
+    return Keep(list) ? 0 : Send({}, std::move(list));
+}
+
+int CGateStore::WriteWaiting() {
+    return IsAnyWaiting() ? Send({}, {}) : 0;
+}
+
+int CGateStore::Send(const std::vector<CStoreCondition>& conditions,
+                     std::vector<CStoreText> texts) {
+    const Texts waiting = GetWaiting();
+    for (const auto& [strPath, strText] : waiting) {
+        if (!IsNamed(texts, strPath)) {
+            texts.push_back({strPath, strText});
+        }
+    }
+    const bool bOne = conditions.empty() && texts.size() == 1;
+    const int iCode = Done(bOne ? m_pStore->Write(texts.front().strPath, texts.front().strText)
+                                : m_pStore->Commit(conditions, texts));
+    if (iCode == 0) {
+        ForgetWritten(waiting);
+    }
+    return iCode;
+}
+
+CGateStore::Texts CGateStore::GetWaiting() {
+    const std::lock_guard<std::mutex> guard(m_mutex);
+    return m_waiting;
+}
+
+/// What was written anew meanwhile waits on.
+void CGateStore::ForgetWritten(const Texts& texts) {
+    const std::lock_guard<std::mutex> guard(m_mutex);
+    for (const auto& [strPath, strText] : texts) {
+        if (const auto it = m_waiting.find(strPath);
+            it != m_waiting.end() && it->second == strText) {
+            m_waiting.erase(it);
+        }
+    }
 }
 
 void CGateStore::Shut() {
@@ -79,6 +134,16 @@ void CGateStore::Open() {
     const std::lock_guard<std::mutex> guard(m_mutex);
     m_bShut = false;
     m_kept.clear();
+}
+
+void CGateStore::LetWait(const std::string& strPath) {
+    const std::lock_guard<std::mutex> guard(m_mutex);
+    m_strMayWait = strPath;
+}
+
+bool CGateStore::IsAnyWaiting() {
+    const std::lock_guard<std::mutex> guard(m_mutex);
+    return !m_waiting.empty();
 }
 
 bool CGateStore::IsAway() {
@@ -97,6 +162,15 @@ int CGateStore::Done(int iCode) {
     m_bAway = IsOutOfTime(iCode) || (m_bAway && !bWell);
     m_ullFailures += bWell ? 0 : 1;
     return iCode;
+}
+
+bool CGateStore::Wait(const std::string& strPath, const std::string& strText) {
+    const std::lock_guard<std::mutex> guard(m_mutex);
+    const bool bWaits = !m_bShut && strPath == m_strMayWait;
+    if (bWaits) {
+        m_waiting[strPath] = strText;
+    }
+    return bWaits;
 }
 
 bool CGateStore::Keep(const std::vector<CStoreText>& texts) {

@@ -79,7 +79,7 @@ bool CReplay::Run(const std::string& /*strPlugin*/, const std::string& /*strOper
 void CReplay::Repeat(const CLateCall& late) {
     CScheduleMgr& versions = CScheduleMgr::Instance();
     const uint64_t ullEnd = m_ullStoreCalls + late.ullStoreCalls;
-    while (versions.GetDecisionVerNum() < late.ullDecision && m_ullStoreCalls < ullEnd) {
+    while (versions.GetDecisionVerNum() < late.ullDecision) {
         unsigned long long ullDecision = 0;
         versions.IncreaseDecisionVerNum(ullDecision);
     }

@@ -30,7 +30,7 @@ public:
     bool IsBusy(const std::string& strPlugin) override;
 
 private:
-    /// What a call that came late left behind: each decision that it took is a call of the store.
+    /// What a call that came late left behind: the decisions that it took.
     void Repeat(const CLateCall& late);
 
     /// Counts a call of the store: the code that it failed with, or 0.
