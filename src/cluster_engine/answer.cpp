@@ -53,36 +53,9 @@ const CFaultText& TextOf(EFault eFault) {
     return FAULT_TEXTS[static_cast<std::size_t>(eFault)];
 }
 
-Json::Value FaultToJson(const CFaultText& text, const std::string& strAbout) {
-    Json::Value json;
-    json["name"] = text.pszName;
-    json["code"] = text.iCode;
-    json["sentence"] = text.pszSentence;
-    json["remedy"] = text.pszRemedy;
-    if (!strAbout.empty()) {
-        json["about"] = strAbout;
-    }
-    return json;
-}
-
-Json::Value FaultToJson(EFault eFault, const std::string& strAbout) {
-    return FaultToJson(TextOf(eFault), strAbout);
-}
-
 CAnswer CAnswer::Refuse(EFault eFault, std::string strAbout) {
     CAnswer answer;
     answer.eFault = eFault;
     answer.strAbout = std::move(strAbout);
     return answer;
-}
-
-Json::Value AnswerToJson(const CAnswer& answer) {
-    Json::Value json = ToJson(answer);
-    json["result"] = answer.eFault != EFault::NONE ? "refused"
-                     : answer.bInPart              ? "in_part"
-                                                   : "done";
-    if (answer.eFault != EFault::NONE) {
-        json["fault"] = FaultToJson(answer.eFault, answer.strAbout);
-    }
-    return json;
 }

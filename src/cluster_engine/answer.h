@@ -45,11 +45,20 @@ struct CFaultText {
 
 const CFaultText& TextOf(EFault eFault);
 
-/// A fault in JSON: name, code, sentence, remedy, and what it is about.
-/// @{
-Json::Value FaultToJson(const CFaultText& text, const std::string& strAbout);
-Json::Value FaultToJson(EFault eFault, const std::string& strAbout);
-/// @}
+/// A fault as it is told.
+struct CFaultForm {
+    const CFaultText& text;
+    const std::string& strAbout;  ///< may be empty
+
+    template <typename F, typename S>
+    static void Fields(F& form, S& self) {
+        form.Need("name", self.text.pszName);
+        form.Need("code", self.text.iCode);
+        form.Need("sentence", self.text.pszSentence);
+        form.Need("remedy", self.text.pszRemedy);
+        form.May("about", self.strAbout);
+    }
+};
 
 enum class ETaskResult { PLACED, STAYS, MOVED, ENDED, WAITS, REFUSED };
 
@@ -150,6 +159,24 @@ struct CAnswer {
     }
 };
 
-/// An object with "result" ("done", "in_part" or "refused"), the fault of a refused one, and else
-/// what there is of the fields.
-Json::Value AnswerToJson(const CAnswer& answer);
+/// An answer as it is told: "result" ("done", "in_part" or "refused"), the fault of a refused one
+/// under its key, and else what there is of the fields.
+struct CAnswerForm {
+    const CAnswer& answer;
+    const char* pszFaultKey = "fault";
+
+    template <typename F, typename S>
+    static void Fields(F& form, S& self) {
+        const CAnswer& answer = self.answer;
+        const bool bRefused = answer.eFault != EFault::NONE;
+        form.Need("result", bRefused ? "refused" : answer.bInPart ? "in_part" : "done");
+        if (bRefused) {
+            form.Need(self.pszFaultKey, CFaultForm{TextOf(answer.eFault), answer.strAbout});
+        }
+        CAnswer::Fields(form, answer);
+    }
+};
+
+inline Json::Value AnswerToJson(const CAnswer& answer) {
+    return ToJson(CAnswerForm{answer});
+}

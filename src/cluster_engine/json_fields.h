@@ -184,7 +184,7 @@ public:
             strTo += value ? "true" : "false";
         } else if constexpr (std::is_integral_v<T>) {
             strTo += std::to_string(value);
-        } else if constexpr (std::is_same_v<T, std::string>) {
+        } else if constexpr (std::is_convertible_v<const T&, std::string_view>) {
             WriteText(strTo, value);
         } else if constexpr (std::is_constructible_v<Json::Value, const T&>) {
             strTo += JsonLine(Json::Value(value));

@@ -67,6 +67,10 @@ public:
     int Write(const std::string& strPath, const std::string& strText) override {
         return m_iCalls-- > 0 ? m_pStore->Write(strPath, strText) : NUMERIC_STORE_CODE;
     }
+    int Commit(const std::vector<CStoreCondition>& conditions,
+               const std::vector<CStoreText>& texts) override {
+        return m_iCalls-- > 0 ? m_pStore->Commit(conditions, texts) : NUMERIC_STORE_CODE;
+    }
 
 private:
     const std::shared_ptr<IStore> m_pStore;

@@ -33,16 +33,30 @@ public:
     }
 
     int Write(const std::string& strPath, const std::string& strText) override {
-        int iCode = CodeFor(strPath);
-        iCode = iCode != 0 ? iCode : m_pStore->Write(strPath, strText);
-        if (iCode == 0) {
-            const std::lock_guard<std::mutex> guard(m_mutex);
-            m_writes.push_back(strPath);
+        return Write({{strPath, strText}}, [&] { return m_pStore->Write(strPath, strText); });
+    }
+
+    int Commit(const std::vector<CStoreCondition>& conditions,
+               const std::vector<CStoreText>& texts) override {
+        return Write(texts, [&] { return m_pStore->Commit(conditions, texts); });
+    }
+
+private:
+    template <typename Operation>
+    int Write(const std::vector<CStoreText>& texts, const Operation& operation) {
+        for (const CStoreText& text : texts) {
+            if (const int iCode = CodeFor(text.strPath); iCode != 0) {
+                return iCode;
+            }
+        }
+        const int iCode = operation();
+        const std::lock_guard<std::mutex> guard(m_mutex);
+        for (auto it = texts.begin(); it != texts.end() && iCode == 0; ++it) {
+            m_writes.push_back(it->strPath);
         }
         return iCode;
     }
 
-private:
     int CodeFor(const std::string& strPath) {
         const std::lock_guard<std::mutex> guard(m_mutex);
         return strPath.find(m_strPart) != std::string::npos ? m_iCode : 0;

@@ -215,8 +215,8 @@ TEST_F(Routes, JobIsAnsweredByWhatBecameOfItsTasks) {
     answer.tasks.front().strFault = "no_room";
     AnswerOne(answer);
     EXPECT_EQ(*pReply->m_reply->pBody,
-              R"({"in_part":true,"result":"in_part",)"
-              R"("tasks":[{"fault":"no_room","result":"refused","task":"t"}]})");
+              R"({"result":"in_part","in_part":true,)"
+              R"("tasks":[{"task":"t","result":"refused","fault":"no_room"}]})");
 }
 
 TEST_F(Routes, NothingIsTakenBeforeTheClusterIsLoaded) {

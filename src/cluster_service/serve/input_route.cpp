@@ -11,7 +11,6 @@
 
 namespace {
 
-constexpr char PSZ_UNKNOWN_FIELDS[] = "unknown_fields";
 constexpr const char* REPORT_NAMES[] = {CNodeReport::NAME, CContainerReport::NAME,
                                         CNvrReport::NAME};
 
@@ -82,13 +81,30 @@ bool CompleteInput(const CAsked& asked, Json::Value& json, CFieldFault& fault) {
     return true;
 }
 
+/// What becomes of one report.
+struct CReportAnswer {
+    CAnswer answer;
+    bool bFromEngine = true;    ///< false: it cannot be read
+    std::size_t uiUnknown = 0;  ///< fields that were passed over
+
+    template <typename F, typename S>
+    static void Fields(F& form, S& self) {
+        const CAnswerForm told = AnswerForm(self.answer);
+        CAnswerForm::Fields(form, told);
+        form.Need("unknown_fields", self.uiUnknown);
+    }
+};
+
 /// What becomes of the reports of one request.
 struct CReports {
     std::vector<InputBody> inputs;
-    std::vector<Json::Value> answers;  ///< of those that cannot be read; null for the others
-    std::vector<std::size_t> unknown;  ///< fields that were passed over, by report
-    EFault eFault = EFault::NONE;      ///< of the last one
+    std::vector<CReportAnswer> answers;
     bool bList = false;
+
+    template <typename F, typename S>
+    static void Fields(F& form, S& self) {
+        form.Need("answers", self.answers);
+    }
 };
 
 bool ReadReport(Json::Value& json, CInput& input, std::size_t& uiUnknown, CFieldFault& fault) {
@@ -112,15 +128,13 @@ bool ReadReport(Json::Value& json, CInput& input, std::size_t& uiUnknown, CField
 void AddReport(Json::Value& json, CReports& reports) {
     CInput input;
     CFieldFault fault;
-    std::size_t uiUnknown = 0;
-    reports.answers.emplace_back();
-    if (ReadReport(json, input, uiUnknown, fault)) {
+    CReportAnswer& report = reports.answers.emplace_back();
+    report.bFromEngine = ReadReport(json, input, report.uiUnknown, fault);
+    if (report.bFromEngine) {
         reports.inputs.push_back(std::move(input.body));
     } else {
-        reports.eFault = EFault::BAD_INPUT;
-        reports.answers.back() = AnswerBody(CAnswer::Refuse(reports.eFault, TextOf(fault)));
+        report.answer = CAnswer::Refuse(EFault::BAD_INPUT, TextOf(fault));
     }
-    reports.unknown.push_back(uiUnknown);
 }
 
 CReports ReadReports(Json::Value& json) {
@@ -136,30 +150,22 @@ CReports ReadReports(Json::Value& json) {
     return reports;
 }
 
-/// Puts the engine's answers where none stands yet.
-void FillAnswers(CReports& reports, const std::vector<CAnswer>& answers) {
+/// Puts the engine's answers where it is to say something.
+void FillAnswers(CReports& reports, std::vector<CAnswer> answers) {
     auto next = answers.begin();
-    for (std::size_t ui = 0; ui < reports.answers.size(); ++ui) {
-        Json::Value& answer = reports.answers[ui];
-        if (answer.isNull() && next != answers.end()) {
-            answer = AnswerBody(*next);
-            reports.eFault = next->eFault;
-            ++next;
+    for (CReportAnswer& report : reports.answers) {
+        if (report.bFromEngine) {
+            report.answer = std::move(*next++);
         }
-        answer[PSZ_UNKNOWN_FIELDS] = static_cast<Json::UInt64>(reports.unknown[ui]);
     }
 }
 
-CHttpReply ReplyOf(CReports& reports) {
-    if (!reports.bList) {
-        return AnswerReply(reports.answers.front(), reports.eFault);
+CHttpReply ReplyOf(const CReports& reports) {
+    if (reports.bList) {
+        return AnswerReply(EFault::NONE, JsonText(reports));
     }
-    Json::Value body;
-    Json::Value& answers = body["answers"] = Json::Value(Json::arrayValue);
-    for (Json::Value& answer : reports.answers) {
-        answers.append(std::move(answer));
-    }
-    return AnswerReply(body, EFault::NONE);
+    const CReportAnswer& only = reports.answers.front();
+    return AnswerReply(only.answer.eFault, JsonText(only));
 }
 
 }  // namespace
@@ -176,9 +182,11 @@ void TakeInput(const CAsked& asked) {
     }
     std::vector<InputBody> inputs;
     inputs.push_back(std::move(input.body));
-    Push(asked, std::move(inputs), [pReplyTo = asked.pReplyTo](std::vector<CAnswer> answers) {
-        pReplyTo->Send(AnswerReply(AnswerBody(answers.front()), answers.front().eFault));
-    });
+    Push(asked, std::move(inputs),
+         [pReplyTo = asked.pReplyTo](const std::vector<CAnswer>& answers) {
+             const CAnswer& answer = answers.front();
+             pReplyTo->Send(AnswerReply(answer.eFault, JsonText(AnswerForm(answer))));
+         });
 }
 
 void TakeReports(const CAsked& asked) {
@@ -197,14 +205,13 @@ void TakeReports(const CAsked& asked) {
         asked.context.metrics.CountRefused(TextOf(EFault::BAD_INPUT).pszName, uiBad);
     }
     if (reports.inputs.empty()) {
-        FillAnswers(reports, {});
         return asked.pReplyTo->Send(ReplyOf(reports));
     }
     std::vector<InputBody> inputs = std::move(reports.inputs);
     Push(asked, std::move(inputs),
          [pReplyTo = asked.pReplyTo,
-          reports = std::move(reports)](const std::vector<CAnswer>& answers) mutable {
-             FillAnswers(reports, answers);
+          reports = std::move(reports)](std::vector<CAnswer> answers) mutable {
+             FillAnswers(reports, std::move(answers));
              pReplyTo->Send(ReplyOf(reports));
          });
 }

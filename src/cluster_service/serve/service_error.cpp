@@ -2,13 +2,12 @@
 
 #include <cstddef>
 #include <iterator>
+#include <utility>
 
 #include "cluster_engine/json_fields.h"
 
 namespace {
 
-constexpr char PSZ_ERROR[] = "error";
-constexpr char PSZ_FAULT[] = "fault";
 constexpr unsigned int NUMERIC_COME_BACK = 503;
 
 /// By EFault.
@@ -86,18 +85,21 @@ const CServiceFault& Of(EServiceFault eFault) {
     return SERVICE_FAULTS[static_cast<std::size_t>(eFault)];
 }
 
-CHttpReply MakeReply(unsigned int uiStatus, const Json::Value& body) {
-    CHttpReply reply(uiStatus, JsonLine(body));
+struct CErrorBody {
+    CFaultForm error;
+
+    template <typename F, typename S>
+    static void Fields(F& form, S& self) {
+        form.Need(PSZ_ERROR, self.error);
+    }
+};
+
+CHttpReply MakeReply(unsigned int uiStatus, std::string strBody) {
+    CHttpReply reply(uiStatus, std::move(strBody));
     if (uiStatus == NUMERIC_COME_BACK) {
         reply.headers["Retry-After"] = "1";
     }
     return reply;
-}
-
-CHttpReply MakeErrorReply(unsigned int uiStatus, Json::Value error) {
-    Json::Value body;
-    body[PSZ_ERROR].swap(error);
-    return MakeReply(uiStatus, body);
 }
 
 }  // namespace
@@ -111,23 +113,14 @@ unsigned int StatusOf(EFault eFault) {
 }
 
 CHttpReply ErrorReply(EFault eFault, const std::string& strAbout) {
-    return MakeErrorReply(StatusOf(eFault), FaultToJson(eFault, strAbout));
+    return MakeReply(StatusOf(eFault), JsonText(CErrorBody{{TextOf(eFault), strAbout}}));
 }
 
 CHttpReply ErrorReply(EServiceFault eFault, const std::string& strAbout) {
     const CServiceFault& fault = Of(eFault);
-    return MakeErrorReply(fault.uiStatus, FaultToJson(fault.text, strAbout));
+    return MakeReply(fault.uiStatus, JsonText(CErrorBody{{fault.text, strAbout}}));
 }
 
-CHttpReply AnswerReply(const Json::Value& answer, EFault eFault) {
-    return MakeReply(StatusOf(eFault), answer);
-}
-
-Json::Value AnswerBody(const CAnswer& answer) {
-    Json::Value body = AnswerToJson(answer);
-    if (answer.eFault != EFault::NONE) {
-        body[PSZ_ERROR].swap(body[PSZ_FAULT]);
-        body.removeMember(PSZ_FAULT);
-    }
-    return body;
+CHttpReply AnswerReply(EFault eFault, std::string strBody) {
+    return MakeReply(StatusOf(eFault), std::move(strBody));
 }

@@ -28,6 +28,9 @@ enum class EServiceFault {
     TOO_MANY_CONNECTIONS,
 };
 
+/// The key of an error.
+inline constexpr char PSZ_ERROR[] = "error";
+
 /// The name by which it is counted and answered.
 const char* NameOfFault(EServiceFault eFault);
 
@@ -41,8 +44,10 @@ CHttpReply ErrorReply(EFault eFault, const std::string& strAbout);
 CHttpReply ErrorReply(EServiceFault eFault, const std::string& strAbout);
 /// @}
 
-/// The whole reply to an input that the engine answered.
-CHttpReply AnswerReply(const Json::Value& answer, EFault eFault);
+/// The whole reply to an input that the engine answered so.
+CHttpReply AnswerReply(EFault eFault, std::string strBody);
 
-/// AnswerToJson, with a refusal in the one shape of an error.
-Json::Value AnswerBody(const CAnswer& answer);
+/// What the engine answers, with a refusal in the one shape of an error.
+inline CAnswerForm AnswerForm(const CAnswer& answer) {
+    return {answer, PSZ_ERROR};
+}
