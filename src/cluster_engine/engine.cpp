@@ -210,12 +210,11 @@ CAnswer CClusterEngine::Tick(const CTick& tick) {
 
 int CClusterEngine::Commit() {
     CCluster& cluster = *m_pCluster;
-    if (!IsDirty()) {
-        cluster.TellSink();
-        return ORVA_SUCCEED;
+    int iCode = ORVA_SUCCEED;
+    if (IsDirty()) {
+        iCode = !cluster.store.IsAway() ? cluster.assignments.Write() : ORVA_FAIL;
+        iCode = iCode != ORVA_SUCCEED ? iCode : CommitMembership(cluster);
     }
-    int iCode = !cluster.store.IsAway() ? cluster.assignments.Write() : ORVA_FAIL;
-    iCode = iCode != ORVA_SUCCEED ? iCode : CommitMembership(cluster);
     iCode = iCode != ORVA_SUCCEED ? iCode : cluster.store.WriteWaiting();
     if (iCode == ORVA_SUCCEED) {
         cluster.TellSink();

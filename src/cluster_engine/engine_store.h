@@ -37,8 +37,8 @@ public:
     /// Writes texts, by suffix, all of them or none, and none waits. Returns 0 or a code.
     int WriteTogether(std::map<std::string, std::string> texts);
 
-    /// From now on the version numbers may wait for the next other write. They are out before what
-    /// bears one of them can be read: a number that is lost was never seen.
+    /// From now on the version numbers may wait, but for the first write of each commit. They are
+    /// out with what bears one of them: a number that is lost was never seen.
     void LetVersionsWait();
     bool IsAnyWaiting() const { return m_gate.IsAnyWaiting(); }
 

@@ -42,13 +42,15 @@ public:
     /// What was written since Shut is forgotten.
     virtual void Open() = 0;
 
-    /// Writes of that node need not be made at once: each answers 0, takes the place of the one
-    /// before and is read back. The last one reaches the store together with the next write of
-    /// another node, both or neither, or by WriteWaiting.
+    /// Not every write of that node has to be made at once. The first one is, so that a store that
+    /// is gone is found out; those behind it answer 0, take each other's place and are read back,
+    /// until WriteWaiting or until a call fails. The last one reaches the store together with the
+    /// next write of another node, both or neither, or by WriteWaiting.
     virtual void LetWait(const std::string& strPath) = 0;
     virtual bool IsAnyWaiting() = 0;
 
-    /// Writes what waits. Returns 0, also when nothing does, or a code: then it waits on.
+    /// Writes what waits; the next write is a first one again. Returns 0, also when nothing waits,
+    /// or a code: then it waits on.
     virtual int WriteWaiting() = 0;
 
     /// Writes texts, by path, all of them or none, and none of them waits. Returns 0 or a code.

@@ -224,11 +224,6 @@ TEST_F(PluginGate, WhatAPlugInChangesDuringADryRunIsSetBack) {
 }
 
 TEST_F(PluginGate, StoreThatFailsWithinACallIsNoFailureOfThePlugIn) {
-    Must(CNextMasterVersion());
-    Script().schedule = [](const auto&, CTaskContainerMap& bound, auto&) {
-        bound = {{"a", Scripted("n1")}};
-        return CScheduleMgr::Instance().Reload();
-    };
     for (int i = 0; i < 4; ++i) {
         m_pStore->FailCall(1, 99);
         const CAnswer answer = Place({{"a"}});
@@ -240,9 +235,8 @@ TEST_F(PluginGate, StoreThatFailsWithinACallIsNoFailureOfThePlugIn) {
 }
 
 TEST_F(PluginGate, PlugInThatThrowsSinceTheStoreFailsIsNotBlamed) {
-    Must(CNextMasterVersion());
-    Script().schedule = [](const auto&, auto&, auto&) -> int {
-        if (CScheduleMgr::Instance().Reload() != ORVA_SUCCEED) {
+    Script().schedule = [](const auto&, auto&, unsigned long long& ullDecision) -> int {
+        if (CScheduleMgr::Instance().IncreaseDecisionVerNum(ullDecision) != ORVA_SUCCEED) {
             throw std::runtime_error("no number");
         }
         return ORVA_FAIL;

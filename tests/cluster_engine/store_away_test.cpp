@@ -53,7 +53,7 @@ protected:
 
     void LoseStore() {
         m_pLost->m_bAway = true;
-        EXPECT_TRUE(Place({{"late"}}).bDurable) << "its commit finds out";
+        EXPECT_EQ(Place({{"lost"}}).eFault, EFault::STORE_FAILED);
         Pass(1);
         ASSERT_EQ(m_events.Count(EEvent::STORE_AWAY), 1U);
         Script().calls.clear();

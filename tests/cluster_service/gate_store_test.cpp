@@ -57,10 +57,12 @@ TEST_F(GateStore, OpenedForgetsWhatWasWrittenBehindIt) {
 
 TEST_F(GateStore, WhatMayWaitIsReadBackAndGoesWithTheNextOtherWrite) {
     m_gate.LetWait("/a/n");
+    EXPECT_EQ(m_gate.Write("/a/n", "0"), 0);
+    EXPECT_FALSE(m_gate.IsAnyWaiting()) << "the first is made at once";
     EXPECT_EQ(m_gate.Write("/a/n", "1"), 0);
     EXPECT_EQ(m_gate.Write("/a/n", "2"), 0);
     EXPECT_TRUE(m_gate.IsAnyWaiting());
-    EXPECT_FALSE(m_pStore->GetNode("/a/n").bExists);
+    EXPECT_EQ(m_pStore->Get("/a/n"), "0");
     EXPECT_EQ(Read("/a/n"), "2");
     std::vector<std::string> children;
     EXPECT_EQ(m_gate.List("/a", children), 0);
@@ -71,8 +73,23 @@ TEST_F(GateStore, WhatMayWaitIsReadBackAndGoesWithTheNextOtherWrite) {
     EXPECT_FALSE(m_gate.IsAnyWaiting());
 }
 
+TEST_F(GateStore, FirstWriteThatFailsWaitsForNothing) {
+    m_gate.LetWait("/a/n");
+    for (int i = 0; i < 2; ++i) {
+        m_pStore->FailCall(1, 77);
+        EXPECT_EQ(m_gate.Write("/a/n", "1"), 77) << "each is a first one";
+    }
+    m_gate.Write("/a/n", "2");
+    EXPECT_EQ(m_gate.WriteWaiting(), 0);
+    m_pStore->FailCall(1, 77);
+    EXPECT_EQ(m_gate.Write("/a/n", "3"), 77) << "and so is that behind a commit";
+    EXPECT_FALSE(m_gate.IsAnyWaiting());
+    EXPECT_EQ(m_pStore->Get("/a/n"), "2");
+}
+
 TEST_F(GateStore, WhatWaitsWaitsOnWhenTheStoreFails) {
     m_gate.LetWait("/a/n");
+    m_gate.Write("/a/n", "0");
     m_gate.Write("/a/n", "1");
     m_pStore->FailCall(1, 77);
     EXPECT_EQ(m_gate.Write("/a/b", "after"), 77);
@@ -80,6 +97,7 @@ TEST_F(GateStore, WhatWaitsWaitsOnWhenTheStoreFails) {
     m_pStore->FailCall(1, 78);
     EXPECT_EQ(m_gate.WriteWaiting(), 78);
     EXPECT_TRUE(m_gate.IsAnyWaiting());
+    EXPECT_EQ(m_pStore->Get("/a/n"), "0");
     EXPECT_EQ(m_gate.WriteWaiting(), 0);
     EXPECT_EQ(m_pStore->Get("/a/n"), "1");
     EXPECT_EQ(m_gate.WriteWaiting(), 0) << "nothing waits";
@@ -87,11 +105,12 @@ TEST_F(GateStore, WhatWaitsWaitsOnWhenTheStoreFails) {
 
 TEST_F(GateStore, TextsThatAreWrittenTogetherAreWrittenAllOrNone) {
     m_gate.LetWait("/a/n");
+    m_gate.Write("/a/n", "first");
     m_gate.Write("/a/n", "old");
     m_pStore->FailCall(1, 77);
     EXPECT_EQ(m_gate.WriteTogether({{"/a/b", "after"}, {"/a/n", "new"}}), 77);
     EXPECT_EQ(m_pStore->Get("/a/b"), "before");
-    EXPECT_FALSE(m_pStore->GetNode("/a/n").bExists);
+    EXPECT_EQ(m_pStore->Get("/a/n"), "first");
     EXPECT_EQ(m_gate.WriteTogether({{"/a/b", "after"}, {"/a/n", "new"}}), 0);
     EXPECT_EQ(m_pStore->Get("/a/b"), "after");
     EXPECT_EQ(m_pStore->Get("/a/n"), "new") << "none waits";
@@ -100,6 +119,7 @@ TEST_F(GateStore, TextsThatAreWrittenTogetherAreWrittenAllOrNone) {
 
 TEST_F(GateStore, ShutKeepsAlsoWhatMayWait) {
     m_gate.LetWait("/a/n");
+    m_gate.Write("/a/n", "first");
     m_gate.Write("/a/n", "waits");
     m_gate.Shut();
     m_gate.Write("/a/n", "forgotten");

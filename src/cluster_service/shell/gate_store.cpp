@@ -89,6 +89,10 @@ int CGateStore::WriteTogether(Texts texts) {
 }
 
 int CGateStore::WriteWaiting() {
+    {
+        const std::lock_guard<std::mutex> guard(m_mutex);
+        m_bNextWaits = false;
+    }
     return IsAnyWaiting() ? Send({}, {}) : 0;
 }
 
@@ -161,16 +165,19 @@ int CGateStore::Done(int iCode) {
     const bool bWell = iCode == 0 || iCode == STORE_NODE_ABSENT;
     m_bAway = IsOutOfTime(iCode) || (m_bAway && !bWell);
     m_ullFailures += bWell ? 0 : 1;
+    m_bNextWaits = m_bNextWaits && bWell;
     return iCode;
 }
 
 bool CGateStore::Wait(const std::string& strPath, const std::string& strText) {
     const std::lock_guard<std::mutex> guard(m_mutex);
-    const bool bWaits = !m_bShut && strPath == m_strMayWait;
-    if (bWaits) {
+    if (m_bShut || strPath != m_strMayWait) {
+        return false;
+    }
+    if (m_bNextWaits) {
         m_waiting[strPath] = strText;
     }
-    return bWaits;
+    return std::exchange(m_bNextWaits, true);
 }
 
 bool CGateStore::Keep(const std::vector<CStoreText>& texts) {

@@ -39,7 +39,7 @@ private:
     /// Counts what a call came to, and hands its code on.
     int Done(int iCode);
 
-    /// Keeps the text for later if it may wait; false when it may not.
+    /// Keeps the text for later if it may wait; false when it is to be written now.
     bool Wait(const std::string& strPath, const std::string& strText);
 
     /// Keeps the texts if the gate is shut; false when it is open.
@@ -56,6 +56,7 @@ private:
     bool m_bAway = false;
     uint64_t m_ullFailures = 0;
     std::string m_strMayWait;
+    bool m_bNextWaits = false;  ///< the store has taken one of them
     Texts m_waiting;
     Texts m_kept;  ///< written since the gate was shut
 };
