@@ -18,7 +18,7 @@ constexpr uint32_t NUMERIC_FORM_VERSION = 1;
 constexpr uint32_t NUMERIC_FULL_BYTES = 52000;
 
 /// So many documents are well below what a ZooKeeper server takes at once.
-constexpr std::ptrdiff_t NUMERIC_DOCUMENTS_TOGETHER = 8;
+constexpr std::size_t NUMERIC_DOCUMENTS_TOGETHER = 8;
 
 constexpr char PSZ_ASSIGNMENT[] = "/Engine/Assignment";
 constexpr char PSZ_HOMELESS[] = "/Engine/Homeless";
@@ -504,19 +504,27 @@ std::string CAssignments::TextOf(const Dirty& dirty, bool bWithLeaving) {
     return JsonText(document);
 }
 
-int CAssignments::WriteDocuments(const std::vector<Dirty*>& documents, bool bWithLeaving,
-                                 const std::function<void(Dirty&)>& onWritten) {
-    for (auto it = documents.begin(); it != documents.end();) {
-        const auto itBegin = it;
+template <typename Predicate, typename OnWritten>
+int CAssignments::WriteDocuments(const Predicate& isWanted, bool bWithLeaving,
+                                 const OnWritten& onWritten) {
+    auto it = m_dirty.begin();
+    while (it != m_dirty.end()) {
+        std::vector<Dirty*> together;
         std::map<std::string, std::string> texts;
-        for (; it != documents.end() && it - itBegin < NUMERIC_DOCUMENTS_TOGETHER; ++it) {
-            const CDocumentKey& key = (*it)->first;
-            texts[Suffix(key.addr, key.uiNumber)] = TextOf(**it, bWithLeaving);
+        for (; it != m_dirty.end() && texts.size() < NUMERIC_DOCUMENTS_TOGETHER; ++it) {
+            if (isWanted(it->second)) {
+                together.push_back(&*it);
+                texts[Suffix(it->first.addr, it->first.uiNumber)] = TextOf(*it, bWithLeaving);
+            }
         }
-        if (const int iCode = m_store.WriteTogether(std::move(texts)); iCode != ORVA_SUCCEED) {
+        const int iCode = texts.empty() ? static_cast<int>(ORVA_SUCCEED)
+                                        : m_store.WriteTogether(std::move(texts));
+        if (iCode != ORVA_SUCCEED) {
             return iCode;
         }
-        std::for_each(itBegin, it, [&](Dirty* pDirty) { onWritten(*pDirty); });
+        for (Dirty* const pDirty : together) {
+            onWritten(*pDirty);
+        }
     }
     return ORVA_SUCCEED;
 }
@@ -526,16 +534,11 @@ int CAssignments::WriteEntered() {
     if (iCode != ORVA_SUCCEED) {
         return iCode;
     }
-    std::vector<Dirty*> entered;
-    for (Dirty& dirty : m_dirty) {
-        if (dirty.second.bEntered) {
-            entered.push_back(&dirty);
-        }
-    }
-    return WriteDocuments(entered, true, [](Dirty& dirty) {
-        dirty.second.bEntered = false;
-        dirty.second.bWritten = dirty.second.leaving.empty();
-    });
+    return WriteDocuments([](const CChange& change) { return change.bEntered; }, true,
+                          [](Dirty& dirty) {
+                              dirty.second.bEntered = false;
+                              dirty.second.bWritten = dirty.second.leaving.empty();
+                          });
 }
 
 int CAssignments::Write() {
@@ -543,17 +546,11 @@ int CAssignments::Write() {
     if (iCode != ORVA_SUCCEED) {
         return iCode;
     }
-    std::vector<Dirty*> unwritten;
-    for (Dirty& dirty : m_dirty) {
-        if (!dirty.second.bWritten) {
-            unwritten.push_back(&dirty);
-        }
-    }
-    iCode = WriteDocuments(unwritten, false, [this](Dirty& dirty) {
-        ReleaseLeaving(dirty);
-        dirty.second.leaving.clear();
-        dirty.second.bWritten = true;
-    });
+    iCode = WriteDocuments([](const CChange& change) { return !change.bWritten; }, false,
+                           [this](Dirty& dirty) {
+                               ReleaseLeaving(dirty);
+                               dirty.second.bWritten = true;
+                           });
     if (iCode != ORVA_SUCCEED) {
         return iCode;
     }
@@ -578,13 +575,14 @@ void CAssignments::GoBack(CMark mark) {
 }
 
 /// What moved away stands elsewhere now, and its room is free.
-void CAssignments::ReleaseLeaving(const Dirty& dirty) {
+void CAssignments::ReleaseLeaving(Dirty& dirty) {
     CContainerRecord* const pRecord = Find(dirty.first.addr);
     for (const auto& [strTaskId, task] : dirty.second.leaving) {
         if (pRecord != nullptr) {
             pRecord->documentBytes[dirty.first.uiNumber] -= task.uiBytes;
         }
     }
+    dirty.second.leaving.clear();
 }
 
 /// Whoever left and has been removed has only empty documents now, and such as nobody could read.

@@ -1,7 +1,6 @@
 #pragma once
 
 #include <cstdint>
-#include <functional>
 #include <map>
 #include <string>
 #include <unordered_map>
@@ -151,16 +150,16 @@ private:
                       const CAssignmentDocument& document);
     void ForgetReturned(const CContainerAddr& addr);
 
-    /// A change, in the order of their keys.
+    /// A document with its change.
     using Dirty = std::map<CDocumentKey, CChange>::value_type;
 
     std::string TextOf(const Dirty& dirty, bool bWithLeaving);
 
-    /// Writes the documents, as many at once as the store takes, and tells of each when it is
-    /// written. Returns 0 or the first code.
-    int WriteDocuments(const std::vector<Dirty*>& documents, bool bWithLeaving,
-                       const std::function<void(Dirty&)>& onWritten);
-    void ReleaseLeaving(const Dirty& dirty);
+    /// Writes the documents that are wanted, several at once, and tells of each when it is written.
+    /// Returns 0 or the first code.
+    template <typename Predicate, typename OnWritten>
+    int WriteDocuments(const Predicate& isWanted, bool bWithLeaving, const OnWritten& onWritten);
+    void ReleaseLeaving(Dirty& dirty);
     int ForgetLeft();
     int WriteIndex();
     int ReadIndex(std::vector<std::string>& unreadable);
