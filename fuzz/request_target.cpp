@@ -76,7 +76,7 @@ struct CService {
     CServiceSettings settings;
     CInputQueue queue{settings.uiQueueInputs};
     CPublishedView published;
-    CEventLog events;
+    CEventLog events{1};
     CServiceMetrics metrics;
     HttpHandler handler = MakeRoutes({queue, published, events, metrics, settings});
 };

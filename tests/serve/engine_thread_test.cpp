@@ -131,7 +131,8 @@ protected:
 
     std::vector<CEvent> Events() {
         std::vector<CNumberedEvent> read;
-        m_log.Read(0, 10000, read);
+        uint64_t ullSince = 0;
+        m_log.Read(ullSince, 10000, read);
         std::vector<CEvent> events;
         for (const CNumberedEvent& numbered : read) {
             events.push_back(numbered.event);
@@ -172,7 +173,7 @@ protected:
     const std::shared_ptr<CBrokenStore> m_pBroken = std::make_shared<CBrokenStore>(m_pStore);
     CServiceSettings m_settings;
     CPublishedView m_view;
-    CEventLog m_log;
+    CEventLog m_log{1};
     CServiceMetrics m_metrics;
     CDocumentTexts m_texts;
     CNoClock m_clock;

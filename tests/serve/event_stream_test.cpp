@@ -30,7 +30,7 @@ std::string Read(IReplyStream& stream) {
 }  // namespace
 
 TEST(EventStream, EventHasItsNumberNameAndJson) {
-    CEventLog log;
+    CEventLog log(1);
     const auto pStream = MakeEventStream(log, 0);
     Say(log, "a");
     EXPECT_EQ(Read(*pStream),
@@ -41,16 +41,26 @@ TEST(EventStream, EventHasItsNumberNameAndJson) {
 }
 
 TEST(EventStream, BeginsBehindTheNumber) {
-    CEventLog log;
+    CEventLog log(1);
     Say(log, "a");
     Say(log, "b");
     EXPECT_THAT(Read(*MakeEventStream(log, 1)), StartsWith("id: 2\n"));
     EXPECT_EQ(Read(*MakeEventStream(log, 2)), "");
-    EXPECT_THAT(Read(*MakeEventStream(log, 1000)), StartsWith("id: 1\n"));
+}
+
+TEST(EventStream, ReaderFromAnotherLifeIsToldSoOnceAndBeginsAtTheFirst) {
+    CEventLog log(101);
+    const auto pStream = MakeEventStream(log, 99);
+    EXPECT_EQ(Read(*pStream), "event: missed\ndata: {\"missed\":1}\n\n");
+    EXPECT_EQ(Read(*pStream), "");
+    Say(log, "a");
+    EXPECT_THAT(Read(*pStream), StartsWith("id: 101\n"));
+    EXPECT_THAT(Read(*MakeEventStream(log, 1000)),
+                StartsWith("event: missed\ndata: {\"missed\":1}\n\nid: 101\n"));
 }
 
 TEST(EventStream, SlowReaderIsToldWhatItMissed) {
-    CEventLog log(2);
+    CEventLog log(1, 2);
     const auto pStream = MakeEventStream(log, 0);
     Say(log, "a");
     EXPECT_THAT(Read(*pStream), StartsWith("id: 1\n"));
@@ -63,7 +73,7 @@ TEST(EventStream, SlowReaderIsToldWhatItMissed) {
 }
 
 TEST(EventStream, SilenceIsBrokenByAComment) {
-    CEventLog log;
+    CEventLog log(1);
     const auto pStream = MakeEventStream(log, 0, std::chrono::seconds(0));
     EXPECT_EQ(Read(*pStream), ":\n\n");
     Say(log, "a");
@@ -72,7 +82,7 @@ TEST(EventStream, SilenceIsBrokenByAComment) {
 }
 
 TEST(EventStream, LongHistoryComesInPieces) {
-    CEventLog log;
+    CEventLog log(1);
     for (int i = 0; i < 1000; ++i) {
         Say(log, "node");
     }
@@ -88,7 +98,7 @@ TEST(EventStream, LongHistoryComesInPieces) {
 }
 
 TEST(EventStream, ReachesItsReaderThroughTheServer) {
-    CEventLog log;
+    CEventLog log(1);
     CHttpServer server([&](const CHttpRequest& request, const std::shared_ptr<IReplyTo>& pReplyTo) {
         pReplyTo->Stream(PSZ_EVENT_STREAM,
                          MakeEventStream(log, std::stoull(request.strLastEventId)));

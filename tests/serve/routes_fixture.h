@@ -127,7 +127,7 @@ protected:
 
     CInputQueue m_queue{QUEUE_INPUTS};
     CPublishedView m_published;
-    CEventLog m_events{5};
+    CEventLog m_events{1, 5};
     CServiceMetrics m_metrics;
     CServiceSettings m_settings;
     CClusterView m_view;

@@ -31,6 +31,7 @@ class StubCluster:
         self.documents = {name: limit // 3 for name, limit in LIMITS.items()}
         self.decision = 17
         self.events = []
+        self.first = 1000  # the number of the first event of this life
         self.more = threading.Condition()
         self.server = None
         self.streams_end = threading.Event()
@@ -67,8 +68,13 @@ class StubCluster:
         subject = " ".join(fields[key] for key in ("node", "type") if key in fields) or "cluster"
         with self.more:
             self.events.append({"event": kind, "time": int(time.time()), "subject": subject,
-                                "sentence": sentence, "number": len(self.events) + 1, **fields})
+                                "sentence": sentence, "number": self.first + len(self.events), **fields})
             self.more.notify_all()
+
+    def begin_anew(self):
+        """Another life, whose numbers are larger."""
+        self.events.clear()
+        self.first += 1000
 
     def answer(self, path, query):
         """Status and body."""
@@ -78,7 +84,8 @@ class StubCluster:
         if path == "/api/v1/plugins":
             return 200, {"plugins": self.plugins}
         if path == "/api/v1/events":
-            return 200, {"events": [], "missed": 0, "last": len(self.events)}
+            return 200, {"events": [], "missed": 0, "first": self.first,
+                         "last": self.first + len(self.events) - 1}
         if self.not_ready:
             return 503, {"error": {"name": "not_ready", "code": 2004, "sentence": "Not ready.",
                                    "remedy": "Wait.", "about": self.not_ready}}
@@ -161,12 +168,15 @@ class StubCluster:
                 self.send_response(200)
                 self.send_header("Content-Type", "text/event-stream")
                 self.end_headers()
+                if since < cluster.first - 1:
+                    self.wfile.write(b'event: missed\ndata: {"missed": 1}\n\n')
+                told = max(0, since - (cluster.first - 1))
                 while not cluster.streams_end.is_set():
                     with cluster.more:
                         cluster.more.wait_for(
-                            lambda: len(cluster.events) > since or cluster.streams_end.is_set())
-                        events = cluster.events[since:]
-                    since += len(events)
+                            lambda: len(cluster.events) > told or cluster.streams_end.is_set())
+                        events = cluster.events[told:]
+                    told += len(events)
                     try:
                         for event in events:
                             self.wfile.write(f"id: {event['number']}\nevent: {event['event']}\n"

@@ -43,6 +43,21 @@ def test_what_was_acknowledged_before_the_end_is_there_after_it(service, api):
         assert list(where(Api(service.url), "MeroRecord")) == ["camera-1"]
 
 
+def test_a_reader_of_events_from_before_a_restart_is_told_that_it_missed_some(service, api):
+    old = api.get("/api/v1/events")
+    assert old["missed"] == 0
+    assert service.stop()[0] == 0
+    service.start()
+    api = Api(service.url)
+    new = api.get("/api/v1/events", since=old["last"])
+    assert new["missed"] >= 1
+    assert old["last"] < new["first"] == new["events"][0]["number"]
+    assert "loaded" in [event["event"] for event in new["events"]]
+    assert api.get("/api/v1/events", since=0)["missed"] == 0
+    with api.ask("GET", "/api/v1/events/stream", stream=True, since=old["first"]) as stream:
+        assert next(stream.iter_lines()) == b"event: missed"
+
+
 def test_it_ends_while_a_plug_in_hangs(service, api):
     with Agents(service.url):
         await_settled(api)

@@ -247,12 +247,14 @@ def test_a_service_that_began_anew_tells_its_events_from_the_first(page, cluster
         cluster.happen("settled", "has settled")
     page.open(url)
     page.says("#event-list", "has settled")
+    assert "missed" not in page.find("#event-list").text
     cluster.stop()
     page.says("#state", "away")
-    cluster.events.clear()
+    cluster.begin_anew()
     cluster.happen("loaded", "is loaded anew")
     cluster.start()
     page.says("#event-list", "is loaded anew")
+    page.says("#event-list", "missed 1 event or more")
 
 
 def test_why_a_service_is_not_ready_is_said(page, cluster, url):

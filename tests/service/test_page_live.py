@@ -51,7 +51,7 @@ def test_a_service_that_was_killed_is_seen_to_be_away_until_it_is_back(page, ser
     page.says("#state", "The service is away since")
     service.start()
     page.says("#state", "Ready")
-    page.says("#event-list", "is loaded")
+    page.says("#event-list", "missed 1 event or more")
 
 
 def test_plug_ins_documents_and_versions_are_seen(page, service):

@@ -11,7 +11,7 @@ bool CServiceEvents::Read(CHttpClient& client, std::vector<CEvent>& events, std:
             return false;
         }
         if (answer.json["missed"].asUInt64() != 0) {
-            strWhy = "the service has forgotten events that nobody has read";
+            strWhy = "the service has forgotten events that nobody has read, or was started again";
             return false;
         }
         const Json::Value& list = answer.json["events"];

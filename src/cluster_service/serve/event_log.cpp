@@ -1,6 +1,7 @@
 #include "serve/event_log.h"
 
 #include <algorithm>
+#include <chrono>
 #include <utility>
 
 #include "cluster_engine/event_text.h"
@@ -11,6 +12,12 @@ Json::Value ToJson(const CNumberedEvent& numbered) {
     json["subject"] = EventSubject(numbered.event);
     json["sentence"] = EventSentence(numbered.event);
     return json;
+}
+
+uint64_t FirstEventNumber() {
+    const auto now = std::chrono::system_clock::now().time_since_epoch();
+    return static_cast<uint64_t>(
+        std::chrono::duration_cast<std::chrono::microseconds>(now).count());
 }
 
 void CEventLog::Take(const CEvent& event) {
@@ -32,16 +39,26 @@ void CEventLog::Publish() {
     }
 }
 
-uint64_t CEventLog::Read(uint64_t ullSince, std::size_t uiMost,
+bool CEventLog::IsOfAnotherLife(uint64_t ullNumber) const {
+    return ullNumber != 0 && (ullNumber < m_ullBegin || ullNumber > m_ullPublished);
+}
+
+uint64_t CEventLog::Read(uint64_t& ullSince, std::size_t uiMost,
                          std::vector<CNumberedEvent>& events) const {
     const std::lock_guard<std::mutex> lock(m_mutex);
-    const uint64_t ullGone = m_ullLast - m_events.size();  // the number of the last that is gone
-    const uint64_t ullFrom = ullSince > m_ullPublished ? 0 : ullSince;
-    const uint64_t ullFirst = std::min(std::max(ullFrom, ullGone), m_ullPublished);
-    for (uint64_t ull = ullFirst; ull < m_ullPublished && events.size() < uiMost; ++ull) {
-        events.push_back(m_events[ull - ullGone]);
+    const bool bOfAnotherLife = IsOfAnotherLife(ullSince);
+    const uint64_t ullFrom = bOfAnotherLife ? m_ullBegin : std::max(ullSince, m_ullBegin);
+    ullSince = std::min(std::max(ullFrom, GetGone()), m_ullPublished);
+    const uint64_t ullMissed = ullSince - ullFrom + (bOfAnotherLife ? 1 : 0);
+    for (; ullSince < m_ullPublished && events.size() < uiMost; ++ullSince) {
+        events.push_back(m_events[ullSince - GetGone()]);
     }
-    return ullFirst - ullFrom;
+    return ullMissed;
+}
+
+uint64_t CEventLog::GetFirst() const {
+    const std::lock_guard<std::mutex> lock(m_mutex);
+    return std::min(GetGone(), m_ullPublished) + 1;
 }
 
 uint64_t CEventLog::GetLast() const {

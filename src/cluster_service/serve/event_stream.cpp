@@ -12,9 +12,8 @@ constexpr char PSZ_COMMENT[] = ":\n\n";
 
 class CEventStream : public IReplyStream {
 public:
-    /// A number from another life of the service begins at the beginning.
     CEventStream(CEventLog& log, uint64_t ullSince, std::chrono::seconds silence)
-        : m_log(log), m_silence(silence), m_ullSince(ullSince > log.GetLast() ? 0 : ullSince) {}
+        : m_log(log), m_silence(silence), m_ullSince(ullSince) {}
 
     ~CEventStream() override {
         if (m_ullListener != 0) {
@@ -46,17 +45,15 @@ private:
         strText += "event: " + strName + "\ndata: " + JsonLine(data) + "\n\n";
     }
 
-    void AppendMissed(std::string& strText, uint64_t ullMissed) {
+    static void AppendMissed(std::string& strText, uint64_t ullMissed) {
         Json::Value data;
         data[PSZ_MISSED] = Json::UInt64{ullMissed};
         Append(strText, PSZ_MISSED, data);
-        m_ullSince += ullMissed;
     }
 
-    void AppendEvent(std::string& strText, const CNumberedEvent& event) {
+    static void AppendEvent(std::string& strText, const CNumberedEvent& event) {
         strText += "id: " + std::to_string(event.ullNumber) + '\n';
         Append(strText, NameOf(event.event.eEvent), ToJson(event));
-        m_ullSince = event.ullNumber;
     }
 
     void KeepAlive(std::string& strText) {

@@ -232,7 +232,7 @@ private:
     CServiceHold m_hold;
     CInputQueue m_queue;
     CPublishedView m_view;
-    CEventLog m_events;
+    CEventLog m_events{FirstEventNumber()};
     CServiceMetrics m_metrics;
     const CServiceContext m_context{m_queue, m_view, m_events, m_metrics, m_settings};
     CDocumentTexts m_texts;

@@ -75,6 +75,7 @@ CHttpReply ShowEvents(const CAsked& asked, const CClusterView& /*view*/) {
         shown.append(ToJson(event));
     }
     body["missed"] = static_cast<Json::UInt64>(ullMissed);
+    body["first"] = static_cast<Json::UInt64>(asked.context.events.GetFirst());
     body["last"] = static_cast<Json::UInt64>(asked.context.events.GetLast());
     return {200, JsonLine(body)};
 }

@@ -256,7 +256,7 @@ const EVENTS_KEPT = 300;
 const MOVES_KEPT = 10;
 const MILLISECONDS_BETWEEN_EVENTS_SHOWN = 200;
 let waitingEvents = [];
-let lastEvent = 0;
+let lastEvent = null;
 
 function prepend(list, parts, kept) {
   list.prepend(...parts.reverse().map((part) => part.element));
@@ -386,10 +386,8 @@ async function refreshNow() {
 /** The events from some before the last one on. A stream that broke is begun anew where it was. */
 async function listen() {
   try {
-    const last = await get(ask.lastEvent, read.lastEvent);
-    if (lastEvent === 0 || last < lastEvent) {
-      lastEvent = Math.max(0, last - EVENTS_AT_START);
-    }
+    const { first, last } = await get(ask.keptEvents, read.keptEvents);
+    lastEvent ??= Math.max(first - 1, last - EVENTS_AT_START);
   } catch (fault) {
     showFault(fault);
     setTimeout(listen, MILLISECONDS_UNTIL_ANOTHER_TRY);
@@ -404,7 +402,7 @@ async function listen() {
   ["message", ...KINDS].forEach((kind) => source.addEventListener(kind, onEvent));
   source.addEventListener("missed", (message) => takeEvent({
     kind: "missed", time: Date.now() / 1000, subject: "page",
-    sentence: `missed ${plural(read.missed(JSON.parse(message.data)), "event")}`,
+    sentence: `missed ${plural(read.missed(JSON.parse(message.data)), "event")} or more`,
   }));
   source.onopen = refreshSoon;
   source.onerror = () => {

@@ -9,7 +9,7 @@ export const ask = {
   plugins: "/api/v1/plugins",
   documents: "/api/v1/documents",
   settings: "/api/v1/settings",
-  lastEvent: "/api/v1/events?limit=1",
+  keptEvents: "/api/v1/events?limit=1",
   tasksOf: (type, node) => `/api/v1/containers/${encodeURIComponent(type)}/` +
     `${encodeURIComponent(node)}/tasks?fields=id,name`,
   stream: (since) => `/api/v1/events/stream?since=${since}`,
@@ -47,7 +47,7 @@ export const read = {
   })),
   settings: (it) => ({ clusterCode: it.cluster_code }),
   tasks: (it) => it.tasks.map((one) => one.name ? `${one.id} (${one.name})` : one.id),
-  lastEvent: (it) => it.last,
+  keptEvents: (it) => ({ first: it.first, last: it.last }),
   event: (it) => ({
     number: it.number, kind: it.event, time: it.time, subject: it.subject, sentence: it.sentence,
   }),
