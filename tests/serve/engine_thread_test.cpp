@@ -338,7 +338,8 @@ TEST_F(EngineThread, SettlesAnewWhenReportsWereRefused) {
 
 TEST_F(EngineThread, WaitsForAClusterDocumentThatCannotBeRead) {
     m_pStore->Put(Path("/Cluster"), "{\n \"ClusterNode\": 7");
-    CStoreWatch watch(m_pStore, m_texts, *(m_pQueue = std::make_unique<CInputQueue>(1)));
+    CInputQueue told(1);
+    CStoreWatch watch(m_pStore, m_texts, told);
     watch.Look();
     Start();
 
@@ -349,7 +350,7 @@ TEST_F(EngineThread, WaitsForAClusterDocumentThatCannotBeRead) {
     EXPECT_EQ(answer.strAbout, m_view.Get()->strNotReady);
 
     Store({{"n1", {PSZ_RECORDER}}});
-    m_pQueue->PushUrgent(CDocumentChanged{EDocument::CLUSTER});
+    watch.Look();
     EXPECT_TRUE(ComesTrue([this] { return m_view.Get()->strNotReady.empty(); }));
     EXPECT_EQ(Loads().back().strFailure, "");
     EXPECT_EQ(FaultOf(Ask(RecorderReport("n1"))), EFault::NONE);

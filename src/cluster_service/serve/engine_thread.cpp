@@ -11,7 +11,6 @@ namespace {
 
 constexpr std::size_t NUMERIC_INPUTS_A_COMMIT = 256;
 constexpr std::chrono::milliseconds NUMERIC_LONGEST_WAIT{250};  // the watchdog waits too
-constexpr std::chrono::seconds NUMERIC_LOAD_PAUSE{3};
 constexpr std::chrono::milliseconds NUMERIC_VIEW_OF_REPORTS{100};
 
 template <typename... Kinds>
@@ -86,8 +85,7 @@ void CEngineThread::Run() {
         if (batches.empty() && m_bStop) {
             break;
         }
-        if (!m_bLoaded && !m_bStop &&
-            (Clock::now() >= m_tryAgain || AnyInput(batches, &IsOneOf<CDocumentChanged>))) {
+        if (!m_bLoaded && !m_bStop && m_retry.IsDue(m_texts.Get(), Clock::now())) {
             TryLoad(shell);
         }
         if (!batches.empty() || m_bViewIsOld) {
@@ -107,6 +105,7 @@ CEngineThread::Clock::time_point CEngineThread::GetDeadline() const {
 void CEngineThread::TryLoad(CEngineShell& shell) {
     CLoadReport report;
     std::string strWhy;
+    const CLoadRetry::Texts pTexts = m_texts.Get();
     Clock::time_point last = Clock::now();
     const int iCode =
         shell.Load(strWhy, [&](const std::string& strWhat, const std::string& strFound) {
@@ -118,9 +117,9 @@ void CEngineThread::TryLoad(CEngineShell& shell) {
     if (m_bLoaded) {
         m_context.view.Publish(m_pViews->Make());
     } else {
-        report.strFailure = strWhy + ": " + CodeText(iCode) + FaultsOf(*m_texts.Get());
+        report.strFailure = strWhy + ": " + CodeText(iCode) + FaultsOf(*pTexts);
         m_context.view.Publish(m_pViews->MakeNotReady(report.strFailure));
-        m_tryAgain = Clock::now() + NUMERIC_LOAD_PAUSE;
+        m_retry.Failed(pTexts, Clock::now());
     }
     m_context.events.Publish();
     if (!m_bTriedToLoad || report.strFailure != m_strFailure) {

@@ -9,6 +9,7 @@
 #include <vector>
 
 #include "serve/engine_shell.h"
+#include "serve/load_retry.h"
 #include "serve/service_context.h"
 #include "serve/view_maker.h"
 
@@ -26,7 +27,7 @@ struct CLoadReport {
 
 /// The thread that owns the engine: it takes what waits, applies it, commits once for all of it,
 /// publishes the view, tells the events, and answers, in this order. While the cluster cannot be
-/// loaded it says so, answers that, and tries again when a document changes and every few seconds.
+/// loaded it says so, answers that, and tries again when a document changes and after pauses.
 class CEngineThread {
 public:
     /// Told on the engine's thread of the first load, and of each that went otherwise than the one
@@ -79,8 +80,8 @@ private:
     std::unique_ptr<CViewMaker> m_pViews;
     bool m_bLoaded = false;
     bool m_bTriedToLoad = false;
-    std::string m_strFailure;              ///< of the last load
-    Clock::time_point m_tryAgain;          ///< to load
+    std::string m_strFailure;  ///< of the last load
+    CLoadRetry m_retry;
     EFault m_eCommitFault = EFault::NONE;  ///< of the last commit
     bool m_bViewIsOld = false;             ///< reports came since
     Clock::time_point m_viewMade;
