@@ -1,9 +1,9 @@
-#include "serve/page.h"
-
-#include <algorithm>
-#include <iterator>
+#include <map>
 #include <memory>
+#include <string>
 #include <string_view>
+
+#include "serve/question.h"
 
 extern const std::string_view PAGE_HTML;
 extern const std::string_view PAGE_STYLE;
@@ -17,42 +17,34 @@ namespace {
 constexpr char PSZ_SCRIPT[] = "text/javascript; charset=utf-8";
 
 struct CPageFile {
-    const char* pszPath;
     const char* pszType;
     std::shared_ptr<const std::string> pText;
-};
 
-std::shared_ptr<const std::string> Shared(std::string_view text) {
-    return std::make_shared<const std::string>(text);
-}
+    CPageFile(const char* pszOfType, std::string_view text)
+        : pszType(pszOfType), pText(std::make_shared<const std::string>(text)) {}
+};
 
 }  // namespace
 
-std::optional<CHttpReply> PageReply(const std::string& strPath) {
-    static const CPageFile FILES[] = {
-        {"/", "text/html; charset=utf-8", Shared(PAGE_HTML)},
-        {"/style.css", "text/css; charset=utf-8", Shared(PAGE_STYLE)},
-        {"/page.js", PSZ_SCRIPT, Shared(PAGE_SCRIPT)},
-        {"/parts.js", PSZ_SCRIPT, Shared(PAGE_PARTS)},
-        {"/service.js", PSZ_SCRIPT, Shared(PAGE_SERVICE)},
-        {"/icon.svg", "image/svg+xml", Shared(PAGE_ICON)},
+CHttpReply ShowPageFile(const CAsked& asked, const CClusterView& /*view*/) {
+    static const std::map<std::string, CPageFile> FILES{
+        {"/", {"text/html; charset=utf-8", PAGE_HTML}},
+        {"/style.css", {"text/css; charset=utf-8", PAGE_STYLE}},
+        {"/page.js", {PSZ_SCRIPT, PAGE_SCRIPT}},
+        {"/parts.js", {PSZ_SCRIPT, PAGE_PARTS}},
+        {"/service.js", {PSZ_SCRIPT, PAGE_SERVICE}},
+        {"/icon.svg", {"image/svg+xml", PAGE_ICON}},
     };
-    const auto it =
-        std::find_if(std::begin(FILES), std::end(FILES),
-                     [&strPath](const CPageFile& file) { return strPath == file.pszPath; });
-    if (it == std::end(FILES)) {
-        return std::nullopt;
-    }
+    const CPageFile& file = FILES.at(asked.route.pszPath);
     CHttpReply reply;
-    reply.pszType = it->pszType;
-    reply.pBody = it->pText;
+    reply.pszType = file.pszType;
+    reply.pBody = file.pText;
     // Nothing comes from elsewhere, and no other page shows this one within its own.
     reply.headers = {
         {"Content-Security-Policy",
          "default-src 'self'; base-uri 'none'; form-action 'none'; frame-ancestors 'none'"},
         {"X-Content-Type-Options", "nosniff"},
         {"Referrer-Policy", "no-referrer"},
-        {"Cache-Control", "no-cache"},
     };
     return reply;
 }

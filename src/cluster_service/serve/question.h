@@ -57,3 +57,8 @@ CHttpReply ShowReadiness(const CAsked& asked, const CClusterView& view);
 /// The events as server-sent ones, from what the client had last.
 void StreamEvents(const CAsked& asked);
 /// @}
+
+/// The page that shows a running cluster, and the files that it is made of, by their paths. They
+/// are part of the program and the same for everybody; all that moves on the page is asked from
+/// the other routes.
+CHttpReply ShowPageFile(const CAsked& asked, const CClusterView& view);

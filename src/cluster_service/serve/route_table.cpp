@@ -88,6 +88,13 @@ const std::vector<CRoute>& RouteTable() {
         {"GET", "/metrics", "get_metrics", AskAnyTime<ShowMetrics>},
         {"GET", "/healthz", "get_health", AskAnyTime<ShowHealth>},
         {"GET", "/readyz", "get_readiness", AskAnyTime<ShowReadiness>},
+
+        {"GET", "/", "get_page", AskAnyTime<ShowPageFile>},
+        {"GET", "/style.css", "get_page_style", AskAnyTime<ShowPageFile>},
+        {"GET", "/page.js", "get_page_script", AskAnyTime<ShowPageFile>},
+        {"GET", "/parts.js", "get_page_parts", AskAnyTime<ShowPageFile>},
+        {"GET", "/service.js", "get_page_service", AskAnyTime<ShowPageFile>},
+        {"GET", "/icon.svg", "get_page_icon", AskAnyTime<ShowPageFile>},
     };
     return ROUTES;
 }

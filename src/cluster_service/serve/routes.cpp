@@ -1,14 +1,12 @@
 #include "serve/routes.h"
 
 #include <algorithm>
-#include <optional>
 #include <set>
 #include <string_view>
 #include <utility>
 #include <vector>
 
 #include "cluster_engine/json_fields.h"
-#include "serve/page.h"
 #include "serve/route.h"
 #include "serve/service_error.h"
 #include "serve/url_path.h"
@@ -49,10 +47,6 @@ public:
               const std::shared_ptr<IReplyTo>& pReplyTo) const {
         const std::vector<std::string_view> path = SplitPath(request.strPath);
         const std::string strMethod = request.strMethod == "HEAD" ? "GET" : request.strMethod;
-        if (std::optional<CHttpReply> page = PageReply(request.strPath);
-            page && strMethod == "GET") {
-            return pReplyTo->Send(std::move(*page));
-        }
         std::set<std::string> allowed;
         for (const auto& [pattern, pRoute] : m_rows) {
             if (!pattern.Matches(path)) {
