@@ -59,6 +59,18 @@ bool NeedsStore(const COptions&) {
     return true;
 }
 
+std::optional<CServiceRequest> NoRequest(const COptions&) {
+    return std::nullopt;
+}
+
+/// A service that runs the cluster writes its documents as it knows them.
+int CheckNobodyHolds(const COptions& options, CStage& stage,
+                     const std::optional<CServiceRequest>& request) {
+    return options.bForce
+               ? EXIT_DONE
+               : CheckNobodyHolds(*stage.GetStore(), PlaceOf(options), request, std::cerr);
+}
+
 struct CCommand {
     const char* pszName;
     EOpenStore eOpen;
@@ -66,9 +78,10 @@ struct CCommand {
     bool (*pNeedsStore)(const COptions& options) = NeedsStore;
 
     /// The request to a service that does the same; none when nothing does.
-    std::optional<CServiceRequest> (*pRequest)(const COptions& options) = [](const COptions&) {
-        return std::optional<CServiceRequest>();
-    };
+    std::optional<CServiceRequest> (*pRequest)(const COptions& options) = NoRequest;
+
+    /// It finds out by itself whether it changes the store, and checks then that nobody holds it.
+    bool bChecksItself = false;
 };
 
 constexpr CCommand COMMANDS[] = {
@@ -117,9 +130,12 @@ constexpr CCommand COMMANDS[] = {
     {"play", EOpenStore::TO_CHANGE,
      [](const COptions& o, CStage& stage) {
          CStepClock clock;
-         return Play(stage, clock, {o.strFile, o.strJournal, o.ullJournalBytes, o.bDryRun, o.bJson},
+         const auto mayChange = [&] { return CheckNobodyHolds(o, stage, std::nullopt); };
+         return Play(stage, clock,
+                     {o.strFile, o.strJournal, o.ullJournalBytes, o.bDryRun, o.bJson, mayChange},
                      std::cout, std::cerr);
-     }},
+     },
+     NeedsStore, NoRequest, true},
 };
 
 /// Files are checked before they are in a store, and so before there may be one.
@@ -133,13 +149,9 @@ EMayBeMissing MayBeMissing(EOpenStore eOpen) {
     return bNew ? EMayBeMissing::CLUSTER : EMayBeMissing::NOTHING;
 }
 
-/// A service that runs the cluster writes its documents as it knows them.
-int CheckNobodyHolds(const CCommand& command, const COptions& options, IStore& store) {
-    const bool bChanges =
-        command.eOpen == EOpenStore::TO_CREATE || command.eOpen == EOpenStore::TO_CHANGE;
-    return bChanges && !options.bDryRun && !options.bForce
-               ? CheckNobodyHolds(store, PlaceOf(options), command.pRequest(options), std::cerr)
-               : EXIT_DONE;
+bool Changes(const CCommand& command, const COptions& options) {
+    return !options.bDryRun &&
+           (command.eOpen == EOpenStore::TO_CREATE || command.eOpen == EOpenStore::TO_CHANGE);
 }
 
 /// Null, said on the standard error stream, when it cannot be opened.
@@ -168,9 +180,11 @@ int RunCommand(const CCommand& command, const COptions& options) {
         !IsPlaceThere(*pStage, PlaceOf(options), MayBeMissing(eOpen), std::cerr)) {
         return EXIT_COULD_NOT;
     }
-    if (const int iResult = CheckNobodyHolds(command, options, *pStage->GetStore());
-        iResult != EXIT_DONE) {
-        return iResult;
+    if (Changes(command, options) && !command.bChecksItself) {
+        if (const int iResult = CheckNobodyHolds(options, *pStage, command.pRequest(options));
+            iResult != EXIT_DONE) {
+            return iResult;
+        }
     }
     return command.pRun(options, *pStage);
 }

@@ -4,6 +4,7 @@
 
 using ::testing::HasSubstr;
 using ::testing::IsEmpty;
+using ::testing::Not;
 
 namespace {
 
@@ -105,6 +106,25 @@ TEST_F(HeldCluster, WhoeverOnlyLooksIsNotDisturbed) {
         EXPECT_EQ(result.strOutput, before[ui].strOutput) << looks[ui][0];
         EXPECT_EQ(result.strErrors, before[ui].strErrors) << looks[ui][0];
     }
+}
+
+TEST_F(HeldCluster, JournalThatBeginsWithAStateIsPlayedBesideTheServiceAndAStoryIsNot) {
+    ASSERT_EQ(Run({"play", "--journal", "journal.jsonl", "story.jsonl"}).iExitCode, 0);
+    const CProcessResult alone = Run({"play", "journal.jsonl"});
+    ASSERT_EQ(alone.iExitCode, 0) << alone.strErrors;
+    const std::string strJournal = ReadText(File("journal.jsonl"));
+    m_dir.WriteFile("stateless.jsonl",
+                    "{\"journal\":1}" + strJournal.substr(strJournal.find('\n')));
+    CNameHolderProcess service = HoldAsService();
+    ASSERT_EQ(service.Line(), "held");
+    const std::string strVersion = Stored("/Version").value();
+
+    const CProcessResult beside = Run({"play", "journal.jsonl"});
+    EXPECT_EQ(beside.iExitCode, 0) << beside.strErrors;
+    EXPECT_EQ(beside.strOutput, alone.strOutput);
+    EXPECT_THAT(AdviceOf({"play", "story.jsonl"}), Not(IsEmpty()));
+    EXPECT_THAT(AdviceOf({"play", "stateless.jsonl"}), Not(IsEmpty()));
+    EXPECT_EQ(Stored("/Version"), strVersion);
 }
 
 TEST_F(HeldCluster, KilledOrEndedServiceIsNotInTheWay) {

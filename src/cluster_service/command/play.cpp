@@ -58,6 +58,11 @@ int Play(CStage& stage, IStepClock& clock, const CPlayOptions& options, std::ost
     }
     const std::shared_ptr<CReplay> pReplay =
         story.header.state.isNull() ? nullptr : std::make_shared<CReplay>(story.header);
+    if (pReplay == nullptr && !options.bDryRun) {
+        if (const int iResult = options.mayChange(); iResult != EXIT_DONE) {
+            return iResult;
+        }
+    }
     const std::shared_ptr<IStore> pStore = pReplay != nullptr ? pReplay
                                            : options.bDryRun  ? stage.shared_from_this()
                                                               : stage.GetStore();

@@ -1,6 +1,7 @@
 #pragma once
 
 #include <cstdint>
+#include <functional>
 #include <ostream>
 #include <string>
 
@@ -14,6 +15,9 @@ struct CPlayOptions {
     uint64_t ullJournalBytes = 0;  ///< beyond that it goes on in another
     bool bDryRun = false;          ///< the store stays as it is
     bool bJson = false;            ///< for programs
+
+    /// Asked before the store is changed; an exit code other than EXIT_DONE ends it there.
+    std::function<int()> mayChange = nullptr;
 };
 
 /// Loads the cluster as a service does, under the time of the file's first line, plays the file to
