@@ -1,5 +1,6 @@
 #include "cluster_engine/forms.h"
 
+#include <algorithm>
 #include <tuple>
 
 namespace {
@@ -27,6 +28,10 @@ CFigures FiguresOf(const CSystemResource& resource) {
 
 bool CFigures::operator==(const CFigures& other) const {
     return Tie(*this) == Tie(other);
+}
+
+bool CFigures::IsBelowZero() const {
+    return std::min({iCpu, iMem, iIo, iNet, iDisk}) < 0;
 }
 
 CTaskForm::CTaskForm(const CResourceTask& task)

@@ -21,6 +21,9 @@ struct CFigures {
     CSystemResource ToResource() const;
     bool operator==(const CFigures& other) const;
 
+    /// Is any of them?
+    bool IsBelowZero() const;
+
     template <typename F, typename S>
     static void Fields(F& form, S& self) {
         form.May("cpu", self.iCpu);

@@ -56,6 +56,16 @@ bool IsTooLong(const CCluster& cluster, std::size_t uiLength) {
     return uiLength > cluster.settings.uiListLength;
 }
 
+CAnswer CheckFigures(const std::optional<CFigures>& total, const std::optional<CFigures>& used) {
+    if (total.has_value() != used.has_value()) {
+        return CAnswer::Refuse(EFault::BAD_INPUT, "total and used come together");
+    }
+    if (total && (total->IsBelowZero() || used->IsBelowZero())) {
+        return CAnswer::Refuse(EFault::BAD_INPUT, "total and used: must not be below 0");
+    }
+    return {};
+}
+
 /// The report as it may be taken in: none of it is, or all.
 CAnswer CheckTasks(const CCluster& cluster, const CContainerRecord& record,
                    const std::vector<CReportedTask>& tasks) {
@@ -75,10 +85,20 @@ CAnswer CheckTasks(const CCluster& cluster, const CContainerRecord& record,
     return {};
 }
 
+CAnswer CheckCosts(const std::vector<CReportedTask>& tasks) {
+    for (const CReportedTask& task : tasks) {
+        if (task.costs && task.costs->IsBelowZero()) {
+            return CAnswer::Refuse(EFault::BAD_INPUT,
+                                   "tasks: costs must not be below 0: " + task.strTaskId);
+        }
+    }
+    return {};
+}
+
 CAnswer CheckReport(const CCluster& cluster, const CContainerRecord& record,
                     const CContainerReport& report) {
-    if (report.total.has_value() != report.used.has_value()) {
-        return CAnswer::Refuse(EFault::BAD_INPUT, "total and used come together");
+    if (CAnswer refused = CheckFigures(report.total, report.used); refused.eFault != EFault::NONE) {
+        return refused;
     }
     const auto& processes = report.processes.value_or(std::map<std::string, int32_t>());
     for (const auto& [strName, iState] : processes) {
@@ -94,9 +114,15 @@ CAnswer CheckReport(const CCluster& cluster, const CContainerRecord& record,
     if (bTooLong) {
         return CAnswer::Refuse(EFault::TOO_MUCH, "a list");
     }
+    if (!report.tasks) {
+        return {};
+    }
+    if (CAnswer refused = CheckCosts(*report.tasks); refused.eFault != EFault::NONE) {
+        return refused;
+    }
     // A cloud storage container's tasks are its figures, which go in as they came.
     const bool bWork = report.container.strType != CONTAINER_TYPE_CLOUD_STORAGE;
-    return bWork && report.tasks ? CheckTasks(cluster, record, *report.tasks) : CAnswer();
+    return bWork ? CheckTasks(cluster, record, *report.tasks) : CAnswer();
 }
 
 /// As assigned, at the reported costs.
@@ -336,8 +362,8 @@ CAnswer TakeNodeReport(CCluster& cluster, const CNodeReport& report) {
     if (it == cluster.state.nodes.end()) {
         return CAnswer::Refuse(EFault::UNKNOWN_NODE, report.strNodeId);
     }
-    if (report.total.has_value() != report.used.has_value()) {
-        return CAnswer::Refuse(EFault::BAD_INPUT, "total and used come together");
+    if (CAnswer refused = CheckFigures(report.total, report.used); refused.eFault != EFault::NONE) {
+        return refused;
     }
     if (report.total) {
         CNodeMgr::Instance().SetSystemResource(report.strNodeId, report.total->ToResource(),

@@ -75,7 +75,7 @@ TEST_F(Assignments, TwoThousandTasksOfLargeIdsStandInSmallDocumentsWithoutGaps) 
     agent.Take(Must(agent.Report()));
     CContainerReport report = agent.Report();
     for (CReportedTask& task : *report.tasks) {
-        const int32_t iCost = std::numeric_limits<int32_t>::min();
+        const int32_t iCost = std::numeric_limits<int32_t>::max();
         task.costs = CFigures{iCost, iCost, iCost, iCost, iCost};
     }
     report.used = CFigures();

@@ -305,6 +305,12 @@ TEST_F(Report, BadReportsAreNamedAndChangeNothing) {
     CContainerReport half = m_first.Report();
     half.used.reset();
     refuse(half, EFault::BAD_INPUT, "total and used come together");
+    CContainerReport below = m_first.Report();
+    below.used->iDisk = -1;
+    refuse(below, EFault::BAD_INPUT, "total and used: must not be below 0");
+    CContainerReport gift = m_first.Report();
+    gift.tasks->front().costs = CFigures{0, 0, 0, -1, 0};
+    refuse(gift, EFault::BAD_INPUT, "tasks: costs must not be below 0: a");
     CContainerReport process = m_first.Report();
     process.processes = std::map<std::string, int32_t>{{"p", 3}};
     refuse(process, EFault::BAD_INPUT, "processes.p: must be from 0 to 2");
@@ -319,6 +325,18 @@ TEST_F(Report, BadReportsAreNamedAndChangeNothing) {
         many.tasks->push_back({std::to_string(ui), {}, {}, {}, {}});
     }
     refuse(many, EFault::TOO_MUCH, "a list");
+}
+
+TEST_F(Report, BadFiguresOfANodeAreNamedAndChangeNothing) {
+    CNodeReport report{"n1", CFigures{100, 0, 0, 0, 0}, CFigures{5, 0, 0, 0, 0}};
+    Must(report);
+    report.used->iCpu = -1;
+    EXPECT_EQ(Do(report).strAbout, "total and used: must not be below 0");
+    report.used.reset();
+    EXPECT_EQ(Do(report).strAbout, "total and used come together");
+    CNode node;
+    ASSERT_TRUE(CNodeMgr::Instance().GetNode("n1", node));
+    EXPECT_EQ(FiguresOf(node.GetCurResource()), (CFigures{5, 0, 0, 0, 0}));
 }
 
 TEST_F(Report, ReportsGoOnWhileTheStoreIsAway) {
