@@ -4,6 +4,7 @@
 #include <gmock/gmock.h>
 
 #include <algorithm>
+#include <filesystem>
 #include <fstream>
 #include <future>
 #include <iterator>
@@ -363,6 +364,19 @@ TEST_F(EngineThread, TriesToLoadAgainWhenNobodyTellsItOfAChange) {
 
     m_pBroken->Break("", 0);
     EXPECT_TRUE(ComesTrue([this] { return m_view.Get()->strNotReady.empty(); }));
+}
+
+TEST_F(EngineThread, ShowsWhichPluginFileKeepsTheClusterFromBeingLoaded) {
+    const CTempDir folder;
+    std::filesystem::create_directory(folder.File("plugins"));
+    folder.WriteFile("plugins/bad.so", "no plug-in");
+    Configure({"X", "", folder.GetPath(), ""});
+    Start();
+
+    EXPECT_THAT(m_view.Get()->strNotReady, HasSubstr("cannot load the plug-ins: bad.so"));
+    EXPECT_THAT(*m_view.Get()->pPluginFiles,
+                ElementsAre(testing::AllOf(Field(&CPluginFile::strFile, "bad.so"),
+                                           Field(&CPluginFile::strFailure, Not(IsEmpty())))));
 }
 
 TEST_F(EngineThread, BringsInADocumentThatSomebodyElseChanged) {

@@ -6,10 +6,17 @@
 #include "framework_service/framework_common.h"
 #include "framework_service/schedule_mgr.h"
 
+namespace {
+
+std::shared_ptr<const std::list<CPluginFile>> ReadPluginFiles() {
+    return std::make_shared<const std::list<CPluginFile>>(CPluginMgr::Instance().GetPluginFiles());
+}
+
+}  // namespace
+
 ViewPointer CViewMaker::Make() {
     if (m_pPluginFiles == nullptr) {
-        m_pPluginFiles =
-            std::make_shared<const std::list<CPluginFile>>(CPluginMgr::Instance().GetPluginFiles());
+        m_pPluginFiles = ReadPluginFiles();
     }
     if (m_pStandardTasks == nullptr) {
         m_pStandardTasks = std::make_shared<const StandardTasks>(m_engine.GetStandardTasks());
@@ -40,6 +47,7 @@ ViewPointer CViewMaker::MakeUncommitted() {
 ViewPointer CViewMaker::MakeNotReady(std::string strWhy) {
     CClusterView view = *m_pLast;
     view.strNotReady = std::move(strWhy);
+    view.pPluginFiles = ReadPluginFiles();
     return Keep(std::move(view));
 }
 

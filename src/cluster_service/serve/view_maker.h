@@ -22,7 +22,8 @@ public:
     /// The cluster as it was at the last commit, and the store as it is.
     ViewPointer MakeUncommitted();
 
-    /// The same, and why nothing of it can be asked.
+    /// The same, and why nothing of it can be asked; plug-in files as they are, since one of them
+    /// may be why.
     ViewPointer MakeNotReady(std::string strWhy);
 
     /// The standard tasks were read again.
