@@ -112,6 +112,7 @@ protected:
                                      pPromise->set_value(std::move(answers));
                                  }),
                   CInputQueue::EPush::TAKEN);
+        m_pQueue->HandOver();
         return pPromise->get_future();
     }
 
@@ -126,6 +127,7 @@ protected:
             pReached->set_value();
             released.wait();
         });
+        m_pQueue->HandOver();
         pReached->get_future().wait();
         return release;
     }
@@ -220,6 +222,7 @@ TEST_F(EngineThread, AnswersWhenItIsCommittedShownAndTold) {
         found.push_back(answers.at(0).tasks.at(0).strNodeId);
         seen.set_value(found);
     });
+    m_pQueue->HandOver();
 
     const std::vector<std::string> found = seen.get_future().get();
     EXPECT_THAT(found, ElementsAre(found.back(), "told", "written", found.back()));

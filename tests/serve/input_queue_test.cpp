@@ -152,8 +152,18 @@ TEST(InputQueue, WakesWhoWaits) {
     EXPECT_THAT(waiting.get(), IsEmpty());
 
     waiting = std::async(std::launch::async, [&] { return queue.Take(1, Soon()); });
+    queue.PushUrgent(CDocumentChanged{EDocument::CLUSTER});
+    EXPECT_THAT(KindsOf(waiting.get()), ElementsAre("document_changed"));
+}
+
+TEST(InputQueue, WakesWhoWaitsForWhatIsHandedOver) {
+    CInputQueue queue(1);
+    const auto deadline = Soon();
+    auto waiting = std::async(std::launch::async, [&] { return queue.Take(1, deadline); });
     queue.Push(Reports(1), Nobody());
+    queue.HandOver();
     EXPECT_THAT(KindsOf(waiting.get()), ElementsAre("node_report"));
+    EXPECT_LT(Now(), deadline);
 }
 
 TEST(InputQueue, NotesWhenAnInputCame) {

@@ -11,14 +11,10 @@
 
 namespace {
 
-using Clock = CHttpConnection::Clock;
-constexpr int NUMERIC_LOOK_MILLISECONDS = 250;
-constexpr int NUMERIC_AT_ONCE = 64;  ///< let in between two looks at the clock
+/// So long nobody is let in once somebody could not be.
+constexpr int NUMERIC_PAUSE_MILLISECONDS = 250;
 
 }  // namespace
-
-CDoorkeeper::CDoorkeeper(CHttpConnections& connections, CDuties duties)
-    : m_connections(connections), m_duties(std::move(duties)) {}
 
 CDoorkeeper::~CDoorkeeper() {
     if (m_thread.joinable()) {
@@ -43,40 +39,25 @@ void CDoorkeeper::StopListening() {
 }
 
 void CDoorkeeper::Run() {
-    Clock::time_point round = Clock::now();
-    Clock::time_point look = round;
-    bool bPause = false;  // nobody can be let in until the next look
+    bool bPause = false;
     for (;;) {
         pollfd events[] = {{m_end.Get(), POLLIN, 0}, {bPause ? -1 : m_listener.Get(), POLLIN, 0}};
-        poll(events, std::size(events), NUMERIC_LOOK_MILLISECONDS);
+        poll(events, std::size(events), bPause ? NUMERIC_PAUSE_MILLISECONDS : -1);
         if (events[0].revents != 0) {
             return;
         }
-        bPause = bPause || (events[1].revents != 0 && !LetIn());
-        const Clock::time_point now = Clock::now();
-        if (now - look >= std::chrono::milliseconds(NUMERIC_LOOK_MILLISECONDS)) {
-            look = now;
-            bPause = false;
-            m_connections.EndIfBegunBefore(now - m_duties.patience);
-        }
-        if (now - round >= std::chrono::seconds(NUMERIC_ROUND_SECONDS)) {
-            round = now;
-            m_duties.round();
-        }
+        bPause = !bPause && !LetIn();
     }
 }
 
 bool CDoorkeeper::LetIn() {
-    for (int i = 0; i < NUMERIC_AT_ONCE; ++i) {
-        if (m_connections.GetNumber() >= m_duties.uiMost) {
-            return false;
-        }
-        CSocketHandle client(
-            accept4(m_listener.Get(), nullptr, nullptr, SOCK_NONBLOCK | SOCK_CLOEXEC));
-        if (client.Get() < 0) {
-            return errno == EAGAIN || errno == EINTR || errno == ECONNABORTED;
-        }
-        m_duties.letIn(std::move(client));
+    if (!m_duties.hasRoom()) {
+        return false;
     }
+    CSocketHandle client(accept4(m_listener.Get(), nullptr, nullptr, SOCK_NONBLOCK | SOCK_CLOEXEC));
+    if (client.Get() < 0) {
+        return errno == EAGAIN || errno == EINTR || errno == ECONNABORTED;
+    }
+    m_duties.letIn(std::move(client));
     return true;
 }

@@ -1,32 +1,23 @@
 #pragma once
 
-#include <chrono>
-#include <cstddef>
 #include <functional>
 #include <string>
 #include <thread>
 
-#include "serve/http_connection.h"
 #include "serve/socket_handle.h"
 
-/// A thread that lets clients in, shows out those whose requests stall, and does what else is due
-/// every few seconds.
+/// A thread that lets clients in, as long as there is room.
 class CDoorkeeper {
 public:
     struct CDuties {
+        /// False: who comes waits outside.
+        std::function<bool()> hasRoom;
+
         /// Takes over the socket of a client.
         std::function<void(CSocketHandle client)> letIn;
-
-        /// Called every NUMERIC_ROUND_SECONDS.
-        std::function<void()> round;
-
-        std::size_t uiMost = 0;  ///< connections: who comes then waits outside
-        std::chrono::seconds patience{};
     };
-    static constexpr int NUMERIC_ROUND_SECONDS = 5;
 
-    /// The connections outlive it.
-    CDoorkeeper(CHttpConnections& connections, CDuties duties);
+    explicit CDoorkeeper(CDuties duties) : m_duties(std::move(duties)) {}
     ~CDoorkeeper();
     CDoorkeeper(const CDoorkeeper&) = delete;
     CDoorkeeper& operator=(const CDoorkeeper&) = delete;
@@ -43,7 +34,6 @@ private:
     /// False when nobody can be let in for now.
     bool LetIn();
 
-    CHttpConnections& m_connections;
     const CDuties m_duties;
     CSocketHandle m_listener;
     CSocketHandle m_end;  ///< an event: the thread is to end

@@ -33,9 +33,9 @@ public:
     virtual ~IReplyStream() = default;
 
     /// Appends what there is by now, at most some tens of kilobytes; nothing when there is nothing
-    /// yet. False at the end. On a thread of the server, after each wake and every few seconds, so
-    /// that a stream may say now and then that it is alive: a client that is gone is noticed by
-    /// writing to it alone.
+    /// yet. False at the end. On a thread of the server, after each wake and now and then without,
+    /// so that a stream may say that it is alive: a client that is gone is noticed by writing to it
+    /// alone.
     virtual bool Read(std::string& strText) = 0;
 
     /// The server wants to be told when Read has something again. wake may be called on any thread,

@@ -55,14 +55,14 @@ void CHttpAnswer::Stream(const char* pszType, std::unique_ptr<IReplyStream> pStr
     Take(std::move(content));
 }
 
-void CHttpAnswer::Abandon() {
+void CHttpAnswer::Fail(EServiceFault eFault) {
     {
         const std::lock_guard<std::mutex> guard(m_mutex);
         if (m_bAnswered) {
             return;
         }
     }
-    Send(ErrorReply(EServiceFault::NO_ANSWER, ""));
+    Send(ErrorReply(eFault, ""));
 }
 
 void CHttpAnswer::Take(CContent content) {
@@ -73,12 +73,9 @@ void CHttpAnswer::Take(CContent content) {
         }
         m_bAnswered = true;
         m_bUnderWay = content.pStream == nullptr;
-        if (m_bUnderWay) {
-            m_pPlace->BeginWay();
-        }
         m_content = std::move(content);
     }
-    m_pPlace->Wake(m_rest);
+    m_pMail->Wake(m_rest);
 }
 
 std::optional<CHttpAnswer::CContent> CHttpAnswer::TakeContent() {
@@ -87,18 +84,25 @@ std::optional<CHttpAnswer::CContent> CHttpAnswer::TakeContent() {
 }
 
 bool CHttpAnswer::Give(MHD_Connection* pConnection, bool bHead) {
-    for (;;) {
-        std::optional<CContent> content = TakeContent();
-        if (content.has_value()) {
+    do {
+        if (std::optional<CContent> content = TakeContent()) {
             if (bHead) {
                 content->pStream.reset();
             }
             return Queue(pConnection, std::move(*content));
         }
-        const ERest eRest = m_pPlace->Rest(m_rest, pConnection);
-        if (eRest != ERest::AWAKE) {
-            return eRest == ERest::RESTS;
-        }
+    } while (!m_pMail->Expect(m_rest, pConnection));
+    return true;
+}
+
+bool CHttpAnswer::IsUnderWay() const {
+    const std::lock_guard<std::mutex> guard(m_mutex);
+    return m_bUnderWay;
+}
+
+void CHttpAnswer::LookAtStream() {
+    if (m_pStream != nullptr) {
+        m_pMail->Wake(m_rest);
     }
 }
 
@@ -126,7 +130,7 @@ void CHttpAnswer::BeginStream(MHD_Connection* pConnection, std::unique_ptr<IRepl
     m_pStream = std::move(pStream);
     m_pStream->Listen([pWeak = weak_from_this()] {
         if (const auto pAnswer = pWeak.lock()) {
-            pAnswer->m_pPlace->Wake(pAnswer->m_rest);
+            pAnswer->m_pMail->Wake(pAnswer->m_rest);
         }
     });
 }
@@ -142,12 +146,8 @@ ssize_t CHttpAnswer::Read(char* pBuffer, std::size_t uiMost) {
         if (!m_strText.empty() || m_bStreamEnds) {
             continue;
         }
-        const ERest eRest = m_pPlace->Rest(m_rest, m_pConnection);
-        if (eRest == ERest::RESTS) {
+        if (m_pMail->Rest(m_rest, m_pConnection)) {
             return 0;
-        }
-        if (eRest == ERest::CLOSED) {
-            return MHD_CONTENT_READER_END_WITH_ERROR;
         }
     }
     const std::size_t uiPiece = std::min(uiMost, m_strText.size() - m_uiSent);
@@ -162,7 +162,5 @@ void CHttpAnswer::End() {
     const std::lock_guard<std::mutex> guard(m_mutex);
     m_bAnswered = true;
     unsent.swap(m_content);
-    if (std::exchange(m_bUnderWay, false)) {
-        m_pPlace->EndWay();
-    }
+    m_bUnderWay = false;
 }

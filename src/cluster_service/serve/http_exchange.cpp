@@ -2,6 +2,7 @@
 
 #include <microhttpd.h>
 #include <strings.h>
+#include <sys/socket.h>
 
 #include <cstdlib>
 #include <cstring>
@@ -17,7 +18,7 @@ constexpr std::size_t NUMERIC_READ_IN_VAIN = 4;
 class CReplyTo : public IReplyTo {
 public:
     explicit CReplyTo(std::shared_ptr<CHttpAnswer> pAnswer) : m_pAnswer(std::move(pAnswer)) {}
-    ~CReplyTo() override { m_pAnswer->Abandon(); }
+    ~CReplyTo() override { m_pAnswer->Fail(EServiceFault::NO_ANSWER); }
     CReplyTo(const CReplyTo&) = delete;
     CReplyTo& operator=(const CReplyTo&) = delete;
 
@@ -69,47 +70,80 @@ void ReadHead(MHD_Connection* pConnection, CRequestHead& head) {
                  HeaderOf(pConnection, MHD_HTTP_HEADER_TRANSFER_ENCODING) != nullptr;
 }
 
+std::string TooSlow() {
+    const CHttpReply reply = ErrorReply(EServiceFault::TOO_SLOW, "");
+    return "HTTP/1.1 " + std::to_string(reply.uiStatus) +
+           " Request Timeout\r\nConnection: close\r\nContent-Type: " + reply.pszType +
+           "\r\nContent-Length: " + std::to_string(reply.pBody->size()) + "\r\n\r\n" + *reply.pBody;
+}
+
 }  // namespace
 
-CHttpExchange::CHttpExchange(const CHttpContext& context, CHttpConnection& connection,
-                             const char* pszUrl)
+CHttpExchange::CHttpExchange(const CHttpContext& context, std::shared_ptr<CLoopMail> pMail,
+                             MHD_Connection* pConnection, bool bTooMany, const char* pszUrl)
     : m_context(context),
-      m_connection(connection),
-      m_pAnswer(std::make_shared<CHttpAnswer>(context.pPlace)) {
+      m_pConnection(pConnection),
+      m_bTooMany(bTooMany),
+      m_pAnswer(std::make_shared<CHttpAnswer>(std::move(pMail))) {
     m_head.strUrl = pszUrl;
-    m_connection.BeginRequest();
 }
 
-bool CHttpExchange::Go(MHD_Connection* pConnection, const char* pszMethod, const char* pData,
-                       std::size_t& uiBytes) {
-    if (m_ePhase == EPhase::HEAD) {
-        m_ePhase = EPhase::BODY;
-        return TakeHead(pConnection, pszMethod) || Ask(pConnection);
+bool CHttpExchange::Go(const char* pszMethod, const char* pData, std::size_t& uiBytes) {
+    switch (m_ePhase) {
+        case EPhase::HEAD:
+            m_ePhase = EPhase::BODY;
+            return TakeHead(pszMethod) || Ask();
+        case EPhase::BODY:
+            return uiBytes != 0 ? TakeBody(pData, std::exchange(uiBytes, 0)) : Ask();
+        case EPhase::ASKED:
+            return m_pAnswer->Give(m_pConnection, m_bHead);
+        case EPhase::TOO_LATE:
+            return false;
     }
-    if (uiBytes != 0) {
-        const bool bGoOn = TakeBody(pData, uiBytes);
-        uiBytes = 0;
-        return bGoOn;
-    }
-    return m_ePhase == EPhase::BODY ? Ask(pConnection) : m_pAnswer->Give(pConnection, m_bHead);
+    return false;
 }
 
-bool CHttpExchange::TakeHead(MHD_Connection* pConnection, const char* pszMethod) {
-    ReadHead(pConnection, m_head);
-    m_fault = m_connection.IsTooMany()
-                  ? CRequestFault{EServiceFault::TOO_MANY_CONNECTIONS, ""}
-                  : FindFault(m_head, m_context.hosts, m_context.limits.uiBodyBytes);
+void CHttpExchange::Look(Clock::time_point now) {
+    const bool bLate = now - m_since >= std::chrono::seconds(m_context.limits.uiSeconds);
+    if (m_ePhase == EPhase::ASKED) {
+        m_pAnswer->LookAtStream();
+    } else if (bLate && m_ePhase != EPhase::TOO_LATE) {
+        ShowOut();
+    }
+}
+
+void CHttpExchange::EndRest() {
+    if (MHD_get_connection_info(m_pConnection, MHD_CONNECTION_INFO_CONNECTION_SUSPENDED)
+            ->suspended) {
+        MHD_resume_connection(m_pConnection);
+    }
+}
+
+/// A client that takes nothing does not hear why.
+void CHttpExchange::ShowOut() {
+    m_ePhase = EPhase::TOO_LATE;
+    const std::string strText = TooSlow();
+    const int iSocket =
+        MHD_get_connection_info(m_pConnection, MHD_CONNECTION_INFO_CONNECTION_FD)->connect_fd;
+    send(iSocket, strText.data(), strText.size(), MSG_NOSIGNAL | MSG_DONTWAIT);
+    shutdown(iSocket, SHUT_RDWR);
+}
+
+bool CHttpExchange::TakeHead(const char* pszMethod) {
+    ReadHead(m_pConnection, m_head);
+    m_fault = m_bTooMany ? CRequestFault{EServiceFault::TOO_MANY_CONNECTIONS, ""}
+                         : FindFault(m_head, m_context.hosts, m_context.limits.uiBodyBytes);
     if (m_fault.has_value()) {
-        const bool bAwaitsLeave = HeaderOf(pConnection, MHD_HTTP_HEADER_EXPECT) != nullptr;
+        const bool bAwaitsLeave = HeaderOf(m_pConnection, MHD_HTTP_HEADER_EXPECT) != nullptr;
         return !bAwaitsLeave &&
                m_head.ullBodyBytes / NUMERIC_READ_IN_VAIN <= m_context.limits.uiBodyBytes;
     }
     m_bHead = std::strcmp(pszMethod, MHD_HTTP_METHOD_HEAD) == 0;
     m_request.strMethod = m_bHead ? MHD_HTTP_METHOD_GET : pszMethod;
     m_request.strPath = m_head.strUrl.substr(0, m_head.strUrl.find('?'));
-    MHD_get_connection_values_n(pConnection, MHD_GET_ARGUMENT_KIND, TakeQuery, &m_request.query);
-    m_request.strIfNoneMatch = HeaderText(pConnection, MHD_HTTP_HEADER_IF_NONE_MATCH);
-    m_request.strLastEventId = HeaderText(pConnection, MHD_HTTP_HEADER_LAST_EVENT_ID);
+    MHD_get_connection_values_n(m_pConnection, MHD_GET_ARGUMENT_KIND, TakeQuery, &m_request.query);
+    m_request.strIfNoneMatch = HeaderText(m_pConnection, MHD_HTTP_HEADER_IF_NONE_MATCH);
+    m_request.strLastEventId = HeaderText(m_pConnection, MHD_HTTP_HEADER_LAST_EVENT_ID);
     return true;
 }
 
@@ -126,12 +160,10 @@ bool CHttpExchange::TakeBody(const char* pData, std::size_t uiBytes) {
     return m_uiBodyBytes / NUMERIC_READ_IN_VAIN <= uiAllowed;
 }
 
-bool CHttpExchange::Ask(MHD_Connection* pConnection) {
+bool CHttpExchange::Ask() {
     m_ePhase = EPhase::ASKED;
-    if (!m_connection.EndRequest()) {
-        return false;
-    }
-    if (!m_fault.has_value() && m_context.pPlace->IsClosing()) {
+    m_since = Clock::now();
+    if (!m_fault.has_value() && m_context.bClosing) {
         m_fault = CRequestFault{EServiceFault::STOPPING, ""};
     }
     if (m_fault.has_value()) {
@@ -139,12 +171,12 @@ bool CHttpExchange::Ask(MHD_Connection* pConnection) {
     } else {
         CallHandler();
     }
-    return m_pAnswer->Give(pConnection, m_bHead);
+    return m_pAnswer->Give(m_pConnection, m_bHead);
 }
 
 void CHttpExchange::Refuse() {
     CHttpReply reply = ErrorReply(m_fault->eFault, m_fault->strAbout);
-    if (m_connection.IsTooMany() || m_context.pPlace->IsClosing()) {
+    if (m_bTooMany || m_context.bClosing) {
         reply.headers[MHD_HTTP_HEADER_CONNECTION] = "close";
     }
     m_pAnswer->Send(std::move(reply));

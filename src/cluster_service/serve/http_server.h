@@ -2,6 +2,7 @@
 
 #include <cstddef>
 #include <cstdint>
+#include <functional>
 #include <memory>
 #include <string>
 
@@ -17,14 +18,17 @@ struct CHttpLimits {
     unsigned int uiSeconds = 30;
 };
 
-/// HTTP/1.1 on one loopback address, over libmicrohttpd's epoll threads. What is too large or too
-/// slow, names another host than ours, comes from another site's page or brings a body that is not
-/// application/json is answered here, with a named error, and reaches no handler. What is no HTTP,
-/// and a header that runs over the connection's memory, gets a bare status and the connection ends.
-/// All operations are for the thread that owns it.
+/// HTTP/1.1 on one loopback address, over libmicrohttpd in loops of our own. What is too large or
+/// too slow, names another host than ours, comes from another site's page or brings a body that is
+/// not application/json is answered here, with a named error, and reaches no handler. What is no
+/// HTTP, and a header that runs over the connection's memory, gets a bare status and the connection
+/// ends. All operations are for the thread that owns it.
 class CHttpServer {
 public:
-    explicit CHttpServer(HttpHandler handler, CHttpLimits limits = {});
+    /// onAsked is called on a thread of the server after each burst of requests, when all of them
+    /// are with the handler.
+    explicit CHttpServer(
+        HttpHandler handler, CHttpLimits limits = {}, std::function<void()> onAsked = [] {});
     ~CHttpServer();
     CHttpServer(const CHttpServer&) = delete;
     CHttpServer& operator=(const CHttpServer&) = delete;

@@ -41,8 +41,14 @@ CInputQueue::EPush CInputQueue::Push(std::vector<InputBody> inputs, OnAnswers on
     }
     m_uiInputs += inputs.size();
     m_batches.push_back(BatchOf(std::move(inputs), std::move(onAnswers)));
-    m_more.notify_one();
     return EPush::TAKEN;
+}
+
+void CInputQueue::HandOver() {
+    const std::lock_guard<std::mutex> guard(m_mutex);
+    if (!m_batches.empty()) {
+        m_more.notify_one();
+    }
 }
 
 void CInputQueue::PushUrgent(InputBody input) {
@@ -70,6 +76,7 @@ std::vector<CInputBatch> CInputQueue::Take(std::size_t uiMost,
                                    std::make_move_iterator(m_urgent.end()));
     m_urgent.clear();
     std::size_t uiTaken = taken.size();
+    taken.reserve(uiTaken + std::min(uiMost, m_batches.size()));
     while (!m_batches.empty() &&
            (taken.empty() || uiTaken + m_batches.front().inputs.size() <= uiMost)) {
         uiTaken += m_batches.front().inputs.size();

@@ -39,6 +39,9 @@ public:
     /// one is never called. One with more inputs than may wait at all is always refused.
     EPush Push(std::vector<InputBody> inputs, OnAnswers onAnswers);
 
+    /// Wakes Take for what was pushed: once for many, when there is nothing more to push at once.
+    void HandOver();
+
     /// For what must be heard however full the queue is: that a document has changed.
     void PushUrgent(InputBody input);
 

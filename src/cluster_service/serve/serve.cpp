@@ -115,7 +115,7 @@ public:
           m_hold(pStore, place, wakeups),
           m_queue(settings.uiQueueInputs),
           m_watch(std::move(pStore), m_texts, m_queue),
-          m_server(MakeRoutes(m_context)) {}
+          m_server(MakeRoutes(m_context), {}, [this] { m_queue.HandOver(); }) {}
 
     /// The address, the hold, the documents, the cluster, and its time. Whoever asks before that is
     /// over is told so, and a cluster that cannot be loaded yet is waited for. Returns an exit
