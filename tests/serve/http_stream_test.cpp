@@ -197,6 +197,26 @@ TEST_F(CHttpServerStreams, StreamIsAskedNowAndThenWithoutAWake) {
     EXPECT_EQ(Get(GetUrl(), "/").strBody, "still here");
 }
 
+TEST_F(CHttpServerStreams, StreamMayBeSilentForLongerThanARequest) {
+    CHttpLimits limits;
+    limits.uiSeconds = 1;
+    std::shared_ptr<IReplyTo> pUnanswered;
+    Start(
+        [&](const CHttpRequest& request, const std::shared_ptr<IReplyTo>& pReplyTo) {
+            if (request.strPath == "/stream") {
+                pReplyTo->Stream("text/plain", m_source.MakeStream());
+            } else {
+                pUnanswered = pReplyTo;
+            }
+        },
+        limits);
+    CRawClient client = Open();
+    EXPECT_EQ(Get(GetUrl(), "/request").iStatus, 504);
+    EXPECT_EQ(Get(GetUrl(), "/another").iStatus, 504);
+    m_source.Say("still here");
+    client.ReadUntil("still here");
+}
+
 TEST_F(CHttpServerStreams, HeadOfAStreamEndsAtItsHeaders) {
     StartStreams();
     CRawClient client(GetUrl());

@@ -107,6 +107,9 @@ void CHttpExchange::Look(Clock::time_point now) {
     const bool bLate = now - m_since >= std::chrono::seconds(m_context.limits.uiSeconds);
     if (m_ePhase == EPhase::ASKED) {
         m_pAnswer->LookAtStream();
+        if (bLate) {
+            m_pAnswer->Fail(EServiceFault::OUTCOME_UNKNOWN);
+        }
     } else if (bLate && m_ePhase != EPhase::TOO_LATE) {
         ShowOut();
     }

@@ -77,9 +77,12 @@ constexpr CServiceFault SERVICE_FAULTS[] = {
     {503,
      {"too_many_connections", 2016, "More connections are open than the settings allow.",
       "Close some, and keep one connection for all requests."}},
+    {504,
+     {"outcome_unknown", 2017, "The request was not answered in time; it may still take effect.",
+      "Ask whether it took effect before sending it again."}},
 };
 static_assert(std::size(SERVICE_FAULTS) ==
-              static_cast<std::size_t>(EServiceFault::TOO_MANY_CONNECTIONS) + 1);
+              static_cast<std::size_t>(EServiceFault::OUTCOME_UNKNOWN) + 1);
 
 const CServiceFault& Of(EServiceFault eFault) {
     return SERVICE_FAULTS[static_cast<std::size_t>(eFault)];

@@ -26,6 +26,7 @@ enum class EServiceFault {
     FOREIGN_ORIGIN,
     URL_TOO_LONG,
     TOO_MANY_CONNECTIONS,
+    OUTCOME_UNKNOWN,
 };
 
 /// The key of an error.
