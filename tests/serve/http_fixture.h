@@ -51,8 +51,8 @@ private:
 /// A server on a free port.
 class CHttpServerTest : public testing::Test {
 protected:
-    void Start(HttpHandler handler, CHttpLimits limits = {}) {
-        m_pServer = std::make_unique<CHttpServer>(std::move(handler), limits);
+    void Start(HttpHandler handler, CHttpLimits limits = {}, CHttpNews news = {}) {
+        m_pServer = std::make_unique<CHttpServer>(std::move(handler), limits, std::move(news));
         std::string strWhy;
         ASSERT_TRUE(m_pServer->Start("127.0.0.1:0", strWhy)) << strWhy;
     }

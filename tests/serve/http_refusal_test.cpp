@@ -1,6 +1,7 @@
 #include <gmock/gmock.h>
 
 #include <chrono>
+#include <mutex>
 #include <stdexcept>
 #include <thread>
 
@@ -8,6 +9,7 @@
 
 namespace {
 
+using testing::ElementsAre;
 using testing::HasSubstr;
 using testing::Not;
 using testing::StartsWith;
@@ -238,6 +240,36 @@ TEST_F(CHttpServerRefuses, ConnectionsAboveTheLimit) {
         reply = Get(GetUrl(), "/");
     }
     EXPECT_EQ(reply.strBody, "GET / ");
+}
+
+TEST_F(CHttpServerRefuses, AndTellsEachRefusalByItsName) {
+    std::mutex mutex;
+    std::vector<std::string> refused;
+    CHttpNews news;
+    news.onRefused = [&](const char* pszName) {
+        const std::lock_guard<std::mutex> guard(mutex);
+        refused.emplace_back(pszName);
+    };
+    CHttpLimits limits;
+    limits.uiSeconds = 3;
+    limits.uiConnections = 1;
+    limits.uiBodyBytes = 10;
+    Start(Echo, limits, std::move(news));
+    CRawClient client(GetUrl());
+    client.SendPost("/", std::string(11, 'x'));
+    EXPECT_EQ(client.Read().iStatus, 413);
+    CRawClient late(GetUrl());
+    late.SendGet("/");
+    EXPECT_EQ(late.Read().iStatus, 503);
+    client.Send("GET / HTTP/1.1\r\nHost: evil.example\r\n\r\n");
+    EXPECT_EQ(client.Read().iStatus, 403);
+    client.SendGet("/well");
+    EXPECT_EQ(client.Read().iStatus, 200);
+    client.Send("GET / HTTP/1.1\r\n");
+    EXPECT_EQ(client.Read().iStatus, 408);
+    m_pServer->Stop();
+    EXPECT_THAT(refused,
+                ElementsAre("body_too_large", "too_many_connections", "foreign_host", "too_slow"));
 }
 
 TEST_F(CHttpServerRefuses, NobodyForAThousandIdleConnections) {

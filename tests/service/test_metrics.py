@@ -3,6 +3,7 @@
 import re
 import subprocess
 
+import raw
 import requests
 from cluster import RECORDING, Agents, await_settled
 from service import ROOT
@@ -42,6 +43,14 @@ def test_what_happened_is_in_the_figures(service, api):
     assert 'cluster_refusals_total{reason="no_plugin"} 1' in lines
     assert 'cluster_tasks{type="MeroRecord"} 2' in lines
     assert "cluster_nodes 24" in lines and "cluster_ready 1" in lines
+
+
+def test_requests_that_are_no_input_count_as_refused_too(service):
+    assert raw.ask(service, "GET", "/api/v1/nodes", Host="evil.example").status == 403
+    assert raw.ask(service, "POST", "/api/v1/reports", b"{}", Content_Type="text/plain").status == 415
+    lines = figures(service).splitlines()
+    assert 'cluster_refusals_total{reason="foreign_host"} 1' in lines
+    assert 'cluster_refusals_total{reason="not_json"} 1' in lines
 
 
 def test_every_figure_is_explained(service):

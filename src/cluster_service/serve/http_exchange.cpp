@@ -125,6 +125,7 @@ void CHttpExchange::EndRest() {
 /// A client that takes nothing does not hear why.
 void CHttpExchange::ShowOut() {
     m_ePhase = EPhase::TOO_LATE;
+    m_context.news.onRefused(NameOfFault(EServiceFault::TOO_SLOW));
     const std::string strText = TooSlow();
     const int iSocket =
         MHD_get_connection_info(m_pConnection, MHD_CONNECTION_INFO_CONNECTION_FD)->connect_fd;
@@ -134,9 +135,11 @@ void CHttpExchange::ShowOut() {
 
 bool CHttpExchange::TakeHead(const char* pszMethod) {
     ReadHead(m_pConnection, m_head);
-    m_fault = m_bTooMany ? CRequestFault{EServiceFault::TOO_MANY_CONNECTIONS, ""}
-                         : FindFault(m_head, m_context.hosts, m_context.limits.uiBodyBytes);
-    if (m_fault.has_value()) {
+    std::optional<CRequestFault> fault =
+        m_bTooMany ? CRequestFault{EServiceFault::TOO_MANY_CONNECTIONS, ""}
+                   : FindFault(m_head, m_context.hosts, m_context.limits.uiBodyBytes);
+    if (fault.has_value()) {
+        Refuse(std::move(*fault));
         const bool bAwaitsLeave = HeaderOf(m_pConnection, MHD_HTTP_HEADER_EXPECT) != nullptr;
         return !bAwaitsLeave &&
                m_head.ullBodyBytes / NUMERIC_READ_IN_VAIN <= m_context.limits.uiBodyBytes;
@@ -154,7 +157,7 @@ bool CHttpExchange::TakeBody(const char* pData, std::size_t uiBytes) {
     const std::size_t uiAllowed = m_context.limits.uiBodyBytes;
     m_uiBodyBytes += uiBytes;
     if (!m_fault.has_value() && m_uiBodyBytes > uiAllowed) {
-        m_fault = BodyTooLarge(uiAllowed);
+        Refuse(BodyTooLarge(uiAllowed));
         m_request = CHttpRequest();
     }
     if (!m_fault.has_value()) {
@@ -167,17 +170,22 @@ bool CHttpExchange::Ask() {
     m_ePhase = EPhase::ASKED;
     m_since = Clock::now();
     if (!m_fault.has_value() && m_context.bClosing) {
-        m_fault = CRequestFault{EServiceFault::STOPPING, ""};
+        Refuse({EServiceFault::STOPPING, ""});
     }
     if (m_fault.has_value()) {
-        Refuse();
+        AnswerFault();
     } else {
         CallHandler();
     }
     return m_pAnswer->Give(m_pConnection, m_bHead);
 }
 
-void CHttpExchange::Refuse() {
+void CHttpExchange::Refuse(CRequestFault fault) {
+    m_context.news.onRefused(NameOfFault(fault.eFault));
+    m_fault = std::move(fault);
+}
+
+void CHttpExchange::AnswerFault() {
     CHttpReply reply = ErrorReply(m_fault->eFault, m_fault->strAbout);
     if (m_bTooMany || m_context.bClosing) {
         reply.headers[MHD_HTTP_HEADER_CONNECTION] = "close";

@@ -3,7 +3,6 @@
 #include <atomic>
 #include <chrono>
 #include <cstddef>
-#include <functional>
 #include <memory>
 #include <optional>
 #include <string>
@@ -20,8 +19,8 @@ struct CHttpContext {
     static constexpr unsigned int NUMERIC_SPARE_CONNECTIONS = 100;
 
     HttpHandler handler;
-    std::function<void()> onAsked;  ///< after each burst of requests
     CHttpLimits limits;
+    CHttpNews news;
     std::vector<std::string> hosts;  ///< that are ours
     std::atomic<std::size_t> uiConnections{0};
     std::atomic<bool> bClosing{false};  ///< the server is about to stop: nothing new is to begin
@@ -60,7 +59,8 @@ private:
     bool TakeHead(const char* pszMethod);
     bool TakeBody(const char* pData, std::size_t uiBytes);
     bool Ask();
-    void Refuse();
+    void Refuse(CRequestFault fault);
+    void AnswerFault();
     void CallHandler();
     void ShowOut();
 

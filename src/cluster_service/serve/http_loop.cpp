@@ -145,7 +145,7 @@ void CHttpLoop::CImpl::Run() {
 void CHttpLoop::CImpl::Turn() {
     TakeMail();
     MHD_run(m_pDaemon.get());
-    m_context.onAsked();
+    m_context.news.onAsked();
     Look();
     m_pMail->AwaitExpected(NUMERIC_MOMENT);
     if (!HasMore()) {

@@ -34,10 +34,10 @@ void RaiseFileLimit(unsigned int uiConnections) {
 
 class CHttpServer::CImpl {
 public:
-    CImpl(HttpHandler handler, CHttpLimits limits, std::function<void()> onAsked) {
-        m_context.onAsked = std::move(onAsked);
+    CImpl(HttpHandler handler, CHttpLimits limits, CHttpNews news) {
         m_context.handler = std::move(handler);
         m_context.limits = limits;
+        m_context.news = std::move(news);
     }
     ~CImpl() { Stop(); }
     CImpl(const CImpl&) = delete;
@@ -111,8 +111,8 @@ void CHttpServer::CImpl::Stop() {
     m_loops.clear();
 }
 
-CHttpServer::CHttpServer(HttpHandler handler, CHttpLimits limits, std::function<void()> onAsked)
-    : m_pImpl(std::make_unique<CImpl>(std::move(handler), limits, std::move(onAsked))) {}
+CHttpServer::CHttpServer(HttpHandler handler, CHttpLimits limits, CHttpNews news)
+    : m_pImpl(std::make_unique<CImpl>(std::move(handler), limits, std::move(news))) {}
 
 CHttpServer::~CHttpServer() = default;
 

@@ -19,6 +19,15 @@ struct CHttpLimits {
     unsigned int uiSeconds = 30;
 };
 
+/// What a server tells of itself, on its threads.
+struct CHttpNews {
+    /// A burst of requests has come; all of them are with the handler.
+    std::function<void()> onAsked = [] {};
+
+    /// A request was refused before any handler, with the error of that name.
+    std::function<void(const char* pszName)> onRefused = [](const char*) {};
+};
+
 /// HTTP/1.1 on one loopback address, over libmicrohttpd in loops of our own. What is too large or
 /// too slow, names another host than ours, comes from another site's page or brings a body that is
 /// not application/json is answered here, with a named error, and reaches no handler. What is no
@@ -26,10 +35,7 @@ struct CHttpLimits {
 /// ends. All operations are for the thread that owns it.
 class CHttpServer {
 public:
-    /// onAsked is called on a thread of the server after each burst of requests, when all of them
-    /// are with the handler.
-    explicit CHttpServer(
-        HttpHandler handler, CHttpLimits limits = {}, std::function<void()> onAsked = [] {});
+    explicit CHttpServer(HttpHandler handler, CHttpLimits limits = {}, CHttpNews news = {});
     ~CHttpServer();
     CHttpServer(const CHttpServer&) = delete;
     CHttpServer& operator=(const CHttpServer&) = delete;

@@ -150,7 +150,8 @@ CServiceMetrics::CImpl::CImpl()
     : waited(AddHistogram(registry, "cluster_input_wait_seconds",
                           "Time that an input waited in the queue.")
                  .Add({}, Seconds())),
-      refusals(AddCounter(registry, "cluster_refusals_total", "Inputs that were refused.")),
+      refusals(
+          AddCounter(registry, "cluster_refusals_total", "Inputs and requests that were refused.")),
       faults(refusals, PSZ_REASON, FaultNames()),
       taskResults(
           AddCounter(registry, "cluster_task_results_total", "What became of the tasks of inputs."),

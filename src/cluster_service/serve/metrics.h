@@ -26,7 +26,7 @@ public:
     /// its answer.
     void CountInput(const InputBody& input, const CAnswer& answer, Duration waited, Duration took);
 
-    /// Inputs that were refused before the engine: "queue_full", "closed", "bad_request", ….
+    /// Inputs and requests that were refused before the engine: "queue_full", "foreign_host", ….
     void CountRefused(const std::string& strReason, std::size_t uiInputs = 1);
 
     void CountEvent(const CEvent& event);

@@ -115,7 +115,7 @@ public:
           m_hold(pStore, place, wakeups),
           m_queue(settings.uiQueueInputs),
           m_watch(std::move(pStore), m_texts, m_queue),
-          m_server(MakeRoutes(m_context), {}, [this] { m_queue.HandOver(); }) {}
+          m_server(MakeRoutes(m_context), {}, MakeNews()) {}
 
     /// The address, the hold, the documents, the cluster, and its time. Whoever asks before that is
     /// over is told so, and a cluster that cannot be loaded yet is waited for. Returns an exit
@@ -208,6 +208,13 @@ private:
         m_pEngine->Stop();
         m_server.Stop();
         BeginAnew(m_server.GetUrl(), m_errors);
+    }
+
+    CHttpNews MakeNews() {
+        CHttpNews news;
+        news.onAsked = [this] { m_queue.HandOver(); };
+        news.onRefused = [this](const char* pszName) { m_metrics.CountRefused(pszName); };
+        return news;
     }
 
     void Say(const CLoadReport& report) {
