@@ -229,7 +229,9 @@ public:
     /// Fields that nothing asks for are a fault, or, with a counter, counted and passed over.
     CFieldReader(const Json::Value& object, const CFieldPlace* pPlace, CFieldFault& fault,
                  std::size_t* puiUnknown)
-        : m_object(object), m_pPlace(pPlace), m_fault(fault), m_puiUnknown(puiUnknown) {}
+        : m_object(object), m_pPlace(pPlace), m_fault(fault), m_puiUnknown(puiUnknown) {
+        m_asked.reserve(object.size());
+    }
 
     template <typename T>
     void Need(const char* pszKey, T& value) {

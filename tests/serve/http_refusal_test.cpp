@@ -134,6 +134,18 @@ TEST_F(CHttpServerRefuses, LongUrlsAndHeaders) {
                 431, "header_too_large");
 }
 
+TEST_F(CHttpServerRefuses, NoUrlAndHeaderThatAreAsLongAsAllowed) {
+    Start(Echo);
+    CRawClient client(GetUrl());
+    std::string strHead =
+        "GET /" + std::string(8191, 'u') + " HTTP/1.1\r\nHost: " + client.GetHost();
+    for (int i = 0; i < 20; ++i) {
+        strHead += "\r\nX: " + std::string(400, 'h');
+    }
+    client.Send(strHead + "\r\n\r\n");
+    EXPECT_EQ(client.Read().iStatus, 200);
+}
+
 TEST_F(CHttpServerRefuses, HeaderFloods) {
     Start(Echo);
     CRawClient one(GetUrl());

@@ -19,7 +19,8 @@ namespace {
 
 using Clock = CHttpExchange::Clock;
 
-/// A connection's memory: the head of a request, and a piece of its body or answer.
+/// A connection's memory: the head of a request, so large that most floods are told what they are,
+/// or a piece of a body or answer. All of it is cleared for each request, which takes time.
 constexpr std::size_t NUMERIC_CONNECTION_BYTES = 32768;
 
 /// So long a loop waits for the answers to what it has just asked before it goes on without them.
