@@ -88,11 +88,13 @@ int CEngineStore::Write(const std::string& strSuffix, const std::string& strText
 
 int CEngineStore::WriteTogether(std::map<std::string, std::string> texts) {
     std::map<std::string, std::string> whole;
-    for (auto& [strSuffix, strText] : texts) {
-        if (strText.size() >= NUMERIC_DOCUMENT_BYTES) {
+    while (!texts.empty()) {
+        auto text = texts.extract(texts.begin());
+        if (text.mapped().size() >= NUMERIC_DOCUMENT_BYTES) {
             return ORVA_DATA_INVALID;
         }
-        whole[Path(strSuffix)] = std::move(strText);
+        text.key() = Path(text.key());
+        whole.insert(std::move(text));
     }
     return m_gate.WriteTogether(std::move(whole));
 }

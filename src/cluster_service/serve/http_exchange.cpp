@@ -116,8 +116,9 @@ void CHttpExchange::Look(Clock::time_point now) {
 }
 
 void CHttpExchange::EndRest() {
-    if (MHD_get_connection_info(m_pConnection, MHD_CONNECTION_INFO_CONNECTION_SUSPENDED)
-            ->suspended) {
+    const auto* pInfo =
+        MHD_get_connection_info(m_pConnection, MHD_CONNECTION_INFO_CONNECTION_SUSPENDED);
+    if (pInfo->suspended != MHD_NO) {
         MHD_resume_connection(m_pConnection);
     }
 }
