@@ -38,7 +38,7 @@ struct CDaemonDeleter {
 
 /// A client's connection and the request on it.
 struct CConnection {
-    bool bTooMany = false;  ///< it is one more than allowed
+    CClient client;  ///< whose socket libmicrohttpd has
     std::optional<CHttpExchange> exchange;
 };
 
@@ -57,7 +57,7 @@ public:
     CImpl& operator=(const CImpl&) = delete;
 
     bool Start(std::string& strWhy);
-    void LetIn(CSocketHandle client) { m_pMail->Add(std::move(client)); }
+    void LetIn(CSocketHandle client);
     void End();
 
 private:
@@ -90,6 +90,7 @@ private:
     /// @{
     std::unique_ptr<MHD_Daemon, CDaemonDeleter> m_pDaemon;
     std::unordered_map<CConnection*, std::unique_ptr<CConnection>> m_connections;
+    CClient* m_pArriving = nullptr;  ///< whom libmicrohttpd is given
     Clock::time_point m_looked;
     /// @}
 };
@@ -131,6 +132,12 @@ void CHttpLoop::CImpl::End() {
     m_pMail->Wake();
 }
 
+/// Clients are counted as they come, not as loops get to them.
+void CHttpLoop::CImpl::LetIn(CSocketHandle client) {
+    const bool bTooMany = ++m_context.uiConnections > m_context.limits.uiConnections;
+    m_pMail->Add({std::move(client), Seat(&m_context.uiConnections), bTooMany});
+}
+
 void CHttpLoop::CImpl::Run() {
     while (!m_bEnd) {
         Turn();
@@ -157,10 +164,11 @@ void CHttpLoop::CImpl::Turn() {
 
 void CHttpLoop::CImpl::TakeMail() {
     CLoopMail::CContents contents = m_pMail->Take();
-    for (CSocketHandle& client : contents.clients) {
+    for (CClient& client : contents.clients) {
+        m_pArriving = &client;
         // Closes the socket when it cannot take it.
         sockaddr_in nobody{};
-        MHD_add_connection(m_pDaemon.get(), client.Release(),
+        MHD_add_connection(m_pDaemon.get(), client.socket.Release(),
                            reinterpret_cast<const sockaddr*>(&nobody), sizeof nobody);
     }
     for (MHD_Connection* const pConnection : contents.woken) {
@@ -208,19 +216,19 @@ void CHttpLoop::CImpl::OnConnection(void* pSelf, MHD_Connection* /*pConnection*/
     auto& self = *static_cast<CImpl*>(pSelf);
     if (eCode == MHD_CONNECTION_NOTIFY_STARTED) {
         auto pOurs = std::make_unique<CConnection>();
-        pOurs->bTooMany = ++self.m_context.uiConnections > self.m_context.limits.uiConnections;
+        pOurs->client = std::move(*self.m_pArriving);
         *ppOurs = pOurs.get();
         self.m_connections.emplace(pOurs.get(), std::move(pOurs));
     } else {
         self.m_connections.erase(static_cast<CConnection*>(*ppOurs));
-        --self.m_context.uiConnections;
     }
 }
 
 void* CHttpLoop::CImpl::OnUrl(void* pSelf, const char* pszUrl, MHD_Connection* pConnection) {
     auto& self = *static_cast<CImpl*>(pSelf);
     CConnection& ours = OursOf(pConnection);
-    return &ours.exchange.emplace(self.m_context, self.m_pMail, pConnection, ours.bTooMany, pszUrl);
+    return &ours.exchange.emplace(self.m_context, self.m_pMail, pConnection, ours.client.bTooMany,
+                                  pszUrl);
 }
 
 MHD_Result CHttpLoop::CImpl::OnRequest(void* /*pSelf*/, MHD_Connection* /*pConnection*/,

@@ -18,7 +18,7 @@ bool CLoopMail::Open() {
     return m_event.Get() >= 0;
 }
 
-void CLoopMail::Add(CSocketHandle client) {
+void CLoopMail::Add(CClient client) {
     const std::lock_guard<std::mutex> guard(m_mutex);
     m_contents.clients.push_back(std::move(client));
     WakeLocked();

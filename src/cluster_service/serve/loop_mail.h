@@ -1,14 +1,30 @@
 #pragma once
 
+#include <atomic>
 #include <chrono>
 #include <condition_variable>
 #include <cstddef>
+#include <memory>
 #include <mutex>
 #include <vector>
 
 #include "serve/socket_handle.h"
 
 struct MHD_Connection;
+
+struct CStandUp {
+    void operator()(std::atomic<std::size_t>* puiTaken) const { --*puiTaken; }
+};
+
+/// One of the counted seats is taken as long as this is held.
+using Seat = std::unique_ptr<std::atomic<std::size_t>, CStandUp>;
+
+/// Who was let in.
+struct CClient {
+    CSocketHandle socket;
+    Seat seat;
+    bool bTooMany = false;  ///< one more than allowed
+};
 
 /// How one connection waits for its answer or for more of its stream; the mail guards it.
 struct CRest {
@@ -29,7 +45,7 @@ struct CRest {
 class CLoopMail {
 public:
     struct CContents {
-        std::vector<CSocketHandle> clients;
+        std::vector<CClient> clients;
         std::vector<MHD_Connection*> woken;  ///< that are suspended
     };
 
@@ -38,7 +54,7 @@ public:
 
     /// @name On any thread
     /// @{
-    void Add(CSocketHandle client);
+    void Add(CClient client);
 
     /// Something has come for this one.
     void Wake(CRest& rest);
