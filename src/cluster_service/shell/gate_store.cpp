@@ -49,7 +49,7 @@ int CGateStore::Read(const std::string& strPath, StoreWatcher pWatcher, CStoreAn
 }
 
 int CGateStore::Write(const std::string& strPath, const std::string& strText) {
-    return Wait(strPath, strText) ? 0 : Commit({}, {{strPath, strText}});
+    return Wait(strPath, strText) ? 0 : Put({{strPath, strText}});
 }
 
 int CGateStore::List(const std::string& strPath, std::vector<std::string>& children) {
@@ -85,7 +85,11 @@ int CGateStore::WriteTogether(Texts texts) {
     for (auto& [strPath, strText] : texts) {
         list.push_back({strPath, std::move(strText)});
     }
-    return Keep(list) ? 0 : Send({}, std::move(list));
+    return Put(std::move(list));
+}
+
+int CGateStore::Put(std::vector<CStoreText> texts) {
+    return Keep(texts) ? 0 : Send({}, std::move(texts));
 }
 
 int CGateStore::WriteWaiting() {

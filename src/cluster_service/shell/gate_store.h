@@ -45,6 +45,9 @@ private:
     /// Keeps the texts if the gate is shut; false when it is open.
     bool Keep(const std::vector<CStoreText>& texts);
 
+    /// Keeps the texts, or writes them, whatever the store holds.
+    int Put(std::vector<CStoreText> texts);
+
     /// Writes the texts, and with them what waits.
     int Send(const std::vector<CStoreCondition>& conditions, std::vector<CStoreText> texts);
     Texts GetWaiting();
