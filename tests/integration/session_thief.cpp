@@ -29,18 +29,32 @@ zhandle_t* zookeeper_init(const char* host, watcher_fn fn, int recv_timeout,
     return g_pNewestHandle;
 }
 
-bool ExpireNewestSession(const std::string& strServers) {
-    zhandle_t* const pStolen = g_pNewestHandle;
-    zhandle_t* const pHandle =
-        ClientLibraryInit()(strServers.c_str(), IgnoreEvent, zoo_recv_timeout(pStolen),
-                            zoo_client_id(pStolen), nullptr, ZOO_NO_LOG_CLIENTENV);
-    if (!pHandle) {
-        return false;
-    }
-    for (int iTry = 0; iTry < 1000 && zoo_state(pHandle) != ZOO_CONNECTED_STATE; ++iTry) {
+namespace {
+
+/// Joins the session and closes it. True when there was nothing left to join.
+bool IsOverOrClose(const std::string& strServers, const clientid_t& session, int iTimeout) {
+    zhandle_t* const pHandle = ClientLibraryInit()(strServers.c_str(), IgnoreEvent, iTimeout,
+                                                   &session, nullptr, ZOO_NO_LOG_CLIENTENV);
+    const auto isAt = [pHandle](int iState) { return zoo_state(pHandle) == iState; };
+    for (int iTry = 0;
+         iTry < 1000 && !isAt(ZOO_CONNECTED_STATE) && !isAt(ZOO_EXPIRED_SESSION_STATE); ++iTry) {
         std::this_thread::sleep_for(std::chrono::milliseconds(5));
     }
-    const bool bJoined = zoo_state(pHandle) == ZOO_CONNECTED_STATE;
+    const bool bOver = isAt(ZOO_EXPIRED_SESSION_STATE);
     zookeeper_close(pHandle);
-    return bJoined;
+    return bOver;
+}
+
+}  // namespace
+
+bool ExpireNewestSession(const std::string& strServers) {
+    const clientid_t session = *zoo_client_id(g_pNewestHandle);
+    const int iTimeout = zoo_recv_timeout(g_pNewestHandle);
+    // Its owner, whose connection the server drops, may take the session back before the close.
+    for (int iTry = 0; iTry < 100; ++iTry) {
+        if (IsOverOrClose(strServers, session, iTimeout)) {
+            return true;
+        }
+    }
+    return false;
 }

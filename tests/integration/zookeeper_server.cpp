@@ -31,6 +31,8 @@ using std::chrono::steady_clock;
 constexpr char SERVER_JAR[] = "/usr/share/java/zookeeper.jar";
 /// Writes the server's warnings and errors to its standard error.
 constexpr char LOG_JAR[] = "/usr/share/java/slf4j-simple.jar";
+/// What each transaction log begins with, before its first transaction.
+constexpr std::uintmax_t LOG_HEAD_SIZE = 16;
 constexpr milliseconds START_LIMIT{30000};
 constexpr milliseconds POLL_PAUSE{20};
 
@@ -136,7 +138,22 @@ void CZooKeeperServer::EraseData() const {
     m_dir.WriteFile("data/myid", std::to_string(m_iMember) + "\n");
 }
 
+/// A server that was killed between making a log and writing its head does not start again from it.
+/// Such a log holds no transaction yet, and goes as it would by an operator's hand.
+void CZooKeeperServer::RemoveHeadlessLogs() const {
+    const fs::path folder = m_dir.File("data/version-2");
+    if (!fs::exists(folder)) {
+        return;
+    }
+    for (const fs::directory_entry& entry : fs::directory_iterator(folder)) {
+        if (entry.path().stem() == "log" && entry.file_size() < LOG_HEAD_SIZE) {
+            fs::remove(entry.path());
+        }
+    }
+}
+
 void CZooKeeperServer::Start() {
+    RemoveHeadlessLogs();
     if (!fs::exists(SERVER_JAR)) {
         throw std::runtime_error(std::string(SERVER_JAR) +
                                  " is missing: install the packages zookeeper and "

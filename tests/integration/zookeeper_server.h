@@ -43,6 +43,7 @@ public:
     std::string Address() const;
 
 private:
+    void RemoveHeadlessLogs() const;
     void End(int iSignal);
     void Signal(int iSignal) const;
     bool HasExited() const;
