@@ -15,6 +15,10 @@
 
 namespace {
 
+/// A server that hangs is left after 2.7 s; the rest is for a busy machine. With a session of six
+/// seconds it would be left after 4 s.
+constexpr std::chrono::milliseconds HUNG_LIMIT{3700};
+
 class ZooKeeperEnsemble : public testing::Test {
 protected:
     ZooKeeperEnsemble() {
@@ -99,7 +103,7 @@ TEST_F(ZooKeeperEnsemble, HungFollowerCostsNoMoreThanThreeSeconds) {
     const auto elapsed = std::chrono::steady_clock::now() - start;
     hung.Thaw();
     EXPECT_GT(elapsed, std::chrono::seconds(1)) << "nobody met the server that hangs";
-    EXPECT_LT(elapsed, std::chrono::seconds(3));
+    EXPECT_LT(elapsed, HUNG_LIMIT);
 }
 
 TEST_F(ZooKeeperEnsemble, HungServerCostsACommandNoMoreThanThreeSeconds) {
@@ -117,7 +121,7 @@ TEST_F(ZooKeeperEnsemble, HungServerCostsACommandNoMoreThanThreeSeconds) {
                        dir.GetPath());
         const auto elapsed = std::chrono::steady_clock::now() - start;
         EXPECT_EQ(result.iExitCode, 0) << result.strErrors;
-        EXPECT_LT(elapsed, std::chrono::seconds(3));
+        EXPECT_LT(elapsed, HUNG_LIMIT);
         bMet = elapsed > std::chrono::seconds(1);
     }
     hung.Thaw();
