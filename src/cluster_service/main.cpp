@@ -131,9 +131,8 @@ constexpr CCommand COMMANDS[] = {
      [](const COptions& o, CStage& stage) {
          CStepClock clock;
          const auto mayChange = [&] { return CheckNobodyHolds(o, stage, std::nullopt); };
-         return Play(stage, clock,
-                     {o.strFile, o.strJournal, o.ullJournalBytes, o.bDryRun, o.bJson, mayChange},
-                     std::cout, std::cerr);
+         return Play(stage, clock, {o.strFile, o.journal, o.bDryRun, o.bJson, mayChange}, std::cout,
+                     std::cerr);
      },
      NeedsStore, NoRequest, true},
 };

@@ -200,6 +200,29 @@ void AddChangeCommands(CLI::App& app, COptions& options) {
         "Ports and\ntokens stay with their places.");
 }
 
+constexpr int64_t NUMERIC_DAY = 86400;
+
+/// A setting in seconds or of a number.
+template <typename T>
+void AddSetting(CLI::App& command, const char* pszName, T& value, int64_t iLeast, int64_t iMost,
+                const char* pszDescription) {
+    command.add_option(pszName, value, pszDescription)
+        ->check(CLI::Range(iLeast, iMost))
+        ->capture_default_str()
+        ->type_name("N");
+}
+
+/// The journal of a run; the option that names it.
+CLI::Option* AddJournal(CLI::App& command, CJournalSettings& journal, const char* pszDescription) {
+    CLI::Option* const pFile =
+        command.add_option("--journal", journal.strFile, pszDescription)->type_name("FILE");
+    AddSetting(command, "--journal-bytes", journal.ullMaxBytes, 1, INT64_MAX,
+               "when the journal has grown so far, go on in FILE.2, FILE.3, ...");
+    AddSetting(command, "--journal-files", journal.uiKept, 0, 1000000,
+               "keep so many files of the journal, the newest; 0: all");
+    return pFile;
+}
+
 void AddPlayCommand(CLI::App& app, COptions& options) {
     CLI::App* pPlay = app.add_subcommand(
         "play", "Runs the cluster by a file of inputs, each at its time, and tells what happens.");
@@ -210,14 +233,8 @@ void AddPlayCommand(CLI::App& app, COptions& options) {
     pPlay->add_flag("--dry-run", options.bDryRun, "leave the store as it is");
     AddForce(*pPlay, options);
     AddJson(*pPlay, options, "a JSON line for each event, answer and table");
-    pPlay->add_option("--journal", options.strJournal, "write what is played to this new file")
-        ->check(CLI::NonexistentPath)
-        ->type_name("FILE");
-    pPlay
-        ->add_option("--journal-bytes", options.ullJournalBytes,
-                     "when the journal has grown so far, go on in FILE.2, FILE.3, ...")
-        ->capture_default_str()
-        ->type_name("N");
+    AddJournal(*pPlay, options.journal, "write what is played to this new file")
+        ->check(CLI::NonexistentPath);
     pPlay->footer(
         "Loads the cluster as a service does, under the time of the first line, and lets every "
         "second pass.\nA line is an input, or says what has to have happened by then: what has not "
@@ -249,18 +266,6 @@ void AddAgentsCommand(CLI::App& app, COptions& options) {
         "hours pass as soon as what its lines\nexpect has come true. What does not is told, and "
         "the exit status is 1; so it is when the service shows\nother tasks in the end than the "
         "agents have.");
-}
-
-constexpr int64_t NUMERIC_DAY = 86400;
-
-/// A setting in seconds or of a number.
-template <typename T>
-void AddSetting(CLI::App& command, const char* pszName, T& value, int64_t iLeast, int64_t iMost,
-                const char* pszDescription) {
-    command.add_option(pszName, value, pszDescription)
-        ->check(CLI::Range(iLeast, iMost))
-        ->capture_default_str()
-        ->type_name("N");
 }
 
 void AddEngineSettings(CLI::App& command, CEngineSettings& engine) {
@@ -296,15 +301,8 @@ void AddServeCommand(CLI::App& app, COptions& options) {
                "a plug-in's call may take so many milliseconds, beside its time in the store");
     AddSetting(*pServe, "--queue", service.uiQueueInputs, 1, 10000000,
                "so many inputs may wait; more are refused");
-    pServe
-        ->add_option("--journal", service.strJournal,
-                     "write every input to this file; when it is there already, to FILE.2, ...")
-        ->type_name("FILE");
-    pServe
-        ->add_option("--journal-bytes", service.ullJournalBytes,
-                     "when the journal has grown so far, go on in the next file")
-        ->capture_default_str()
-        ->type_name("N");
+    AddJournal(*pServe, service.journal,
+               "write every input to this file; when it is there already, to the next");
     pServe->footer(
         "Starts also while the cluster document cannot be read: it answers \"not ready\" then, and "
         "comes up\nwhen the document is mended. SIGTERM or Ctrl-C ends it within five seconds, a "

@@ -21,9 +21,8 @@ struct COptions {
     std::string strServer = "http://127.0.0.1:8390";  ///< of agents, as the next
     std::string strStory = "sample/day.jsonl";
     bool bStay = false;
-    std::string strFile;     ///< of play, as the next
-    std::string strJournal;  ///< a new file; none when empty
-    uint64_t ullJournalBytes = 64U << 20U;
+    std::string strFile;       ///< of play, as the next
+    CJournalSettings journal;  ///< in a new file
 
     CServiceSettings service;  ///< of serve
 

@@ -90,8 +90,7 @@ protected:
         std::string strWhy;
         EXPECT_EQ(engine.Load(NUMERIC_START, strWhy), 0) << strWhy;
         m_events.Clear();
-        CRunRecord record(*pRecorded, runner);
-        record.WriteTo(File(), ullBytes);
+        CRunRecord record(*pRecorded, runner, {File(), ullBytes, 0});
         record.Begin(engine, m_settings);
         CRandomInputs inputs(uiSeed, NUMERIC_START);
         CDice dice(uiSeed);
@@ -131,8 +130,7 @@ protected:
         CClusterEngine engine({events, runner, m_clock, *pGate}, *story.header.settings);
         std::string strWhy;
         EXPECT_EQ(engine.Load(story.header.state, strWhy), 0) << strWhy;
-        CRunRecord record(*pRecorded, runner);
-        record.WriteTo(strFile + "-again", ~uint64_t{0});
+        CRunRecord record(*pRecorded, runner, {strFile + "-again", ~uint64_t{0}, 0});
         std::ostringstream output;
         CJsonTimeline timeline(output);
         CPlayer player(engine, events, timeline, record, *pGate, pReplay.get());

@@ -1,6 +1,7 @@
 #include <json/json.h>
 
 #include <algorithm>
+#include <filesystem>
 #include <sstream>
 
 #include "cluster_engine/journal.h"
@@ -174,6 +175,24 @@ TEST_F(Play, GoesOnInAnotherJournalWhenOneIsFull) {
         const CProcessResult result = Run({"play", pszFile});
         EXPECT_EQ(result.iExitCode, 0) << pszFile << result.strOutput << result.strErrors;
     }
+}
+
+TEST_F(Play, KeepsTheNewestJournalsAlone) {
+    ASSERT_EQ(
+        PlayText(std::string(PSZ_HEADER) + PSZ_REPORTS + PSZ_JOB,
+                 {"--journal", "journal.jsonl", "--journal-bytes", "3000", "--journal-files", "2"})
+            .iExitCode,
+        0);
+    std::vector<std::string> left;
+    for (const auto& entry : std::filesystem::directory_iterator(m_dir.GetPath())) {
+        if (const std::string strName = entry.path().filename(); strName.rfind("journal", 0) == 0) {
+            left.push_back(strName);
+        }
+    }
+    std::sort(left.begin(), left.end());
+    ASSERT_EQ(left.size(), 2U);
+    EXPECT_NE(left.front(), "journal.jsonl");
+    EXPECT_EQ(Run({"play", left.front()}).iExitCode, 0) << "the newest has just been begun";
 }
 
 TEST_F(Play, KeepsAnExistingFileFromBecomingAJournal) {

@@ -435,13 +435,13 @@ TEST_F(EngineThread, WorksOffWhatWaitsWhenItIsStopped) {
 
 TEST_F(EngineThread, WritesAJournalThatBeginsWithItsState) {
     const CTempDir folder;
-    m_settings.strJournal = folder.File("journal");
-    m_settings.ullJournalBytes = 1U << 20U;
+    m_settings.journal.strFile = folder.File("journal");
+    m_settings.journal.ullMaxBytes = 1U << 20U;
     Settle();
     Ask(Job("t1"));
     m_pThread->Stop();
 
-    std::ifstream stream(m_settings.strJournal);
+    std::ifstream stream(m_settings.journal.strFile);
     const std::string strText{std::istreambuf_iterator<char>(stream), {}};
     EXPECT_THAT(strText, HasSubstr("\"state\""));
     EXPECT_THAT(strText, HasSubstr("\"input\":\"job\""));

@@ -80,8 +80,7 @@ int Play(CStage& stage, IStepClock& clock, const CPlayOptions& options, std::ost
         errors << strWhy << ": code " << iCode << ", the log says why\n";
         return EXIT_COULD_NOT;
     }
-    CRunRecord record(*pRecorded, runner);
-    record.WriteTo(options.strJournal, options.ullJournalBytes);
+    CRunRecord record(*pRecorded, runner, options.journal);
     const std::unique_ptr<ITimeline> pTimeline = MakeTimeline(options.bJson, output);
     pTimeline->ShowContainers("before", PlayedContainers());
     CPlayer player(engine, events, *pTimeline, record, *pGate, pReplay.get());

@@ -7,14 +7,14 @@
 
 #include "cluster_engine/host.h"
 #include "command/stage.h"
+#include "shell/journal_files.h"
 
 /// What the command line says about playing a file.
 struct CPlayOptions {
     std::string strFile;
-    std::string strJournal;        ///< a new file for what is played; none when empty
-    uint64_t ullJournalBytes = 0;  ///< beyond that it goes on in another
-    bool bDryRun = false;          ///< the store stays as it is
-    bool bJson = false;            ///< for programs
+    CJournalSettings journal;  ///< a new file for what is played
+    bool bDryRun = false;      ///< the store stays as it is
+    bool bJson = false;        ///< for programs
 
     /// Asked before the store is changed; an exit code other than EXIT_DONE ends it there.
     std::function<int()> mayChange = nullptr;

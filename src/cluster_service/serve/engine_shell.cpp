@@ -20,10 +20,11 @@ int64_t Now() {
 
 }  // namespace
 
-CEngineShell::CJournal::CJournal(std::shared_ptr<IStore> pBehind, IPluginRunner& worker)
+CEngineShell::CJournal::CJournal(std::shared_ptr<IStore> pBehind, IPluginRunner& worker,
+                                 const CJournalSettings& settings)
     : pStore(std::make_shared<CRecordedStore>(std::move(pBehind))),
       runner(worker, *pStore),
-      record(*pStore, runner) {}
+      record(*pStore, runner, settings) {}
 
 CEngineShell::CEngineShell(const CParts& parts)
     : m_parts(parts),
@@ -35,9 +36,9 @@ CEngineShell::CEngineShell(const CParts& parts)
           }),
       m_pMetered(std::make_shared<CMeteredStore>(parts.pStore, parts.metrics, parts.texts,
                                                  parts.watchdog)),
-      m_pJournal(parts.settings.strJournal.empty()
+      m_pJournal(parts.settings.journal.strFile.empty()
                      ? nullptr
-                     : std::make_unique<CJournal>(m_pMetered, m_worker)),
+                     : std::make_unique<CJournal>(m_pMetered, m_worker, parts.settings.journal)),
       m_pGate(
           std::make_shared<CGateStore>(m_pJournal != nullptr ? m_pJournal->pStore : m_pMetered)),
       m_engine({*this,
@@ -45,9 +46,6 @@ CEngineShell::CEngineShell(const CParts& parts)
                 parts.clock, *m_pGate},
                parts.settings.engine) {
     SetStore(m_pGate);
-    if (m_pJournal != nullptr) {
-        m_pJournal->record.WriteTo(parts.settings.strJournal, parts.settings.ullJournalBytes);
-    }
 }
 
 CEngineShell::~CEngineShell() {

@@ -57,7 +57,8 @@ private:
         CRunRecord record;
         std::string strFaultSaid;
 
-        CJournal(std::shared_ptr<IStore> pBehind, IPluginRunner& worker);
+        CJournal(std::shared_ptr<IStore> pBehind, IPluginRunner& worker,
+                 const CJournalSettings& settings);
     };
 
     void Take(const CEvent& event) override;

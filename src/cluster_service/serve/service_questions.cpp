@@ -52,8 +52,9 @@ Json::Value ServiceSettings(const CServiceSettings& settings) {
     writer.Need("listen", settings.strListen);
     writer.Need("plugin_milliseconds", settings.iPluginMilliseconds);
     writer.Need("queue_inputs", settings.uiQueueInputs);
-    writer.Need("journal", settings.strJournal);
-    writer.Need("journal_bytes", settings.ullJournalBytes);
+    writer.Need("journal", settings.journal.strFile);
+    writer.Need("journal_bytes", settings.journal.ullMaxBytes);
+    writer.Need("journal_files", settings.journal.uiKept);
     return json;
 }
 

@@ -5,6 +5,7 @@
 #include <string>
 
 #include "cluster_engine/settings.h"
+#include "shell/journal_files.h"
 
 /// What a service is started with.
 struct CServiceSettings {
@@ -12,6 +13,5 @@ struct CServiceSettings {
     CEngineSettings engine;
     int64_t iPluginMilliseconds = 2000;  ///< a call of a plug-in may take, beside its store calls
     std::size_t uiQueueInputs = 10000;   ///< may wait for the engine
-    std::string strJournal;              ///< none when empty
-    uint64_t ullJournalBytes = 64U << 20U;
+    CJournalSettings journal;
 };

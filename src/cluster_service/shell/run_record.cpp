@@ -2,7 +2,6 @@
 
 #include <cerrno>
 #include <cstring>
-#include <filesystem>
 #include <utility>
 
 namespace {
@@ -14,11 +13,6 @@ constexpr int64_t NUMERIC_PAUSE_AFTER_FAULT = 60;
 CRunRecord::~CRunRecord() {
     m_store.Listen(nullptr, nullptr);
     m_runner.Listen(nullptr);
-}
-
-void CRunRecord::WriteTo(std::string strFile, uint64_t ullMaxBytes) {
-    m_strFile = std::move(strFile);
-    m_ullMaxBytes = ullMaxBytes;
 }
 
 void CRunRecord::Begin(const CClusterEngine& engine, const CEngineSettings& settings) {
@@ -35,7 +29,7 @@ void CRunRecord::Begin(const CClusterEngine& engine, const CEngineSettings& sett
     m_runner.Listen(onChance);
     m_store.BeginInput();
     m_runner.BeginInput();
-    if (!m_strFile.empty()) {
+    if (m_files.IsAny()) {
         BeginFile(engine);
     }
 }
@@ -61,7 +55,7 @@ void CRunRecord::Committed(const CClusterEngine& engine, int iCode, bool bRest) 
 
 bool CRunRecord::IsTimeForAFile() {
     if (m_pWriter == nullptr) {
-        return !m_strFile.empty() && m_iNow - m_iFault >= NUMERIC_PAUSE_AFTER_FAULT;
+        return m_files.IsAny() && m_iNow - m_iFault >= NUMERIC_PAUSE_AFTER_FAULT;
     }
     return static_cast<uint64_t>(m_stream.tellp()) >= m_ullMaxBytes;
 }
@@ -69,11 +63,8 @@ bool CRunRecord::IsTimeForAFile() {
 /// The lines of a file give the same digests whatever came before it: each begins anew, and calls
 /// count from its first line.
 void CRunRecord::BeginFile(const CClusterEngine& engine) {
-    do {
-        ++m_uiFiles;
-        m_strName = m_uiFiles == 1 ? m_strFile : m_strFile + '.' + std::to_string(m_uiFiles);
-    } while (std::filesystem::is_regular_file(m_strName));
     m_pWriter.reset();
+    m_strName = m_files.NameNext();
     m_stream = std::ofstream(m_strName, std::ios::binary);
     m_digest = CRunDigest();
     m_store.BeginInput();
@@ -85,6 +76,15 @@ void CRunRecord::BeginFile(const CClusterEngine& engine) {
     m_pWriter = std::make_unique<CJournalWriter>(m_stream, header);
     m_stream.flush();
     NoticeFault();
+    if (m_pWriter != nullptr) {
+        RemoveOldFiles();
+    }
+}
+
+void CRunRecord::RemoveOldFiles() {
+    if (std::string strFault = m_files.RemoveOldest(); !strFault.empty()) {
+        m_strFault = std::move(strFault);
+    }
 }
 
 void CRunRecord::NoticeFault() {

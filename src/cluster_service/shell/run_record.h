@@ -7,23 +7,24 @@
 
 #include "cluster_engine/engine.h"
 #include "cluster_engine/journal.h"
+#include "shell/journal_files.h"
 #include "shell/recorded_runner.h"
 #include "shell/recorded_store.h"
 
 /// What happens in a run: its digest, and, if a file is named, its journal. When a file has reached
-/// its size, the next commit that went well begins another: FILE, FILE.2, FILE.3 and so on, none
-/// written over. When one cannot be written, as on a full disk, the cluster goes on without a
-/// journal, and after a minute another file is tried.
+/// its size, the next commit that went well begins another. When one cannot be written, as on a
+/// full disk, the cluster goes on without a journal, and after a minute another file is tried.
 class CRunRecord {
 public:
     /// All of them outlive the record.
-    CRunRecord(CRecordedStore& store, CRecordedRunner& runner) : m_store(store), m_runner(runner) {}
+    CRunRecord(CRecordedStore& store, CRecordedRunner& runner, const CJournalSettings& settings)
+        : m_store(store),
+          m_runner(runner),
+          m_files(settings),
+          m_ullMaxBytes(settings.ullMaxBytes) {}
     ~CRunRecord();
     CRunRecord(const CRunRecord&) = delete;
     CRunRecord& operator=(const CRunRecord&) = delete;
-
-    /// To be called before Begin.
-    void WriteTo(std::string strFile, uint64_t ullMaxBytes);
 
     /// The engine is loaded, all that the load had to say is told, and nothing waits to be written:
     /// from now on it counts.
@@ -40,21 +41,21 @@ public:
 
     std::string GetDigest() const { return m_digest.Text(); }
 
-    /// Why a file could not be written, the last time; empty when all could.
+    /// What went wrong with a file, the last time; empty when nothing did.
     const std::string& GetFault() const { return m_strFault; }
 
 private:
     void BeginFile(const CClusterEngine& engine);
     bool IsTimeForAFile();
+    void RemoveOldFiles();
     void NoticeFault();
 
     CRecordedStore& m_store;
     CRecordedRunner& m_runner;
     CRunDigest m_digest;
     CEngineSettings m_settings;
-    std::string m_strFile;  ///< the first one; none when empty
-    uint64_t m_ullMaxBytes = 0;
-    uint32_t m_uiFiles = 0;
+    CJournalFiles m_files;
+    const uint64_t m_ullMaxBytes;
     std::string m_strName;  ///< of the newest
     std::ofstream m_stream;
     std::unique_ptr<CJournalWriter> m_pWriter;  ///< null while there is no file
