@@ -41,7 +41,7 @@
 ///
 /// A report of figures changes a container without its tasks: whoever keeps something of these
 /// keeps CContainer::GetTaskTableNumber with it, and reads CContainer::GetTaskTable again only when
-/// that number is another.
+/// that number is another, and by CContainer::GetTaskTableGrownSince perhaps only its end.
 ///
 /// May be taken on any thread, also within a log line or a store call of the library. Of two that
 /// are taken side by side on two threads each may be the later one in one table: a follower that

@@ -138,6 +138,11 @@ public:
     /// were taken, those that show the same number hold the same tasks. 0 before the first task.
     uint64_t GetTaskTableNumber() const { return m_taskTable.GetNumber(); }
 
+    /// Of a container of CContainerMgr: since its table had this number, tasks have only been put
+    /// behind those that were there. Who read it at this number or a later one has to read no more
+    /// than what is behind that.
+    uint64_t GetTaskTableGrownSince() const { return m_taskTable.GetGrownSince(); }
+
     int GetTaskTotalDisk() const { return m_iTaskTotalDisk; }
     void SetTaskTotalDisk(int iTotalDisk) { m_iTaskTotalDisk = iTotalDisk; }
     float GetDiskRatio() const { return m_fDiskRatio; }

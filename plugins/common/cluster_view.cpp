@@ -3,6 +3,7 @@
 #include <algorithm>
 #include <cmath>
 #include <functional>
+#include <iterator>
 #include <string_view>
 #include <utility>
 #include <vector>
@@ -13,6 +14,10 @@ namespace {
 
 uint32_t HashOf(std::string_view taskId) {
     return static_cast<uint32_t>(std::hash<std::string_view>()(taskId));
+}
+
+void Add(const TaskCosts& costs, ResourceFigures& sum) {
+    std::transform(costs.begin(), costs.end(), sum.begin(), sum.begin(), std::plus<int64_t>());
 }
 
 }  // namespace
@@ -138,10 +143,7 @@ void CClusterView::Read(const CContainerAddr& addr, const CContainer& container,
     if (container.GetNodeId() != addr.GetNodeId()) {
         m_strangers[uiContainer] = container.GetNodeId();
     }
-    if (m_containers[uiContainer].ullTaskTable != container.GetTaskTableNumber()) {
-        ReadTasks(uiContainer, container.GetTaskTable());
-        m_containers[uiContainer].ullTaskTable = container.GetTaskTableNumber();
-    }
+    FollowTasks(uiContainer, container);
     const CNode* const pNode = moment.FindNode(container.GetNodeId());
     Rearrange(uiContainer, [&](CContainerEntry& entry) {
         entry.load = CContainerLoad(container, entry.taskSum);
@@ -201,16 +203,53 @@ void CClusterView::SetHost(uint32_t uiContainer, const CNode* pNode) {
     }
 }
 
+void CClusterView::FollowTasks(uint32_t uiContainer, const CContainer& container) {
+    CContainerEntry& entry = m_containers[uiContainer];
+    if (entry.ullTaskTable == container.GetTaskTableNumber()) {
+        return;
+    }
+    if (entry.ullTaskTable >= container.GetTaskTableGrownSince()) {
+        ReadMoreTasks(uiContainer, container.GetTaskTable());
+    } else {
+        ReadTasks(uiContainer, container.GetTaskTable());
+    }
+    entry.ullTaskTable = container.GetTaskTableNumber();
+    entry.uiTableEntries = container.GetTaskTable().size();
+}
+
+void CClusterView::ReadMoreTasks(uint32_t uiContainer, const std::list<CResourceTask>& taskTable) {
+    CContainerEntry& entry = m_containers[uiContainer];
+    const std::size_t uiMore = taskTable.size() - entry.uiTableEntries;
+    for (auto it = std::prev(taskTable.end(), static_cast<std::ptrdiff_t>(uiMore));
+         it != taskTable.end(); ++it) {
+        const TaskCosts costs = CostsOf(*it);
+        Add(costs, entry.taskSum);
+        if (FindTaskIn(uiContainer, it->GetTaskId()) == NUMERIC_NONE) {
+            const uint32_t uiTask = AddTask(uiContainer, it->GetTaskId());
+            m_tasks[uiTask].costs = costs;
+            m_tasks[uiTask].bSupportShift = it->IsSupportShift();
+            Append(entry, uiTask);
+        }
+    }
+}
+
+void CClusterView::Append(CContainerEntry& entry, uint32_t uiTask) {
+    uint32_t& uiNext =
+        entry.uiLastTask != NUMERIC_NONE ? m_tasks[entry.uiLastTask].uiNext : entry.uiFirstTask;
+    uiNext = uiTask;
+    entry.uiLastTask = uiTask;
+}
+
 void CClusterView::ReadTasks(uint32_t uiContainer, const std::list<CResourceTask>& taskTable) {
     CContainerEntry& entry = m_containers[uiContainer];
     entry.taskSum = {};
     m_skipped.clear();
     uint32_t uiFormer = entry.uiFirstTask;  // the first that was neither told of nor skipped
-    uint32_t* pNext = &entry.uiFirstTask;
+    entry.uiFirstTask = NUMERIC_NONE;
+    entry.uiLastTask = NUMERIC_NONE;
     for (const CResourceTask& task : taskTable) {
         const TaskCosts costs = CostsOf(task);
-        std::transform(costs.begin(), costs.end(), entry.taskSum.begin(), entry.taskSum.begin(),
-                       std::plus<int64_t>());
+        Add(costs, entry.taskSum);
         // A report mostly tells the tasks of the one before, in the same order.
         uint32_t uiTask = uiFormer;
         if (uiTask == NUMERIC_NONE || m_tasks[uiTask].id.View() != task.GetTaskId()) {
@@ -228,11 +267,12 @@ void CClusterView::ReadTasks(uint32_t uiContainer, const std::list<CResourceTask
         held.costs = costs;
         held.bSupportShift = task.IsSupportShift();
         held.bTold = true;
-        *pNext = uiTask;
-        pNext = &held.uiNext;
+        Append(entry, uiTask);
     }
     SkipUntil(NUMERIC_NONE, uiFormer);
-    *pNext = NUMERIC_NONE;
+    if (entry.uiLastTask != NUMERIC_NONE) {
+        m_tasks[entry.uiLastTask].uiNext = NUMERIC_NONE;
+    }
     DropSkippedTasks();
     for (uint32_t i = entry.uiFirstTask; i != NUMERIC_NONE; i = m_tasks[i].uiNext) {
         m_tasks[i].bTold = false;

@@ -1,5 +1,6 @@
 #pragma once
 
+#include <cstddef>
 #include <cstdint>
 #include <list>
 #include <map>
@@ -118,7 +119,9 @@ private:
         CContainerLoad load;
         ResourceFigures taskSum{};
         uint64_t ullTaskTable = 0;  ///< CContainer::GetTaskTableNumber when the tasks were read
+        std::size_t uiTableEntries = 0;  ///< read then, those of one id included
         uint32_t uiFirstTask = NUMERIC_NONE;
+        uint32_t uiLastTask = NUMERIC_NONE;
         const char* pszNotReady = PSZ_NOT_THERE;  ///< of WhyNotReady
         const char* pszNoHost = nullptr;          ///< of WhyNoHost
 
@@ -168,7 +171,14 @@ private:
 
     /// @name Following the tasks
     /// @{
+    void FollowTasks(uint32_t uiContainer, const CContainer& container);
     void ReadTasks(uint32_t uiContainer, const std::list<CResourceTask>& taskTable);
+
+    /// Reads what stands behind the entries that were read.
+    void ReadMoreTasks(uint32_t uiContainer, const std::list<CResourceTask>& taskTable);
+
+    /// Puts the task behind those of the container.
+    void Append(CContainerEntry& entry, uint32_t uiTask);
 
     /// Skips the former tasks from the one on until the other.
     void SkipUntil(uint32_t uiTask, uint32_t uiFormer);

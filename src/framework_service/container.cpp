@@ -251,7 +251,7 @@ void CFrameworkInternal::TakeTasks(CContainer& container, std::list<CResourceTas
         container.AddTaskDisk(task.GetDisk());
         container.AddTaskNet(task.GetNet());
     }
-    std::list<CResourceTask>& taskTable = container.m_taskTable.Edit();
+    std::list<CResourceTask>& taskTable = container.m_taskTable.EditEnd();
     taskTable.splice(taskTable.end(), tasks);
 }
 
@@ -280,7 +280,7 @@ void CFrameworkInternal::TakeOutTasks(CContainer& container,
 }
 
 int CContainer::AddTask(const CResourceTask& resTask) {
-    m_taskTable.Edit().push_back(resTask);
+    m_taskTable.EditEnd().push_back(resTask);
     AddTaskDisk(resTask.GetDisk());
     AddTaskNet(resTask.GetNet());
     return ORVA_SUCCEED;

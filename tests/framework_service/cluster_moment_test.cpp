@@ -323,6 +323,47 @@ TEST_F(ClusterMoment, OneNumberOfATaskTableStandsForTheSameTasks) {
     EXPECT_GT(tables.size(), 100U);
 }
 
+TEST_F(ClusterMoment, ATaskTableThatHasGrownBeginsWithWhatItWas) {
+    std::mt19937 random(4);
+    std::map<CContainerAddr, std::pair<uint64_t, std::vector<Shown>>> former;
+    int iGrown = 0;
+    for (int iStep = 0; iStep < 5000; ++iStep) {
+        ChangeAtRandom(random);
+        std::map<CContainerAddr, std::pair<uint64_t, std::vector<Shown>>> present;
+        Now().VisitContainers(0, [&](const CContainerAddr& addr, const CContainer* pContainer) {
+            const auto tasks = ShowAll(pContainer->GetTaskTable());
+            present[addr] = {pContainer->GetTaskTableNumber(), tasks};
+            const auto it = former.find(addr);
+            if (it == former.end() || it->second.first < pContainer->GetTaskTableGrownSince()) {
+                return;
+            }
+            const std::vector<Shown>& was = it->second.second;
+            ASSERT_GE(tasks.size(), was.size());
+            ASSERT_TRUE(std::equal(was.begin(), was.end(), tasks.begin()));
+            iGrown += tasks.size() > was.size() ? 1 : 0;
+        });
+        former = std::move(present);
+    }
+    EXPECT_GT(iGrown, 50);
+}
+
+TEST_F(ClusterMoment, ATaskTableGrowsByAddedTasksAlone) {
+    const auto grownSince = [] {
+        return Now().FindContainer(AddrOf(10))->GetTaskTableGrownSince();
+    };
+    EXPECT_EQ(grownSince(), 0U);
+    m_mgr.AddResourceTask(AddrOf(10), {MakeTask("a")});
+    m_mgr.AddResourceTask(AddrOf(10), {MakeTask("b")});
+    EXPECT_EQ(grownSince(), 0U);
+    m_mgr.SetResourceTask(AddrOf(10), {MakeTask("a"), MakeTask("b")}, 0);
+    const uint64_t ullReported = grownSince();
+    EXPECT_NE(ullReported, 0U);
+    m_mgr.AddResourceTask(AddrOf(10), {MakeTask("c")});
+    EXPECT_EQ(grownSince(), ullReported);
+    m_mgr.RemoveResourceTask(AddrOf(10), {"a"});
+    EXPECT_GT(grownSince(), ullReported);
+}
+
 TEST_F(ClusterMoment, AReportOfFiguresKeepsTheNumberOfTheTaskTable) {
     const auto numberOf = [](int i) {
         return Now().FindContainer(AddrOf(i))->GetTaskTableNumber();
