@@ -355,8 +355,8 @@ TEST_F(EngineThread, WaitsForAClusterDocumentThatCannotBeRead) {
 
     Store({{"n1", {PSZ_RECORDER}}});
     watch.Look();
-    EXPECT_TRUE(ComesTrue([this] { return m_view.Get()->strNotReady.empty(); }));
-    EXPECT_EQ(Loads().back().strFailure, "");
+    EXPECT_TRUE(ComesTrue([this] { return Loads().back().strFailure.empty(); }));
+    EXPECT_EQ(m_view.Get()->strNotReady, "");
     EXPECT_EQ(FaultOf(Ask(RecorderReport("n1"))), EFault::NONE);
 }
 
