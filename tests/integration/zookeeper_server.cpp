@@ -206,6 +206,7 @@ void CZooKeeperServer::Kill() {
 }
 void CZooKeeperServer::Freeze() const {
     Signal(SIGSTOP);
+    waitpid(m_iProcess, nullptr, WUNTRACED);  // its threads stop one after the other
 }
 void CZooKeeperServer::Thaw() const {
     Signal(SIGCONT);

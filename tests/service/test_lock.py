@@ -3,6 +3,7 @@
 import signal
 import time
 
+import requests
 from api import Api
 from service import PATIENCE, await_true
 
@@ -74,3 +75,31 @@ def test_two_services_are_never_both_ready_when_the_server_pauses(make_service, 
         if not is_over(one):
             one.signal(signal.SIGTERM)
             one.wait()
+
+
+def takes_a_change(service):
+    try:
+        return requests.post(service.url + "/api/v1/versions/master/next", json={},
+                             timeout=PATIENCE).ok
+    except requests.RequestException:
+        return False
+
+
+def test_a_service_that_slept_takes_nothing_once_another_has_its_cluster(make_service, zookeeper):
+    name = f"zookeeper:{zookeeper.address}"
+    first, second = make_service(name).start(), make_service(name, filled=False)
+    assert takes_a_change(first)
+    first.signal(signal.SIGSTOP)
+    second.start()  # once the other's session is over
+    before = Api(second.url).get("/api/v1/versions")
+    first.signal(signal.SIGCONT)
+
+    def has_refused_to_its_end():
+        assert not takes_a_change(first)
+        return is_over(first)
+
+    await_true(has_refused_to_its_end, "over")
+    assert first.wait() != 0
+    assert str(second.process.pid) in first.logged()
+    assert Api(second.url).get("/api/v1/versions") == before
+    assert takes_a_change(second)

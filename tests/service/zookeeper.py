@@ -1,5 +1,6 @@
 """A real ZooKeeper server of our own, on a free loopback port."""
 
+import os
 import signal
 import socket
 import subprocess
@@ -46,6 +47,7 @@ class ZooKeeper:
 
     def freeze(self):
         self.process.send_signal(signal.SIGSTOP)
+        os.waitpid(self.process.pid, os.WUNTRACED)  # its threads stop one after the other
 
     def thaw(self):
         self.process.send_signal(signal.SIGCONT)

@@ -92,6 +92,7 @@ void CNameHolderProcess::Kill() {
 
 void CNameHolderProcess::Pause() const {
     kill(m_iProcess, SIGSTOP);
+    waitpid(m_iProcess, nullptr, WUNTRACED);  // its threads stop one after the other
 }
 
 void CNameHolderProcess::GoOn() const {
