@@ -2,7 +2,6 @@
 
 #include <gtest/gtest.h>
 
-#include <csignal>
 #include <thread>
 
 namespace {
@@ -23,28 +22,10 @@ TEST(Wakeups, ComeInTheirOrder) {
     EXPECT_EQ(wakeups.Await(Now()), std::nullopt);
 }
 
-TEST(Wakeups, ComeOfEachSignalThatAsksForAnEnd) {
-    const CWakeups wakeups;
-    std::raise(SIGTERM);
-    std::raise(SIGINT);
-
-    EXPECT_EQ(wakeups.Await(), EWakeup::STOP);
-    EXPECT_EQ(wakeups.Await(), EWakeup::STOP);
-    EXPECT_EQ(wakeups.Await(Now()), std::nullopt);
-}
-
 TEST(Wakeups, ComeFromOtherThreads) {
     const CWakeups wakeups;
     std::thread sender([&] { wakeups.Send(EWakeup::HOLD_LOST); });
 
     EXPECT_EQ(wakeups.Await(), EWakeup::HOLD_LOST);
     sender.join();
-}
-
-TEST(Wakeups, LeaveTheSignalsToTheProcessWhenTheyAreGone) {
-    { const CWakeups wakeups; }
-    struct sigaction action {};
-    sigaction(SIGTERM, nullptr, &action);
-
-    EXPECT_EQ(action.sa_handler, SIG_DFL);
 }

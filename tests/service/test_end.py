@@ -78,6 +78,25 @@ def test_it_ends_while_the_store_hangs(make_service, zookeeper):
     assert took < LIMIT
 
 
+@pytest.mark.parametrize("comes_back", [False, True])
+def test_it_ends_while_it_asks_a_store_that_hangs_who_has_the_cluster(make_service, zookeeper,
+                                                                      comes_back):
+    service = make_service(f"zookeeper:{zookeeper.address}").start()
+    zookeeper.freeze()
+    try:
+        await_true(lambda: "the hold of the cluster is lost" in service.logged(), "lost")
+        time.sleep(0.5)
+        begun = time.monotonic()
+        service.signal(signal.SIGTERM)
+        if comes_back:
+            zookeeper.thaw()
+        service.wait()
+        took = time.monotonic() - begun
+    finally:
+        zookeeper.thaw()
+    assert took < LIMIT
+
+
 def test_it_ends_while_the_store_is_gone_and_a_plug_in_hangs(make_service, zookeeper):
     service = make_service(f"zookeeper:{zookeeper.address}").start()
     api = Api(service.url)

@@ -2,7 +2,6 @@
 
 #include <unistd.h>
 
-#include <atomic>
 #include <chrono>
 #include <memory>
 #include <mutex>
@@ -14,6 +13,7 @@
 #include "command/exit_code.h"
 #include "reference_host/shown_text.h"
 #include "serve/begin_anew.h"
+#include "serve/end_in_time.h"
 #include "serve/engine_thread.h"
 #include "serve/http_server.h"
 #include "serve/routes.h"
@@ -26,9 +26,6 @@
 namespace {
 
 using Clock = std::chrono::steady_clock;
-
-/// Short of the five seconds within which a service has to be gone.
-constexpr std::chrono::milliseconds NUMERIC_TIME_TO_STOP{4500};
 
 std::string Took(Clock::duration took) {
     std::ostringstream text;
@@ -49,57 +46,6 @@ std::string Found(const CDocumentTexts::Texts& texts) {
     }
     return strFound;
 }
-
-[[noreturn]] void LeaveAtOnce(int iExitCode, std::ostream& output, std::ostream& errors) {
-    output.flush();
-    errors.flush();
-    _exit(iExitCode);
-}
-
-/// Sees to it, on a thread of its own, that a service that has to end does: in time, or at once
-/// when it is asked again.
-class CEndInTime {
-public:
-    CEndInTime(const CWakeups& wakeups, std::ostream& output, std::ostream& errors)
-        : m_wakeups(wakeups), m_output(output), m_errors(errors) {}
-
-    /// The service has ended.
-    ~CEndInTime() {
-        if (m_thread.joinable()) {
-            m_wakeups.Send(EWakeup::STOPPED);
-            m_thread.join();
-        }
-    }
-
-    CEndInTime(const CEndInTime&) = delete;
-    CEndInTime& operator=(const CEndInTime&) = delete;
-
-    /// What waited is done: whatever hangs from now on, this is how the service ends.
-    void WorkedOff(int iExitCode) { m_iExitCode = iExitCode; }
-
-    /// The service begins to end.
-    void Begin() {
-        m_thread = std::thread([this] { Run(Clock::now() + NUMERIC_TIME_TO_STOP); });
-    }
-
-private:
-    void Run(Clock::time_point deadline) {
-        auto wakeup = m_wakeups.Await(deadline);
-        while (wakeup && wakeup != EWakeup::STOP && wakeup != EWakeup::STOPPED) {
-            wakeup = m_wakeups.Await(deadline);
-        }
-        if (wakeup != EWakeup::STOPPED) {
-            m_errors << (wakeup ? "ended at once\n" : "ended before all was done and closed\n");
-            LeaveAtOnce(m_iExitCode, m_output, m_errors);
-        }
-    }
-
-    const CWakeups& m_wakeups;
-    std::ostream& m_output;
-    std::ostream& m_errors;
-    std::atomic<int> m_iExitCode{EXIT_COULD_NOT};
-    std::thread m_thread;
-};
 
 /// A service, from its start to its end.
 class CService {
@@ -149,14 +95,17 @@ public:
 
     bool Runs() const { return m_view.Get()->strNotReady.empty(); }
 
-    /// Returns when the service is to end.
-    void AwaitEnd() {
+    /// Returns when the service is to end, or, true, to begin anew.
+    bool AwaitEnd() {
         for (auto wakeup = m_wakeups.Await(); wakeup != EWakeup::STOP; wakeup = m_wakeups.Await()) {
             if (wakeup == EWakeup::HOLD_LOST) {
                 return AwaitStore();
             }
         }
+        return false;
     }
+
+    std::string GetUrl() const { return m_server.GetUrl(); }
 
     /// What waits is worked off, plug-ins are taken down, and then connections end.
     void WorkOff() {
@@ -192,8 +141,8 @@ private:
 
     /// The hold is lost: nothing is taken or shown before the store can be asked who has the
     /// cluster. Then all is read anew, which takes a new beginning: what the library is made of
-    /// lives as long as its process.
-    void AwaitStore() {
+    /// lives as long as its process. False when the service is to end instead.
+    bool AwaitStore() {
         m_queue.Close();
         m_view.Close("the hold of the cluster is lost");
         m_ticker.Stop();
@@ -201,13 +150,13 @@ private:
         TellManager("STATUS=the hold of the cluster is lost");
         while (!m_hold.CanBeAsked()) {
             if (m_wakeups.Await(Clock::now() + std::chrono::seconds(1)) == EWakeup::STOP) {
-                return;
+                return false;
             }
         }
         Say("beginning anew");
         m_pEngine->Stop();
         m_server.Stop();
-        BeginAnew(m_server.GetUrl(), m_errors);
+        return true;
     }
 
     CHttpNews MakeNews() {
@@ -256,12 +205,14 @@ int Serve(const CServiceSettings& settings, const CClusterPlace& place,
           const std::function<void(bool bRuns)>& onStarted, std::ostream& output,
           std::ostream& errors) {
     const CWakeups wakeups;
-    CEndInTime end(wakeups, output, errors);
+    CEndInTime end(wakeups);
     CService service(settings, place, std::move(pStore), clock, wakeups, output, errors);
     const int iExitCode = service.Start();
     onStarted(service.Runs());
     if (iExitCode == EXIT_DONE) {
-        service.AwaitEnd();
+        if (service.AwaitEnd() && end.LeaveSignals()) {
+            BeginAnew(service.GetUrl(), errors);
+        }
         service.Say("stopping");
     }
     end.Begin();
@@ -272,7 +223,7 @@ int Serve(const CServiceSettings& settings, const CClusterPlace& place,
         service.Say("stopped");
     }
     if (!bWhole) {
-        LeaveAtOnce(iExitCode, output, errors);
+        _exit(iExitCode);
     }
     return iExitCode;
 }

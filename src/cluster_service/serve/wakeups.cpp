@@ -6,34 +6,10 @@
 
 #include <algorithm>
 #include <array>
-#include <atomic>
 #include <cerrno>
-#include <csignal>
 #include <system_error>
 
 namespace {
-
-constexpr int SIGNALS[] = {SIGTERM, SIGINT};
-
-/// Whom the signals wake.
-std::atomic<const CWakeups*> g_pWakeups{nullptr};
-
-void WakeToStop(int) {
-    const int iErrno = errno;
-    if (const CWakeups* const pWakeups = g_pWakeups; pWakeups != nullptr) {
-        pWakeups->Send(EWakeup::STOP);
-    }
-    errno = iErrno;
-}
-
-void SetHandler(void (*pHandler)(int)) {
-    struct sigaction action {};
-    action.sa_handler = pHandler;
-    action.sa_flags = SA_RESTART;
-    for (const int iSignal : SIGNALS) {
-        sigaction(iSignal, &action, nullptr);
-    }
-}
 
 /// In the unit of poll, rounded up; -1 without a deadline.
 int LeftUntil(std::optional<CWakeups::Clock::time_point> deadline) {
@@ -54,13 +30,9 @@ CWakeups::CWakeups() {
     }
     m_fdOut = pipe[0];
     m_fdIn = pipe[1];
-    g_pWakeups = this;
-    SetHandler(&WakeToStop);
 }
 
 CWakeups::~CWakeups() {
-    SetHandler(SIG_DFL);
-    g_pWakeups = nullptr;
     close(m_fdIn);
     close(m_fdOut);
 }

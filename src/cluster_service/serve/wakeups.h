@@ -8,20 +8,15 @@ enum class EWakeup : unsigned char {
     STOP,           ///< a signal asks the service to end
     TRIED_TO_LOAD,  ///< the cluster has been loaded, or cannot be yet
     HOLD_LOST,      ///< others may have the cluster now
-    STOPPED,        ///< the service has come to its end
 };
 
-/// Where it waits. A process has one at a time.
+/// Where it waits.
 class CWakeups {
 public:
     using Clock = std::chrono::steady_clock;
 
-    /// From now on SIGTERM and SIGINT wake, and do not end the process by themselves.
     CWakeups();
-
-    /// They end it again.
     ~CWakeups();
-
     CWakeups(const CWakeups&) = delete;
     CWakeups& operator=(const CWakeups&) = delete;
 
