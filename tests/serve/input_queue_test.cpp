@@ -112,9 +112,21 @@ TEST(InputQueue, TakesNothingWhileItIsClosedAndKeepsWhatWaits) {
 
     EXPECT_EQ(queue.Push(Reports(1), Nobody()), EPush::CLOSED);
     EXPECT_THAT(KindsOf(queue.Take(100, Soon())), ElementsAre("node_report"));
+    EXPECT_FALSE(queue.IsWorkedOff());
+}
 
-    queue.Open();
-    EXPECT_EQ(queue.Push(Reports(1), Nobody()), EPush::TAKEN);
+TEST(InputQueue, IsWorkedOffWhenItHasEndedAndWhatCameBeforeIsTaken) {
+    CInputQueue queue(10);
+    ASSERT_EQ(queue.Push(Reports(1), Nobody()), EPush::TAKEN);
+    queue.End();
+
+    EXPECT_EQ(queue.Push(Reports(1), Nobody()), EPush::CLOSED);
+    EXPECT_FALSE(queue.IsWorkedOff());
+    EXPECT_THAT(KindsOf(queue.Take(100, Soon())), ElementsAre("node_report"));
+    EXPECT_TRUE(queue.IsWorkedOff());
+
+    queue.PushUrgent(CDocumentChanged{EDocument::CLUSTER});
+    EXPECT_FALSE(queue.IsWorkedOff());
 }
 
 TEST(InputQueue, NeverRefusesWhatIsUrgentAndGivesItFirst) {
@@ -148,12 +160,12 @@ TEST(InputQueue, GivesNothingAtTheDeadline) {
 TEST(InputQueue, WakesWhoWaits) {
     CInputQueue queue(1);
     auto waiting = std::async(std::launch::async, [&] { return queue.Take(1, Soon()); });
-    queue.Wake();
-    EXPECT_THAT(waiting.get(), IsEmpty());
-
-    waiting = std::async(std::launch::async, [&] { return queue.Take(1, Soon()); });
     queue.PushUrgent(CDocumentChanged{EDocument::CLUSTER});
     EXPECT_THAT(KindsOf(waiting.get()), ElementsAre("document_changed"));
+
+    waiting = std::async(std::launch::async, [&] { return queue.Take(1, Soon()); });
+    queue.End();
+    EXPECT_THAT(waiting.get(), IsEmpty());
 }
 
 TEST(InputQueue, WakesWhoWaitsForWhatIsHandedOver) {

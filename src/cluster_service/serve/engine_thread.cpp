@@ -65,9 +65,7 @@ void CEngineThread::Start() {
 }
 
 void CEngineThread::Stop() {
-    m_context.queue.Close();
-    m_bStop = true;
-    m_context.queue.Wake();
+    m_context.queue.End();
     if (m_thread.joinable()) {
         m_thread.join();
     }
@@ -78,14 +76,12 @@ void CEngineThread::Run() {
                         m_watchdog, m_context.settings});
     m_pViews = std::make_unique<CViewMaker>(shell.GetEngine(), m_texts);
     TryLoad(shell);
-    while (true) {
+    while (!m_context.queue.IsWorkedOff()) {
         std::vector<CInputBatch> batches =
             m_context.queue.Take(NUMERIC_INPUTS_A_COMMIT, GetDeadline());
         m_watchdog.Feed();
-        if (batches.empty() && m_bStop) {
-            break;
-        }
-        if (!m_bLoaded && !m_bStop && m_retry.IsDue(m_texts.Get(), Clock::now())) {
+        if (!m_bLoaded && !m_context.queue.IsWorkedOff() &&
+            m_retry.IsDue(m_texts.Get(), Clock::now())) {
             TryLoad(shell);
         }
         if (!batches.empty() || m_bViewIsOld) {

@@ -1,6 +1,5 @@
 #pragma once
 
-#include <atomic>
 #include <chrono>
 #include <functional>
 #include <memory>
@@ -44,7 +43,7 @@ public:
     /// Loads the cluster and goes on.
     void Start();
 
-    /// Closes the queue, works off what waits in it, and takes plug-ins and store down. Returns
+    /// Ends the queue, works off what waits in it, and takes plug-ins and store down. Returns
     /// when the thread has ended.
     void Stop();
 
@@ -72,8 +71,7 @@ private:
     const OnLoad m_onLoad;
     CWatchdog m_watchdog;
     std::thread m_thread;
-    std::atomic<bool> m_bStop{false};
-    std::atomic<bool> m_bLateCall{false};
+    bool m_bLateCall = false;  ///< when the thread has ended
 
     /// @name On the engine's thread alone
     /// @{

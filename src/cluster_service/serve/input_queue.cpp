@@ -70,8 +70,7 @@ std::vector<CInputBatch> CInputQueue::Take(std::size_t uiMost,
                                            std::chrono::steady_clock::time_point deadline) {
     std::unique_lock<std::mutex> guard(m_mutex);
     m_more.wait_until(guard, deadline,
-                      [this] { return m_bWoken || !m_urgent.empty() || !m_batches.empty(); });
-    m_bWoken = false;
+                      [this] { return m_bEnded || !m_urgent.empty() || !m_batches.empty(); });
     std::vector<CInputBatch> taken(std::make_move_iterator(m_urgent.begin()),
                                    std::make_move_iterator(m_urgent.end()));
     m_urgent.clear();
@@ -92,15 +91,16 @@ void CInputQueue::Close() {
     m_bClosed = true;
 }
 
-void CInputQueue::Open() {
+void CInputQueue::End() {
     const std::lock_guard<std::mutex> guard(m_mutex);
-    m_bClosed = false;
+    m_bClosed = true;
+    m_bEnded = true;
+    m_more.notify_one();
 }
 
-void CInputQueue::Wake() {
+bool CInputQueue::IsWorkedOff() const {
     const std::lock_guard<std::mutex> guard(m_mutex);
-    m_bWoken = true;
-    m_more.notify_one();
+    return m_bEnded && m_urgent.empty() && m_batches.empty();
 }
 
 std::size_t CInputQueue::GetLength() const {

@@ -54,12 +54,14 @@ public:
     std::vector<CInputBatch> Take(std::size_t uiMost,
                                   std::chrono::steady_clock::time_point deadline);
 
-    /// Takes no input any more, or again; what waits stays.
+    /// Takes no input any more; what waits stays.
     void Close();
-    void Open();
 
-    /// Wakes Take.
-    void Wake();
+    /// Closes, and Take waits no more.
+    void End();
+
+    /// Has it ended, and was all taken that came before?
+    bool IsWorkedOff() const;
 
     /// How many inputs wait.
     std::size_t GetLength() const;
@@ -72,6 +74,6 @@ private:
     std::deque<CInputBatch> m_batches;
     std::size_t m_uiInputs = 0;  ///< within m_batches, but for ticks
     bool m_bClosed = false;
-    bool m_bWoken = false;
+    bool m_bEnded = false;
     bool m_bRefusedReports = false;
 };
