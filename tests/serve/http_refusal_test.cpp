@@ -206,14 +206,17 @@ TEST_F(CHttpServerRefuses, RequestsThatDrip) {
     CHttpLimits limits;
     limits.uiSeconds = 1;
     Start(Echo, limits);
-    CRawClient client(GetUrl());
-    client.Send("GET / HTTP/1.1\r\nX: ");
-    EXPECT_THROW(
-        for (;;) {
-            client.Send("x");
-            std::this_thread::sleep_for(std::chrono::milliseconds(50));
-        },
-        std::runtime_error);
+    for (const char* pszBegin : {"GET / HTTP/1.1\r\nX: ", "GET /"}) {
+        CRawClient client(GetUrl());
+        client.Send(pszBegin);
+        EXPECT_THROW(
+            for (int i = 0; i < 1000; ++i) {
+                client.Send("x");
+                std::this_thread::sleep_for(std::chrono::milliseconds(50));
+            },
+            std::runtime_error)
+            << pszBegin;
+    }
     ExpectAlive();
 }
 

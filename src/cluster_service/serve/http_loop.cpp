@@ -2,6 +2,7 @@
 
 #include <microhttpd.h>
 #include <netinet/in.h>
+#include <sys/socket.h>
 
 #include <algorithm>
 #include <atomic>
@@ -39,7 +40,9 @@ struct CDaemonDeleter {
 /// A client's connection and the request on it.
 struct CConnection {
     CClient client;  ///< whose socket libmicrohttpd has
-    std::optional<CHttpExchange> exchange;
+    int iSocket = -1;
+    std::optional<CHttpExchange> exchange;     ///< once the first line of a request is here
+    Clock::time_point without = Clock::now();  ///< since when there is none
 };
 
 CConnection& OursOf(MHD_Connection* pConnection) {
@@ -182,9 +185,13 @@ void CHttpLoop::CImpl::Look() {
         return;
     }
     m_looked = now;
+    // One that says nothing ends after half of that by itself: this one lets a first line drip in.
+    const auto most = std::chrono::seconds(2 * m_context.limits.uiSeconds);
     for (const auto& [pConnection, pOwned] : m_connections) {
         if (pConnection->exchange) {
             pConnection->exchange->Look(now);
+        } else if (now - pConnection->without >= most) {
+            shutdown(pConnection->iSocket, SHUT_RDWR);
         }
     }
 }
@@ -211,12 +218,14 @@ void CHttpLoop::CImpl::EndRests() {
     m_pMail->Take();  // whoever was let in last is let go
 }
 
-void CHttpLoop::CImpl::OnConnection(void* pSelf, MHD_Connection* /*pConnection*/, void** ppOurs,
+void CHttpLoop::CImpl::OnConnection(void* pSelf, MHD_Connection* pConnection, void** ppOurs,
                                     MHD_ConnectionNotificationCode eCode) {
     auto& self = *static_cast<CImpl*>(pSelf);
     if (eCode == MHD_CONNECTION_NOTIFY_STARTED) {
         auto pOurs = std::make_unique<CConnection>();
         pOurs->client = std::move(*self.m_pArriving);
+        pOurs->iSocket =
+            MHD_get_connection_info(pConnection, MHD_CONNECTION_INFO_CONNECTION_FD)->connect_fd;
         *ppOurs = pOurs.get();
         self.m_connections.emplace(pOurs.get(), std::move(pOurs));
     } else {
@@ -241,7 +250,9 @@ MHD_Result CHttpLoop::CImpl::OnRequest(void* /*pSelf*/, MHD_Connection* /*pConne
 
 void CHttpLoop::CImpl::OnEnd(void* /*pSelf*/, MHD_Connection* pConnection, void** /*ppExchange*/,
                              MHD_RequestTerminationCode /*eCode*/) {
-    OursOf(pConnection).exchange.reset();
+    CConnection& ours = OursOf(pConnection);
+    ours.exchange.reset();
+    ours.without = Clock::now();
 }
 
 CHttpLoop::CHttpLoop(CHttpContext& context) : m_pImpl(std::make_unique<CImpl>(context)) {}
