@@ -3,14 +3,8 @@
 #include <string>
 #include <string_view>
 
+#include "serve/embedded.h"
 #include "serve/question.h"
-
-extern const std::string_view PAGE_HTML;
-extern const std::string_view PAGE_STYLE;
-extern const std::string_view PAGE_SCRIPT;
-extern const std::string_view PAGE_PARTS;
-extern const std::string_view PAGE_SERVICE;
-extern const std::string_view PAGE_ICON;
 
 namespace {
 
