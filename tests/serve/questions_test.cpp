@@ -351,9 +351,4 @@ TEST_F(Questions, WhoHasTheSameAlreadyIsToldJustThat) {
     EXPECT_EQ(StatusOf(*Send("GET", "/api/v1/nodes/n9", "", {}, "*")), 404U);
 }
 
-TEST_F(Questions, HeadIsAnsweredAsGet) {
-    LoadThree();
-    EXPECT_EQ(StatusOf(*Send("HEAD", "/api/v1/nodes")), 200U);
-}
-
 }  // namespace

@@ -7,7 +7,7 @@
 
 /// What a client asked, whole.
 struct CHttpRequest {
-    std::string strMethod;                     ///< "GET"
+    std::string strMethod;                     ///< "GET", also for HEAD
     std::string strPath;                       ///< as it was sent, still percent-encoded
     std::map<std::string, std::string> query;  ///< decoded; of a name twice the last one counts
     std::string strBody;

@@ -46,13 +46,12 @@ public:
     void Take(const CServiceContext& context, const CHttpRequest& request,
               const std::shared_ptr<IReplyTo>& pReplyTo) const {
         const std::vector<std::string_view> path = SplitPath(request.strPath);
-        const std::string strMethod = request.strMethod == "HEAD" ? "GET" : request.strMethod;
         std::set<std::string> allowed;
         for (const auto& [pattern, pRoute] : m_rows) {
             if (!pattern.Matches(path)) {
                 continue;
             }
-            if (strMethod == pRoute->pszMethod) {
+            if (request.strMethod == pRoute->pszMethod) {
                 return Take(context, request, pReplyTo, *pRoute, pattern, path);
             }
             allowed.insert(pRoute->pszMethod);
