@@ -45,17 +45,21 @@ CHttpReply ShowCenterDb(const CAsked& asked, const CClusterView& view);
 CHttpReply ShowManagers(const CAsked& asked, const CClusterView& view);
 /// @}
 
-/// @name The service
+/// @name What happened
 /// @{
 CHttpReply ShowEvents(const CAsked& asked, const CClusterView& view);
+
+/// The events as server-sent ones, from what the client had last.
+void StreamEvents(const CAsked& asked);
+/// @}
+
+/// @name The service
+/// @{
 CHttpReply ShowSettings(const CAsked& asked, const CClusterView& view);
 CHttpReply ShowOpenApi(const CAsked& asked, const CClusterView& view);
 CHttpReply ShowMetrics(const CAsked& asked, const CClusterView& view);
 CHttpReply ShowHealth(const CAsked& asked, const CClusterView& view);
 CHttpReply ShowReadiness(const CAsked& asked, const CClusterView& view);
-
-/// The events as server-sent ones, from what the client had last.
-void StreamEvents(const CAsked& asked);
 /// @}
 
 /// The page that shows a running cluster, and the files that it is made of, by their paths. They

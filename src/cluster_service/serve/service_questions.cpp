@@ -1,17 +1,12 @@
 #include <memory>
 #include <string>
-#include <vector>
 
 #include "reference_host/host_settings.h"
 #include "serve/embedded.h"
-#include "serve/list_options.h"
 #include "serve/question.h"
 #include "serve/service_error.h"
 
 namespace {
-
-constexpr uint64_t NUMERIC_EVENTS = 1000;
-constexpr uint64_t NUMERIC_MOST_EVENTS = 10000;
 
 /// Writes also what has its default.
 class CWholeWriter : public CFieldWriter {
@@ -59,27 +54,6 @@ Json::Value ServiceSettings(const CServiceSettings& settings) {
 }
 
 }  // namespace
-
-CHttpReply ShowEvents(const CAsked& asked, const CClusterView& /*view*/) {
-    uint64_t ullSince = 0;
-    uint64_t ullLimit = NUMERIC_EVENTS;
-    std::string strWhy;
-    if (!ReadNumber(asked.request, "since", 0, UINT64_MAX, ullSince, strWhy) ||
-        !ReadNumber(asked.request, "limit", 1, NUMERIC_MOST_EVENTS, ullLimit, strWhy)) {
-        return ErrorReply(EServiceFault::BAD_REQUEST, strWhy);
-    }
-    std::vector<CNumberedEvent> events;
-    const uint64_t ullMissed = asked.context.events.Read(ullSince, ullLimit, events);
-    Json::Value body;
-    Json::Value& shown = body["events"] = Json::Value(Json::arrayValue);
-    for (const CNumberedEvent& event : events) {
-        shown.append(ToJson(event));
-    }
-    body["missed"] = static_cast<Json::UInt64>(ullMissed);
-    body["first"] = static_cast<Json::UInt64>(asked.context.events.GetFirst());
-    body["last"] = static_cast<Json::UInt64>(asked.context.events.GetLast());
-    return {200, JsonLine(body)};
-}
 
 CHttpReply ShowSettings(const CAsked& asked, const CClusterView& /*view*/) {
     Json::Value body;
