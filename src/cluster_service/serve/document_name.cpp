@@ -20,7 +20,7 @@ constexpr const ORVA_STORE_NODE* NODES[] = {
     &STORE_NODE_CG_LIST, &STORE_NODE_CENTER_DB,     &STORE_NODE_MGR,
     &STORE_NODE_VERSION,
 };
-static_assert(std::size(NODES) == std::size(CEnumNames<EDocument>::NAMES));
+static_assert(std::size(NODES) == AllDocuments().size());
 
 constexpr char PSZ_ENGINE[] = "/Engine/";
 

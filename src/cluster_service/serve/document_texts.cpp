@@ -3,8 +3,6 @@
 #include <algorithm>
 #include <utility>
 
-#include "serve/document_name.h"
-
 namespace {
 
 std::size_t IndexOf(EDocument eDocument) {
@@ -15,9 +13,8 @@ std::size_t IndexOf(EDocument eDocument) {
 
 CDocumentTexts::CDocumentTexts() {
     Texts texts;
-    for (std::size_t ui = 0; ui < NUMERIC_DOCUMENTS; ++ui) {
-        const auto eDocument = static_cast<EDocument>(ui);
-        m_known[ui].strPath = StorePath(StoreDocumentOf(eDocument));
+    for (const EDocument eDocument : AllDocuments()) {
+        m_known[IndexOf(eDocument)].strPath = StorePath(StoreDocumentOf(eDocument));
         texts[NameOf(eDocument)].bReadable = false;
     }
     m_pTexts = std::make_shared<const Texts>(std::move(texts));

@@ -1,24 +1,21 @@
 #pragma once
 
 #include <array>
-#include <cstddef>
 #include <cstdint>
 #include <map>
 #include <memory>
 #include <mutex>
 #include <string>
 
-#include "cluster_engine/input.h"
 #include "reference_host/store.h"
 #include "serve/cluster_view.h"
+#include "serve/document_name.h"
 
 /// The texts of the cluster's documents, as far as this service knows: what it read last, or wrote
 /// itself since. Callable from any thread.
 class CDocumentTexts {
 public:
     using Texts = std::map<std::string, CStoredDocument>;  ///< by the name of the document
-
-    static constexpr std::size_t NUMERIC_DOCUMENTS = std::size(CEnumNames<EDocument>::NAMES);
 
     CDocumentTexts();
 
@@ -46,7 +43,7 @@ private:
     CStoredDocument DocumentLocked(EDocument eDocument) const;
     void SetLocked(EDocument eDocument, CStoredDocument document);
 
-    mutable std::mutex m_mutex;  ///< guards everything below
-    std::array<CKnown, NUMERIC_DOCUMENTS> m_known;
+    mutable std::mutex m_mutex;                         ///< guards everything below
+    std::array<CKnown, AllDocuments().size()> m_known;  ///< by EDocument
     std::shared_ptr<const Texts> m_pTexts;
 };

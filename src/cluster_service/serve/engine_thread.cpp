@@ -38,8 +38,7 @@ bool IsWork(const InputBody& input) {
 /// What is wrong with the documents themselves.
 std::string FaultsOf(const CDocumentTexts::Texts& texts) {
     std::string strFaults;
-    for (std::size_t ui = 0; ui < CDocumentTexts::NUMERIC_DOCUMENTS; ++ui) {
-        const auto eDocument = static_cast<EDocument>(ui);
+    for (const EDocument eDocument : AllDocuments()) {
         const std::string strText = texts.at(NameOf(eDocument)).text.value_or("");
         const CStoreDocument& document = StoreDocumentOf(eDocument);
         const auto fault = strText.empty() ? std::nullopt : FindRefusal(document, strText);

@@ -1,6 +1,4 @@
 #include <algorithm>
-#include <cstddef>
-#include <iterator>
 #include <optional>
 #include <vector>
 
@@ -25,9 +23,9 @@ const CPluginView* FindPlugin(const CClusterView& view, const std::string& strNa
 std::vector<EDocument> DocumentsOf(const CAsked& asked) {
     const auto it = asked.path.find("document");
     std::vector<EDocument> documents;
-    for (std::size_t ui = 0; ui < std::size(CEnumNames<EDocument>::NAMES); ++ui) {
-        if (it == asked.path.end() || it->second == CEnumNames<EDocument>::NAMES[ui]) {
-            documents.push_back(static_cast<EDocument>(ui));
+    for (const EDocument eDocument : AllDocuments()) {
+        if (it == asked.path.end() || it->second == NameOf(eDocument)) {
+            documents.push_back(eDocument);
         }
     }
     return documents;

@@ -5,8 +5,8 @@
 #include "serve/document_name.h"
 
 void CStoreWatch::Look() {
-    for (std::size_t ui = 0; ui < CDocumentTexts::NUMERIC_DOCUMENTS; ++ui) {
-        Look(static_cast<EDocument>(ui));
+    for (const EDocument eDocument : AllDocuments()) {
+        Look(eDocument);
     }
 }
 

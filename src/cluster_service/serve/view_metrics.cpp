@@ -117,9 +117,7 @@ void AddPlugins(Families& families, const CClusterView& view) {
 void AddDocuments(Families& families, const CClusterView& view) {
     CGauge size("cluster_document_bytes", "Size of the document as stored.");
     CGauge limit("cluster_document_limit_bytes", "The largest size that the document may have.");
-    constexpr std::size_t DOCUMENTS = std::size(CEnumNames<EDocument>::NAMES);
-    for (std::size_t i = 0; i < DOCUMENTS; ++i) {
-        const auto eDocument = static_cast<EDocument>(i);
+    for (const EDocument eDocument : AllDocuments()) {
         limit.Add("document", NameOf(eDocument), StoreDocumentOf(eDocument).GetMaxSize());
         const auto it = view.pDocuments->find(NameOf(eDocument));
         if (it != view.pDocuments->end()) {
