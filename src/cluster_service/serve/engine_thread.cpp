@@ -27,7 +27,7 @@ bool AnyInput(const std::vector<CInputBatch>& batches, const Predicate& isWanted
 
 /// Reports, and what changes nothing.
 bool IsSlight(const InputBody& input) {
-    return IsOneOf<CNodeReport, CContainerReport, CNvrReport, CDryRun, CExplain>(input);
+    return IsReport(input) || IsOneOf<CDryRun, CExplain>(input);
 }
 
 /// Work, which changes no document that has a view of its own.

@@ -7,12 +7,6 @@
 
 namespace {
 
-bool IsReport(const InputBody& input) {
-    return std::holds_alternative<CNodeReport>(input) ||
-           std::holds_alternative<CContainerReport>(input) ||
-           std::holds_alternative<CNvrReport>(input);
-}
-
 /// A tick takes nobody's room.
 std::size_t CountOf(const CInputBatch& batch) {
     return std::holds_alternative<CTick>(batch.inputs.front()) ? 0 : batch.inputs.size();
@@ -28,6 +22,12 @@ CInputBatch BatchOf(std::vector<InputBody> inputs, OnAnswers onAnswers) {
 }
 
 }  // namespace
+
+bool IsReport(const InputBody& input) {
+    return std::holds_alternative<CNodeReport>(input) ||
+           std::holds_alternative<CContainerReport>(input) ||
+           std::holds_alternative<CNvrReport>(input);
+}
 
 CInputQueue::EPush CInputQueue::Push(std::vector<InputBody> inputs, OnAnswers onAnswers) {
     const std::lock_guard<std::mutex> guard(m_mutex);

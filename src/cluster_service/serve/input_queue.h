@@ -24,6 +24,9 @@ struct CInputBatch {
     OnAnswers onAnswers;
 };
 
+/// Is it what an agent tells of itself?
+bool IsReport(const InputBody& input);
+
 /// What waits for the engine's thread. Any thread pushes, the engine's takes.
 class CInputQueue {
 public:
