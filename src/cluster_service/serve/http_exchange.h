@@ -53,7 +53,7 @@ public:
     void EndRest();
 
 private:
-    enum class EPhase { HEAD, BODY, TOO_LATE, ASKED };
+    enum class EPhase { HEAD, BODY, ASKED, TOO_LATE };
 
     /// False when the request is to be refused without waiting for its body.
     bool TakeHead(const char* pszMethod);

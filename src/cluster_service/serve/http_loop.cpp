@@ -39,8 +39,8 @@ struct CDaemonDeleter {
 
 /// A client's connection and the request on it.
 struct CConnection {
-    CClient client;  ///< whose socket libmicrohttpd has
-    int iSocket = -1;
+    CClient client;                            ///< whose socket libmicrohttpd has
+    int iSocket = -1;                          ///< that one
     std::optional<CHttpExchange> exchange;     ///< once the first line of a request is here
     Clock::time_point without = Clock::now();  ///< since when there is none
 };

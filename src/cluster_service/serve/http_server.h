@@ -21,7 +21,7 @@ struct CHttpLimits {
 
 /// What a server tells of itself, on its threads.
 struct CHttpNews {
-    /// A burst of requests has come; all of them are with the handler.
+    /// Requests may have come, and all that have are with the handler: after each turn of a loop.
     std::function<void()> onAsked = [] {};
 
     /// A request was refused before any handler, with the error of that name.

@@ -33,13 +33,14 @@ public:
     enum class EPush {
         TAKEN,
         FULL,    ///< so many inputs wait that these are refused
-        CLOSED,  ///< no input is taken: the service is stopping, or its lock is gone
+        CLOSED,  ///< no input is taken: the service is stopping, or its hold is lost
     };
 
     explicit CInputQueue(std::size_t uiMaxInputs) : m_uiMaxInputs(uiMaxInputs) {}
 
-    /// Refused inputs are not kept. A batch is taken whole or not at all; onAnswers of a refused
-    /// one is never called. One with more inputs than may wait at all is always refused.
+    /// A batch, of one input at least, is taken whole or not at all; onAnswers of a refused one is
+    /// never called. One with more inputs than may wait at all is always refused. Take hears of it
+    /// by HandOver, at its deadline or with the next tick.
     EPush Push(std::vector<InputBody> inputs, OnAnswers onAnswers);
 
     /// Wakes Take for what was pushed: once for many, when there is nothing more to push at once.

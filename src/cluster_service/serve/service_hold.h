@@ -32,8 +32,8 @@ public:
     /// Can the store be asked who has it?
     bool CanBeAsked();
 
-    /// The store is let go of, and with its end the cluster: to ask a store that may be gone could
-    /// take longer than there is.
+    /// Lets go of the store; the hold ends when the store does. It is not released before: a store
+    /// that may be gone could let that take longer than there is.
     void LetGo();
 
 private:
