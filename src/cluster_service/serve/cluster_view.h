@@ -75,12 +75,12 @@ public:
     CPublishedView() : m_pView(std::make_shared<const CClusterView>()) {}
 
     ViewPointer Get() const {
-        const std::lock_guard<std::mutex> lock(m_mutex);
+        const std::lock_guard<std::mutex> guard(m_mutex);
         return m_pView;
     }
 
     void Publish(ViewPointer pView) {
-        const std::lock_guard<std::mutex> lock(m_mutex);
+        const std::lock_guard<std::mutex> guard(m_mutex);
         if (!m_bClosed) {
             m_pView.swap(pView);
         }
@@ -88,7 +88,7 @@ public:
 
     /// From now on nothing can be asked, whatever is published.
     void Close(std::string strWhy) {
-        const std::lock_guard<std::mutex> lock(m_mutex);
+        const std::lock_guard<std::mutex> guard(m_mutex);
         auto pView = std::make_shared<CClusterView>(*m_pView);
         pView->strNotReady = std::move(strWhy);
         ++pView->ullNumber;

@@ -21,7 +21,7 @@ uint64_t FirstEventNumber() {
 }
 
 void CEventLog::Take(const CEvent& event) {
-    const std::lock_guard<std::mutex> lock(m_mutex);
+    const std::lock_guard<std::mutex> guard(m_mutex);
     m_events.push_back({++m_ullLast, event});
     if (m_events.size() > m_uiKept) {
         m_events.pop_front();
@@ -29,7 +29,7 @@ void CEventLog::Take(const CEvent& event) {
 }
 
 void CEventLog::Publish() {
-    const std::lock_guard<std::mutex> lock(m_mutex);
+    const std::lock_guard<std::mutex> guard(m_mutex);
     if (m_ullPublished == m_ullLast) {
         return;
     }
@@ -39,40 +39,40 @@ void CEventLog::Publish() {
     }
 }
 
-bool CEventLog::IsOfAnotherLife(uint64_t ullNumber) const {
+bool CEventLog::IsOfAnotherLifeLocked(uint64_t ullNumber) const {
     return ullNumber != 0 && (ullNumber < m_ullBegin || ullNumber > m_ullPublished);
 }
 
 uint64_t CEventLog::Read(uint64_t& ullSince, std::size_t uiMost,
                          std::vector<CNumberedEvent>& events) const {
-    const std::lock_guard<std::mutex> lock(m_mutex);
-    const bool bOfAnotherLife = IsOfAnotherLife(ullSince);
+    const std::lock_guard<std::mutex> guard(m_mutex);
+    const bool bOfAnotherLife = IsOfAnotherLifeLocked(ullSince);
     const uint64_t ullFrom = bOfAnotherLife ? m_ullBegin : std::max(ullSince, m_ullBegin);
-    ullSince = std::min(std::max(ullFrom, GetGone()), m_ullPublished);
+    ullSince = std::min(std::max(ullFrom, GetGoneLocked()), m_ullPublished);
     const uint64_t ullMissed = ullSince - ullFrom + (bOfAnotherLife ? 1 : 0);
     for (; ullSince < m_ullPublished && events.size() < uiMost; ++ullSince) {
-        events.push_back(m_events[ullSince - GetGone()]);
+        events.push_back(m_events[ullSince - GetGoneLocked()]);
     }
     return ullMissed;
 }
 
 uint64_t CEventLog::GetFirst() const {
-    const std::lock_guard<std::mutex> lock(m_mutex);
-    return std::min(GetGone(), m_ullPublished) + 1;
+    const std::lock_guard<std::mutex> guard(m_mutex);
+    return std::min(GetGoneLocked(), m_ullPublished) + 1;
 }
 
 uint64_t CEventLog::GetLast() const {
-    const std::lock_guard<std::mutex> lock(m_mutex);
+    const std::lock_guard<std::mutex> guard(m_mutex);
     return m_ullPublished;
 }
 
 uint64_t CEventLog::Listen(std::function<void()> wake) {
-    const std::lock_guard<std::mutex> lock(m_mutex);
+    const std::lock_guard<std::mutex> guard(m_mutex);
     m_listeners.emplace(++m_ullListener, std::move(wake));
     return m_ullListener;
 }
 
 void CEventLog::Forget(uint64_t ullListener) {
-    const std::lock_guard<std::mutex> lock(m_mutex);
+    const std::lock_guard<std::mutex> guard(m_mutex);
     m_listeners.erase(ullListener);
 }

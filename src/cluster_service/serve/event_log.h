@@ -55,10 +55,10 @@ public:
     void Forget(uint64_t ullListener);
 
 private:
-    bool IsOfAnotherLife(uint64_t ullNumber) const;
+    bool IsOfAnotherLifeLocked(uint64_t ullNumber) const;
 
     /// The number of the last event that is gone.
-    uint64_t GetGone() const { return m_ullLast - m_events.size(); }
+    uint64_t GetGoneLocked() const { return m_ullLast - m_events.size(); }
 
     const uint64_t m_ullBegin;  ///< the number before the first
     const std::size_t m_uiKept;
