@@ -25,6 +25,18 @@ def test_a_second_service_is_refused_and_told_who_holds_the_cluster(make_service
     assert len(Api(second.url).get("/api/v1/nodes")["nodes"]) == 24
 
 
+def test_a_service_that_waits_for_the_cluster_ends_in_order_when_it_is_asked(make_service,
+                                                                             zookeeper):
+    name = f"zookeeper:{zookeeper.address}"
+    make_service(name).start()
+    second = make_service(name, filled=False)
+    second.launch()
+    await_true(lambda: "waiting in case that it is gone" in second.logged(), "waiting")
+    second.signal(signal.SIGTERM)
+    assert second.wait() == 1
+    assert "ended at once" not in second.logged()
+
+
 def test_another_cluster_of_the_same_store_is_free(make_service, zookeeper):
     name = f"zookeeper:{zookeeper.address}"
     make_service(name).start()
