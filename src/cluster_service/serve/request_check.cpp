@@ -8,7 +8,6 @@ namespace {
 
 constexpr std::size_t NUMERIC_MAX_URL_BYTES = 8192;
 constexpr std::size_t NUMERIC_MAX_HEADER_BYTES = 8192;
-constexpr std::size_t NUMERIC_SHOWN_BYTES = 200;
 constexpr char PSZ_JSON[] = "application/json";
 constexpr char PSZ_SCHEME[] = "http://";
 
@@ -29,14 +28,6 @@ bool IsJson(const std::string& strContentType) {
     const std::size_t uiLast = strType.find_last_not_of(" \t");
     return uiLast != std::string::npos &&
            strcasecmp(strType.substr(0, uiLast + 1).c_str(), PSZ_JSON) == 0;
-}
-
-/// What a client sent, fit for an answer to it.
-std::string Shown(std::string strText) {
-    strText.resize(std::min(strText.size(), NUMERIC_SHOWN_BYTES));
-    std::replace_if(
-        strText.begin(), strText.end(), [](char c) { return c < ' ' || c > '~'; }, '?');
-    return strText;
 }
 
 std::string MoreThan(std::size_t uiBytes) {
@@ -61,13 +52,13 @@ std::optional<CRequestFault> FindFault(const CRequestHead& head,
         return CRequestFault{EServiceFault::BAD_REQUEST, "there must be one Host"};
     }
     if (!IsOneOf(hosts, head.strHost)) {
-        return CRequestFault{EServiceFault::FOREIGN_HOST, Shown(head.strHost)};
+        return CRequestFault{EServiceFault::FOREIGN_HOST, ShownAgain(head.strHost)};
     }
     if (head.origin.has_value() && !IsOurs(hosts, *head.origin)) {
-        return CRequestFault{EServiceFault::FOREIGN_ORIGIN, Shown(*head.origin)};
+        return CRequestFault{EServiceFault::FOREIGN_ORIGIN, ShownAgain(*head.origin)};
     }
     if (head.bBody && !IsJson(head.strContentType)) {
-        return CRequestFault{EServiceFault::NOT_JSON, Shown(head.strContentType)};
+        return CRequestFault{EServiceFault::NOT_JSON, ShownAgain(head.strContentType)};
     }
     if (head.ullBodyBytes > uiMaxBodyBytes) {
         return BodyTooLarge(uiMaxBodyBytes);

@@ -6,18 +6,11 @@
 #include <utility>
 #include <vector>
 
-#include "cluster_engine/json_fields.h"
 #include "serve/route.h"
 #include "serve/service_error.h"
 #include "serve/url_path.h"
 
 namespace {
-
-/// What a client sent, fit to be shown to it.
-std::string Shown(const std::string& strText) {
-    constexpr std::size_t NUMERIC_MOST = 200;
-    return strText.size() <= NUMERIC_MOST && IsUtf8(strText) ? strText : "";
-}
 
 /// Browsers and probes add words of their own to what does not lie below "/api/".
 bool HasUnknownParameter(const CRoute& route, const CHttpRequest& request, std::string& strBad) {
@@ -27,7 +20,7 @@ bool HasUnknownParameter(const CRoute& route, const CHttpRequest& request, std::
     for (const auto& parameter : request.query) {
         if (std::find(route.query.begin(), route.query.end(), parameter.first) ==
             route.query.end()) {
-            strBad = Shown(parameter.first);
+            strBad = ShownAgain(parameter.first);
             return true;
         }
     }
@@ -62,7 +55,7 @@ public:
 private:
     static CHttpReply NoRoute(const CHttpRequest& request, std::set<std::string> allowed) {
         if (allowed.empty()) {
-            return ErrorReply(EServiceFault::UNKNOWN_PATH, Shown(request.strPath));
+            return ErrorReply(EServiceFault::UNKNOWN_PATH, ShownAgain(request.strPath));
         }
         if (allowed.count("GET") != 0) {
             allowed.insert("HEAD");
@@ -71,7 +64,7 @@ private:
         for (const std::string& strMethod : allowed) {
             strAllow += (strAllow.empty() ? "" : ", ") + strMethod;
         }
-        CHttpReply reply = ErrorReply(EServiceFault::WRONG_METHOD, Shown(request.strMethod));
+        CHttpReply reply = ErrorReply(EServiceFault::WRONG_METHOD, ShownAgain(request.strMethod));
         reply.headers["Allow"] = strAllow;
         return reply;
     }

@@ -9,6 +9,7 @@
 namespace {
 
 constexpr unsigned int NUMERIC_COME_BACK = 503;
+constexpr std::size_t NUMERIC_SHOWN_BYTES = 200;
 
 /// By EFault.
 constexpr unsigned int STATUSES[] = {
@@ -124,6 +125,10 @@ CHttpReply ErrorReply(EFault eFault, const std::string& strAbout) {
 CHttpReply ErrorReply(EServiceFault eFault, const std::string& strAbout) {
     const CServiceFault& fault = Of(eFault);
     return MakeReply(fault.uiStatus, JsonText(CErrorBody{{fault.text, strAbout}}));
+}
+
+std::string ShownAgain(const std::string& strSent) {
+    return strSent.size() <= NUMERIC_SHOWN_BYTES && IsUtf8(strSent) ? strSent : "";
 }
 
 CHttpReply AnswerReply(EFault eFault, std::string strBody) {

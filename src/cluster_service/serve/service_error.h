@@ -45,6 +45,9 @@ CHttpReply ErrorReply(EFault eFault, const std::string& strAbout);
 CHttpReply ErrorReply(EServiceFault eFault, const std::string& strAbout);
 /// @}
 
+/// What a client sent, as an error may be about it: nothing when it is long or no UTF-8.
+std::string ShownAgain(const std::string& strSent);
+
 /// The whole reply to an input that the engine answered so.
 CHttpReply AnswerReply(EFault eFault, std::string strBody);
 
