@@ -14,8 +14,8 @@ struct CHttpLimits {
     unsigned int uiConnections = 2000;  ///< who comes as one more is told so, and leaves
 
     /// A connection that neither sends nor takes for so long ends, and so does one whose request
-    /// takes so long to arrive. A request that has no answer after that time gets an error: nobody
-    /// waits for ever for a handler.
+    /// takes so long to arrive from its first line on; that line may take twice as long. A request
+    /// that has no answer after that time gets an error: nobody waits for ever for a handler.
     unsigned int uiSeconds = 30;
 };
 
