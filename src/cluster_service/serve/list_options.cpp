@@ -45,7 +45,9 @@ bool ReadFields(const CHttpRequest& request, const std::vector<std::string>& nam
             }
             return false;
         }
-        fields.push_back(strField);
+        if (std::find(fields.begin(), fields.end(), strField) == fields.end()) {
+            fields.push_back(strField);
+        }
     }
     return true;
 }
