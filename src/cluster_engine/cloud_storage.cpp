@@ -101,6 +101,18 @@ EFault FaultOf(int iCode) {
     }
 }
 
+/// What the plug-in has against a request, as far as its code says.
+std::string ReasonOf(int iCode) {
+    switch (iCode) {
+        case ORVA_XML_INVALID:
+            return "xml: the plug-in cannot read it";
+        case ORVA_PARA_INVALID:
+            return "the plug-in does not allow one of the values";
+        default:
+            return "the plug-in answers with code " + std::to_string(iCode);
+    }
+}
+
 std::string InWords(const CStorageShare& share) {
     std::string strText;
     for (const auto& [strPool, llSize] : share.sizes) {
@@ -143,7 +155,7 @@ CAnswer TakeShares(CCluster& cluster, CPluginRecord& plugin, const CCallResult& 
         return CAnswer::Refuse(result.eFault, result.strWhy);
     }
     if (result.iCode != ORVA_SUCCEED) {
-        return CAnswer::Refuse(FaultOf(result.iCode), "code " + std::to_string(result.iCode));
+        return CAnswer::Refuse(FaultOf(result.iCode), ReasonOf(result.iCode));
     }
     HandOut(cluster, shares, bReleased);
     CAnswer answer;

@@ -4,6 +4,15 @@
 
 #include "common_service/tarn_def.h"
 
+namespace {
+
+std::string WhyUnreadable(int iCode) {
+    return iCode == ORVA_DATA_INVALID ? "not the data that is expected"
+                                      : "code " + std::to_string(iCode);
+}
+
+}  // namespace
+
 std::string LibraryText(CBaseJsonObject& document) {
     std::string strText(std::size_t{2} * NUMERIC_DOCUMENT_BYTES, '\0');
     document.ToJson(strText.data(), static_cast<uint32_t>(strText.size()));
@@ -20,7 +29,7 @@ CAnswer ReadLibraryDocument(CCluster& cluster, const ORVA_STORE_NODE& node,
     }
     return cluster.host.gate.GetFailures() != ullFailures
                ? CAnswer::Refuse(EFault::STORE_FAILED, node.pszSuffix)
-               : RefuseText(cluster, node, "code " + std::to_string(iCode));
+               : RefuseText(cluster, node, WhyUnreadable(iCode));
 }
 
 CAnswer WriteLibraryDocument(CCluster& cluster, const ORVA_STORE_NODE& node,

@@ -326,8 +326,10 @@ CAnswer AnswerMoves(CHandWork& work, const CManualPlan& plan) {
         }
     }
     answer.bInPart = !plan.bound.empty() && plan.bound.size() != work.results.size();
-    answer.eFault =
-        plan.bound.empty() && !work.results.empty() ? EFault::REFUSED_BY_RULE : EFault::NONE;
+    if (plan.bound.empty() && !work.results.empty()) {
+        answer.eFault = EFault::REFUSED_BY_RULE;
+        answer.strAbout = "the fault of each task";
+    }
     answer.tasks = std::move(work.results);
     return answer;
 }
@@ -406,6 +408,7 @@ CAnswer EndTasks(CCluster& cluster, const CEndTasks& end) {
         return CAnswer::Refuse(EFault::STORE_AWAY, "");
     }
     CAnswer answer;
+    bool bAnyUnknown = false;
     std::map<CContainerAddr, std::list<std::string>> ended;
     for (const std::string& strTaskId : end.tasks) {
         CTaskResult result;
@@ -413,7 +416,7 @@ CAnswer EndTasks(CCluster& cluster, const CEndTasks& end) {
         const CContainerAddr* const pHolder = cluster.assignments.Holder(end.strType, strTaskId);
         if (pHolder == nullptr) {
             result.strFault = TextOf(EFault::UNKNOWN_TASK).pszName;
-            answer.bInPart = true;
+            bAnyUnknown = true;
         } else {
             result.eResult = ETaskResult::ENDED;
             ended[*pHolder].push_back(strTaskId);
@@ -431,9 +434,8 @@ CAnswer EndTasks(CCluster& cluster, const CEndTasks& end) {
     if (!ended.empty()) {
         cluster.state.roomAppeared.insert(end.strType);
     }
-    if (ended.empty() && !end.tasks.empty()) {
-        answer.eFault = EFault::UNKNOWN_TASK;
-    }
+    answer.bInPart = bAnyUnknown && !ended.empty();
+    answer.eFault = bAnyUnknown && ended.empty() ? EFault::UNKNOWN_TASK : EFault::NONE;
     return answer;
 }
 

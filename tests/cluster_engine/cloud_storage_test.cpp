@@ -145,8 +145,12 @@ TEST_F(CloudStorage, ReductionGoesTheSameWay) {
 
 TEST_F(CloudStorage, BadRequestsAreNamed) {
     EXPECT_EQ(Do(CStorageAllocate{"<Cloud"}).eFault, EFault::BAD_INPUT);
-    EXPECT_EQ(Do(CStorageAllocate{"<Other/>"}).eFault, EFault::BAD_INPUT);
-    EXPECT_EQ(Allocate("nobody", 1).eFault, EFault::REFUSED_BY_RULE);
+    const CAnswer unreadable = Do(CStorageAllocate{"<Other/>"});
+    EXPECT_EQ(unreadable.eFault, EFault::BAD_INPUT);
+    EXPECT_EQ(unreadable.strAbout, "xml: the plug-in cannot read it");
+    const CAnswer unknown = Allocate("nobody", 1);
+    EXPECT_EQ(unknown.eFault, EFault::REFUSED_BY_RULE);
+    EXPECT_EQ(unknown.strAbout, "the plug-in does not allow one of the values");
     EXPECT_EQ(Reduce(2, 1).eFault, EFault::REFUSED_BY_RULE);
     EXPECT_EQ(Do(CStorageSave{"nobody"}).eFault, EFault::UNKNOWN_CONTAINER);
 }

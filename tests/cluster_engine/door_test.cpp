@@ -39,6 +39,7 @@ protected:
     std::string FaultOfMove(const CManualMove& move) {
         const CAnswer answer = Do(CManualShift{"MeroRecord", {move}});
         EXPECT_EQ(answer.eFault, EFault::REFUSED_BY_RULE);
+        EXPECT_EQ(answer.strAbout, "the fault of each task");
         return answer.tasks.at(0).strFault;
     }
 };
@@ -76,6 +77,7 @@ TEST_F(Door, AMillionTasksAreTooMany) {
 TEST_F(Door, EndsOfTasksThatAreNoneAreNamed) {
     Refuse(CEndTasks{"MeroRecord", {"x"}}, EFault::UNKNOWN_TASK, "");
     Refuse(CEndTasks{"Else", {"a"}}, EFault::UNKNOWN_TASK, "");
+    EXPECT_FALSE(Do(CEndTasks{"MeroRecord", {"x", "y"}}).bInPart) << "nothing holds";
     Refuse(CEndTasks{"MeroRecord", {"a", "a"}}, EFault::BAD_INPUT, "tasks: one stands twice");
     Refuse(CEndTasks{"MeroRecord", std::vector<std::string>(101, "a")}, EFault::TOO_MUCH, "tasks");
     const CAnswer answer = Must(CEndTasks{"MeroRecord", {"a", "x"}});
