@@ -107,6 +107,13 @@ struct __attribute__((visibility("hidden"))) CSqliteStore::CState {
     int TakeName(const std::string& strPath, CSqliteHold& hold);
     int Hold(const std::string& strPath, const std::string& strText, CStoreAnswer& holder);
     int FindHolder(const std::string& strPath, CStoreAnswer& holder);
+    bool IsTakenAway();
+
+    /// Nothing is there to write to, or something else than what was opened.
+    bool IsGone() const {
+        return pDatabase != nullptr ? IsSqliteFileGone(pDatabase.get())
+                                    : !IsSqliteFileThere(strFile);
+    }
 
     std::string Reason(int iCode) const { return strFile + ": " + ReasonOfSqlite(iCode); }
 
@@ -173,7 +180,7 @@ int CSqliteStore::CState::Write(const std::vector<CStoreCondition>& conditions,
     const auto iWanted = std::find_if(conditions.begin(), conditions.end(), [](const auto& each) {
         return each.iVersion != STORE_VERSION_ABSENT;
     });
-    if (!IsSqliteFileThere(strFile) && iWanted != conditions.end()) {
+    if (iWanted != conditions.end() && IsGone()) {
         return STORE_CONDITION_FAILED;
     }
     int iRet = Connect(true);
@@ -289,11 +296,17 @@ int CSqliteStore::CState::Hold(const std::string& strPath, const std::string& st
     return iRet;
 }
 
+/// Whether the file was opened and nothing has its name any more.
+bool CSqliteStore::CState::IsTakenAway() {
+    const std::lock_guard<std::mutex> guard(mutex);
+    return pDatabase != nullptr && !IsSqliteFileThere(strFile);
+}
+
 /// The text of a name that is held but not told yet is soon there, unless its holder hangs.
 int CSqliteStore::CState::FindHolder(const std::string& strPath, CStoreAnswer& holder) {
     for (unsigned int uiWaitedMs = 0;; uiWaitedMs += NUMERIC_LOOK_PAUSE_MS) {
         EHeld eHeld = EHeld::NO;
-        int iRet = CSqliteHold::Look(strFile, strPath, eHeld);
+        int iRet = IsTakenAway() ? SQLITE_CANTOPEN : CSqliteHold::Look(strFile, strPath, eHeld);
         if (iRet == SQLITE_OK && eHeld == EHeld::UNTOLD && uiWaitedMs < uiBusyTimeoutMs) {
             sqlite3_sleep(static_cast<int>(NUMERIC_LOOK_PAUSE_MS));
             continue;

@@ -107,6 +107,16 @@ TEST_F(SqliteFile, ThatSomeoneElseCreatesMeanwhileIsRead) {
     EXPECT_EQ(ReadFrom(*pStore).text, "[1]");
 }
 
+TEST_F(SqliteFile, ThatAnotherHasReplacedIsWrittenNoMore) {
+    Fill("[1]");
+    const auto pStore = Open();
+    ASSERT_NE(pStore, nullptr);
+    fs::rename(m_strFile, m_dir.File("former"));
+    Fill("[2]");
+    EXPECT_EQ(pStore->Commit({{"/top/a", 1}}, {{"/top/a", "[3]"}}), STORE_CONDITION_FAILED);
+    EXPECT_EQ(ReadFrom(*Open()).text, "[2]");
+}
+
 TEST_F(SqliteFile, IsMarkedAsAStores) {
     Fill("[1]");
     EXPECT_EQ(BytesOf(m_strFile).substr(68, 4), "ORVA");

@@ -125,6 +125,16 @@ TEST_F(SqliteHold, FileIsMadeByTheFirstHoldAndNotByALook) {
     EXPECT_EQ(HolderOf(*Open()), "mine");
 }
 
+TEST_F(SqliteHold, FileThatIsTakenAwayCannotBeAskedWhoHoldsIt) {
+    const auto pStore = Open();
+    CStoreAnswer holder;
+    ASSERT_EQ(Hold(*pStore, holder), 0);
+    std::filesystem::rename(m_strFile, m_dir.File("away"));
+    EXPECT_EQ(pStore->FindHolder(PSZ_NAME, holder), SQLITE_CANTOPEN);
+    std::filesystem::rename(m_dir.File("away"), m_strFile);
+    EXPECT_EQ(HolderOf(*pStore), "mine");
+}
+
 TEST_F(SqliteHold, NameIsTheSameByWhateverPathTheFileIsReached) {
     const auto pStore = Open();
     CStoreAnswer holder;

@@ -5,6 +5,7 @@ import signal
 import sqlite3
 import threading
 import time
+from pathlib import Path
 
 import pytest
 import requests
@@ -123,6 +124,40 @@ def test_a_full_disk_refuses_jobs_and_keeps_what_was_promised(make_service, tmp_
     service.limit = lambda: None
     service.start()
     assert placed <= set(where(Api(service.url), "MeroRecord"))
+
+
+@pytest.fixture
+def without_its_file(service, api):
+    """A service with a task, whose store is elsewhere and which has noticed that."""
+    path = Path(service.store.removeprefix("sqlite:"))
+    away = path.parent / "away"
+    with Agents(service.url):
+        await_settled(api)
+        await_placed(api, "before")
+        away.mkdir()
+        for one in path.parent.glob(path.name + "*"):
+            one.rename(away / one.name)
+        assert await_refused(api, "meanwhile") in GONE
+        await_true(lambda: not service.is_ready(), "noticed")
+        yield away, path.parent
+
+
+def test_a_file_that_is_taken_away_is_waited_for(without_its_file, service, api):
+    away, folder = without_its_file
+    assert fault_of_job(api, "meanwhile") in GONE
+    for one in away.iterdir():
+        one.rename(folder / one.name)
+    await_placed(api, "after")
+    assert set(where(api, "MeroRecord")) == {"before", "after"}
+    assert service.process.poll() is None
+
+
+def test_a_file_that_takes_the_place_of_the_stores_is_read_anew(without_its_file, service, api):
+    service.import_sample()
+    await_placed(api, "after")
+    service.kill()
+    service.start()
+    assert "after" in where(api, "MeroRecord"), "what was promised is in the new file"
 
 
 def test_a_locked_file_is_waited_for_or_refused_and_works_again(service, api):

@@ -243,6 +243,12 @@ bool IsSqliteFileThere(const std::string& strFile) {
            std::filesystem::file_type::not_found;
 }
 
+bool IsSqliteFileGone(sqlite3* pDatabase) {
+    int iMoved = 0;
+    sqlite3_file_control(pDatabase, "main", SQLITE_FCNTL_HAS_MOVED, &iMoved);
+    return iMoved != 0;
+}
+
 int CheckSqliteFolder(const std::string& strFile) {
     std::error_code error;
     const std::string strFolder = FolderOf(strFile);

@@ -68,6 +68,10 @@ int CompleteSqliteFile(sqlite3* pDatabase);
 /// Whether there is anything of that name.
 bool IsSqliteFileThere(const std::string& strFile);
 
+/// Whether the file that is open no longer has the name under which it was opened: it was removed,
+/// renamed or replaced.
+bool IsSqliteFileGone(sqlite3* pDatabase);
+
 /// SQLITE_OK for a file that is not there, but could be.
 int CheckSqliteFolder(const std::string& strFile);
 
