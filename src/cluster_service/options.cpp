@@ -323,6 +323,13 @@ void AddCommands(CLI::App& app, const std::vector<std::string>& subjects, COptio
     }
 }
 
+/// Agents report every third of the silence. A service that slept through the rest of it would take
+/// them for silent before they can be heard again: then nobody watched.
+int64_t NobodyWatched(const CEngineSettings& engine) {
+    constexpr int64_t NUMERIC_TICKS_MISSED = 2;  // fewer are a busy machine
+    return std::clamp(engine.iSilence * 2 / 3, NUMERIC_TICKS_MISSED, engine.iNobodyWatched);
+}
+
 /// The word on the command line that stands where a command should; empty if there is none.
 std::string UnknownCommand(const CLI::App& app) {
     const std::vector<std::string> words = app.remaining();
@@ -367,6 +374,7 @@ bool ParseOptions(int argc, char** argv, const std::vector<std::string>& subject
     }
     options.eLogLevel = LOG_LEVELS.at(options.strLogLevel);
     options.bLogWanted = !options.strLogFile.empty() || app.count("--log-level") > 0;
+    options.service.engine.iNobodyWatched = NobodyWatched(options.service.engine);
     if (options.strLibDir.empty()) {
         options.strLibDir = DefaultLibDir();
     }
