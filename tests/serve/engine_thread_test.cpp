@@ -281,6 +281,16 @@ TEST_F(EngineThread, NamesAFullStoreWhereTheAnswerPromisedSomething) {
     EXPECT_EQ(Count(EEvent::PLACED), 1U);
 }
 
+TEST_F(EngineThread, SaysOfWhatCouldNotBeStoredThatItMayTakeEffectLater) {
+    Settle();
+    m_pBroken->Break("/Engine/", CODE_FULL);
+    EXPECT_THAT(Ask(Job("t1")).strAbout, HasSubstr("may still take effect"));
+
+    m_pBroken->Break("", 0);
+    m_pQueue->PushTick();
+    EXPECT_TRUE(ComesTrue([this] { return NodesWith("t1").size() == 1; }));
+}
+
 TEST_F(EngineThread, NamesAStoreThatIsAwayAndGoesOnTakingReports) {
     Settle();
     m_pBroken->Break("/Engine/", CODE_OUT_OF_TIME);

@@ -13,6 +13,9 @@ constexpr std::size_t NUMERIC_INPUTS_A_COMMIT = 256;
 constexpr std::chrono::milliseconds NUMERIC_LONGEST_WAIT{250};  // the watchdog waits too
 constexpr std::chrono::milliseconds NUMERIC_VIEW_OF_REPORTS{100};
 
+/// Of what is done, could not be written, and is tried again with each commit.
+constexpr char PSZ_LATER[] = "it is not stored, but may still take effect when the store is back";
+
 template <typename... Kinds>
 bool IsOneOf(const InputBody& input) {
     return (std::holds_alternative<Kinds>(input) || ...);
@@ -189,7 +192,7 @@ void CEngineThread::Answer(CInputBatch& batch, std::vector<CAnswer> answers,
                            Clock::time_point taken) {
     for (std::size_t ui = 0; ui < answers.size(); ++ui) {
         if (answers[ui].bDurable && m_eCommitFault != EFault::NONE) {
-            answers[ui] = CAnswer::Refuse(m_eCommitFault, "");
+            answers[ui] = CAnswer::Refuse(m_eCommitFault, PSZ_LATER);
         }
         m_context.metrics.CountInput(batch.inputs[ui], answers[ui], taken - batch.entered,
                                      Clock::now() - batch.entered);
