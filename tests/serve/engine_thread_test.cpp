@@ -307,6 +307,19 @@ TEST_F(EngineThread, NamesAStoreThatIsAwayAndGoesOnTakingReports) {
     EXPECT_EQ(FaultOf(Ask(Job("t2"))), EFault::NONE);
 }
 
+TEST_F(EngineThread, ShowsAStoreAsAwayThatIsReadAndTakesNoWrites) {
+    Settle();
+    m_pBroken->Break("/Engine/Assignment", CODE_OUT_OF_TIME);
+    EXPECT_EQ(FaultOf(Ask(Job("t1"))), EFault::STORE_AWAY);
+    m_pQueue->PushTick();
+    EXPECT_TRUE(ComesTrue([this] { return m_view.Get()->engine.bStoreAway; }));
+
+    m_pBroken->Break("", 0);
+    m_pQueue->PushTick();
+    EXPECT_TRUE(ComesTrue([this] { return !m_view.Get()->engine.bStoreAway; }));
+    EXPECT_EQ(NodesWith("t1").size(), 1U);
+}
+
 TEST_F(EngineThread, LivesThroughTheSecondsThatItWorkedThrough) {
     m_settings.engine.iSilence = 3;
     m_settings.engine.iNobodyWatched = 2;

@@ -182,8 +182,9 @@ void CEngineThread::PublishView(CEngineShell& shell, bool bMore) {
     if (!bMore && !bHappened && Clock::now() < m_viewMade + NUMERIC_VIEW_OF_REPORTS) {
         return;
     }
-    m_context.view.Publish(m_eCommitFault == EFault::NONE ? m_pViews->Make()
-                                                          : m_pViews->MakeUncommitted());
+    m_context.view.Publish(m_eCommitFault == EFault::NONE
+                               ? m_pViews->Make()
+                               : m_pViews->MakeUncommitted(m_eCommitFault == EFault::STORE_AWAY));
     m_bViewIsOld = false;
     m_viewMade = Clock::now();
 }

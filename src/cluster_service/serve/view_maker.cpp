@@ -38,9 +38,9 @@ ViewPointer CViewMaker::Make() {
     return Keep(std::move(view));
 }
 
-ViewPointer CViewMaker::MakeUncommitted() {
+ViewPointer CViewMaker::MakeUncommitted(bool bStoreAway) {
     CClusterView view = *m_pLast;
-    view.engine.bStoreAway = m_engine.GetView().bStoreAway;
+    view.engine.bStoreAway = bStoreAway;
     return Keep(std::move(view));
 }
 

@@ -19,8 +19,8 @@ public:
     /// The cluster as it is, right after a commit.
     ViewPointer Make();
 
-    /// The cluster as it was at the last commit, and the store as it is.
-    ViewPointer MakeUncommitted();
+    /// The cluster as it was at the last commit, and whether the store is away now.
+    ViewPointer MakeUncommitted(bool bStoreAway);
 
     /// The same, and why nothing of it can be asked; plug-in files as they are, since one of them
     /// may be why.
