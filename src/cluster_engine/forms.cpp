@@ -34,6 +34,10 @@ bool CFigures::IsBelowZero() const {
     return std::min({iCpu, iMem, iIo, iNet, iDisk}) < 0;
 }
 
+bool CFigures::IsAbove(int32_t iMost) const {
+    return std::max({iCpu, iMem, iIo, iNet, iDisk}) > iMost;
+}
+
 CTaskForm::CTaskForm(const CResourceTask& task)
     : strTaskId(task.GetTaskId()),
       strName(task.GetTaskName()),

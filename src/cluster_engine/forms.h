@@ -22,7 +22,10 @@ struct CFigures {
     bool operator==(const CFigures& other) const;
 
     /// Is any of them?
+    /// @{
     bool IsBelowZero() const;
+    bool IsAbove(int32_t iMost) const;
+    /// @}
 
     template <typename F, typename S>
     static void Fields(F& form, S& self) {

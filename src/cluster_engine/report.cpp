@@ -1,6 +1,7 @@
 #include "cluster_engine/report.h"
 
 #include <algorithm>
+#include <limits>
 #include <set>
 #include <unordered_set>
 #include <utility>
@@ -16,6 +17,9 @@
 namespace {
 
 constexpr std::size_t NUMERIC_SAMPLES = 3;
+
+/// The library adds up that many samples, and to the newest what new tasks cost, in 32 bits.
+constexpr int32_t NUMERIC_MOST_FIGURE = std::numeric_limits<int32_t>::max() / 4;
 
 /// A container's report on its way into the registry.
 struct CIntake {
@@ -62,6 +66,10 @@ CAnswer CheckFigures(const std::optional<CFigures>& total, const std::optional<C
     }
     if (total && (total->IsBelowZero() || used->IsBelowZero())) {
         return CAnswer::Refuse(EFault::BAD_INPUT, "total and used: must not be below 0");
+    }
+    if (total && (total->IsAbove(NUMERIC_MOST_FIGURE) || used->IsAbove(NUMERIC_MOST_FIGURE))) {
+        return CAnswer::Refuse(EFault::BAD_INPUT, "total and used: must not be above " +
+                                                      std::to_string(NUMERIC_MOST_FIGURE));
     }
     return {};
 }

@@ -1,3 +1,5 @@
+#include <limits>
+
 #include "cluster_engine/assignments.h"
 #include "cluster_engine/engine_fixture.h"
 #include "cluster_engine/test_agent.h"
@@ -308,6 +310,9 @@ TEST_F(Report, BadReportsAreNamedAndChangeNothing) {
     CContainerReport below = m_first.Report();
     below.used->iDisk = -1;
     refuse(below, EFault::BAD_INPUT, "total and used: must not be below 0");
+    CContainerReport huge = m_first.Report();
+    huge.used->iDisk = 536870912;
+    refuse(huge, EFault::BAD_INPUT, "total and used: must not be above 536870911");
     CContainerReport gift = m_first.Report();
     gift.tasks->front().costs = CFigures{0, 0, 0, -1, 0};
     refuse(gift, EFault::BAD_INPUT, "tasks: costs must not be below 0: a");
@@ -332,6 +337,8 @@ TEST_F(Report, BadFiguresOfANodeAreNamedAndChangeNothing) {
     Must(report);
     report.used->iCpu = -1;
     EXPECT_EQ(Do(report).strAbout, "total and used: must not be below 0");
+    report.used->iCpu = std::numeric_limits<int32_t>::max();
+    EXPECT_EQ(Do(report).strAbout, "total and used: must not be above 536870911");
     report.used.reset();
     EXPECT_EQ(Do(report).strAbout, "total and used come together");
     CNode node;

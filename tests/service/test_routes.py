@@ -2,7 +2,7 @@
 
 import pytest
 from api import OPENAPI, Api, filled, operations, resolved
-from service import Service
+from service import Service, await_true
 
 # What stands for the names in paths.
 KNOWN = {"node": "record-01", "type": "MeroRecord", "float_code": "float-01", "plugin": "recording",
@@ -101,3 +101,16 @@ def test_what_seldom_changes_has_a_tag(api):
     again = api.ask("GET", "/api/v1/documents/cluster",
                     headers={"If-None-Match": first.headers["ETag"]})
     assert again.status_code == 304 and not again.content
+
+
+def test_costs_far_beyond_the_total_stay_within_what_the_description_allows(make_service):
+    api = Api(make_service().start().url)
+    largest = 2 ** 31 - 1
+    api.report({"input": "container_report", "node": "record-01", "type": "MeroRecord",
+                "total": {"disk": 1, "net": 1}, "used": {},
+                "tasks": [{"id": f"huge-{i}", "costs": {"disk": largest, "net": largest}}
+                          for i in range(3)]})
+    path = "/api/v1/containers/MeroRecord/record-01"
+    await_true(lambda: api.get(path)["task_count"] == 3, "shown")
+    container = api.get(path)
+    assert container["disk_percent"] == container["net_percent"] == largest

@@ -2,6 +2,7 @@
 
 #include <algorithm>
 #include <cstdint>
+#include <limits>
 
 namespace {
 
@@ -13,7 +14,11 @@ int LoadPercent(const CContainer& container, int32_t (CSystemResource::*pReporte
     for (const CResourceTask& task : container.GetTaskTable()) {
         llCosts += (task.*pCost)();
     }
-    return llTotal > 0 ? static_cast<int>(100 * std::max(llUsed, llCosts) / llTotal) : 0;
+    if (llTotal <= 0) {
+        return 0;
+    }
+    const int64_t llPercent = 100 * std::max(llUsed, llCosts) / llTotal;
+    return static_cast<int>(std::min<int64_t>(llPercent, std::numeric_limits<int>::max()));
 }
 
 }  // namespace
