@@ -328,7 +328,8 @@ CAnswer AnswerMoves(CHandWork& work, const CManualPlan& plan) {
     answer.bInPart = !plan.bound.empty() && plan.bound.size() != work.results.size();
     if (plan.bound.empty() && !work.results.empty()) {
         answer.eFault = EFault::REFUSED_BY_RULE;
-        answer.strAbout = "the fault of each task";
+        const CTaskResult& first = work.results.front();
+        answer.strAbout = first.strTaskId + ": " + first.strFault;
     }
     answer.tasks = std::move(work.results);
     return answer;

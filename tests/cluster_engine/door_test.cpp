@@ -39,7 +39,7 @@ protected:
     std::string FaultOfMove(const CManualMove& move) {
         const CAnswer answer = Do(CManualShift{"MeroRecord", {move}});
         EXPECT_EQ(answer.eFault, EFault::REFUSED_BY_RULE);
-        EXPECT_EQ(answer.strAbout, "the fault of each task");
+        EXPECT_EQ(answer.strAbout, move.strTaskId + ": " + answer.tasks.at(0).strFault);
         return answer.tasks.at(0).strFault;
     }
 };
