@@ -170,6 +170,7 @@ def test_documents_stand_beside_their_limits(page, cluster, url):
 def test_nodes_are_filtered_by_text_and_by_state(page, cluster, url):
     cluster.nodes["record-004"]["online"] = False
     cluster.nodes["record-005"]["draining"] = True
+    cluster.containers["MeroRecord", "record-005"]["shifting"] = True
     page.open(url)
     text = page.find("#filter-text")
     text.send_keys("RECORD-00")

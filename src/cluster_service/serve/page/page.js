@@ -18,8 +18,8 @@ function containerState(container) {
 
 function nodeState(node) {
   if (!node.online) return "offline";
-  if (node.containers.some((one) => one.shifting)) return "shifting";
   if (node.draining) return "draining";
+  if (node.containers.some((one) => one.shifting)) return "shifting";
   if (node.removed) return "removed";
   return node.containers.every((one) => containerState(one)[0] === "online") ? "online" : "in part";
 }
