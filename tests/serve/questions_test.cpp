@@ -230,8 +230,8 @@ TEST_F(Questions, DocumentIsShownAsItIsStored) {
     Load();
     EXPECT_EQ(Get("/api/v1/documents/manager")["text"].asString(), strText);
     EXPECT_EQ(JsonLine(Get("/api/v1/documents/cg_list")),
-              R"({"asked":false,"bytes":2,"document":"cg_list","exists":true,"hex":"ff01",)"
-              R"("limit":1023})");
+              R"({"asked":false,"bytes":2,"document":"cg_list","exists":true,)"
+              R"("fault":"line 1, column 1: a byte that is no UTF-8","hex":"ff01","limit":1023})");
     const Json::Value documents = Get("/api/v1/documents")["documents"];
     EXPECT_THAT(Column(documents, "document"),
                 ElementsAre("cluster", "cloud_storage", "configuration", "cg_list", "center_db",

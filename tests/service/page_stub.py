@@ -29,6 +29,7 @@ class StubCluster:
         self.shifts = []
         self.plugins = [self.plugin("recording", ["MeroRecord"]), self.plugin("image", ["MeroImgDev"])]
         self.documents = {name: limit // 3 for name, limit in LIMITS.items()}
+        self.document_faults = {}
         self.decision = 17
         self.events = []
         self.first = 1000  # the number of the first event of this life
@@ -99,7 +100,8 @@ class StubCluster:
                 {**one, "task_count": len(self.tasks[key])} for key, one in self.containers.items()]},
             "documents": lambda: {"documents": [
                 {"document": name, "exists": True, "asked": True, "bytes": size,
-                 "limit": LIMITS[name]} for name, size in self.documents.items()]},
+                 "limit": LIMITS[name], **self.document_faults.get(name, {})}
+                for name, size in self.documents.items()]},
         }
         body = shown[parts[0]]()
         for name in query.get("fields", [""])[0].split(",") if "fields" in query else []:

@@ -60,3 +60,7 @@ def test_an_unreadable_change_changes_nothing_and_is_said(service, api):
     put(service, "/CloudMain/Cluster", "nonsense")
     await_true(lambda: any(one["event"] == "document_unreadable" for one in api.events()), "said")
     assert [one["node"] for one in api.get("/api/v1/nodes")["nodes"]] == before
+    assert "line 1" in api.get("/api/v1/documents/cluster")["fault"]
+    assert ["fault" in one for one in api.get("/api/v1/documents")["documents"]].count(True) == 1
+    put(service, "/CloudMain/Cluster", (SAMPLE / "cluster.json").read_text(encoding="utf-8"))
+    await_true(lambda: "fault" not in api.get("/api/v1/documents/cluster"), "mended")

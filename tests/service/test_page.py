@@ -164,6 +164,10 @@ def test_documents_stand_beside_their_limits(page, cluster, url):
     cluster.decision = 4711
     cluster.happen("document_reloaded", "has a new document")
     page.says("#document-list", "center db nearly full")
+    cluster.document_faults = {"cg_list": {"fault": "line 3: is no JSON"}}
+    cluster.happen("document_unreadable", "cannot be read")
+    page.says("#document-list", "cg list cannot be read")
+    page.says("#document-list", "line 3: is no JSON")
     page.says("#version-decision", "4711")
 
 

@@ -80,3 +80,8 @@ void CDocumentTexts::SetLocked(EDocument eDocument, CStoredDocument document) {
     (*pTexts)[NameOf(eDocument)] = std::move(document);
     m_pTexts = std::move(pTexts);
 }
+
+std::optional<CDocumentFault> FindFault(EDocument eDocument, const CStoredDocument& stored) {
+    const bool bEmpty = !stored.text || stored.text->empty();
+    return bEmpty ? std::nullopt : FindRefusal(StoreDocumentOf(eDocument), *stored.text);
+}

@@ -5,8 +5,10 @@
 #include <map>
 #include <memory>
 #include <mutex>
+#include <optional>
 #include <string>
 
+#include "command/document_fault.h"
 #include "reference_host/store.h"
 #include "serve/cluster_view.h"
 #include "serve/document_name.h"
@@ -47,3 +49,6 @@ private:
     std::array<CKnown, AllDocuments().size()> m_known;  ///< by EDocument
     std::shared_ptr<const Texts> m_pTexts;
 };
+
+/// Why the cluster cannot take in what the store has of the document; nothing when it can.
+std::optional<CDocumentFault> FindFault(EDocument eDocument, const CStoredDocument& stored);

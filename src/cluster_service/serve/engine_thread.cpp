@@ -3,7 +3,6 @@
 #include <algorithm>
 #include <utility>
 
-#include "command/document_fault.h"
 #include "reference_host/code_text.h"
 #include "serve/document_name.h"
 
@@ -42,11 +41,8 @@ bool IsWork(const InputBody& input) {
 std::string FaultsOf(const CDocumentTexts::Texts& texts) {
     std::string strFaults;
     for (const EDocument eDocument : AllDocuments()) {
-        const std::string strText = texts.at(NameOf(eDocument)).text.value_or("");
-        const CStoreDocument& document = StoreDocumentOf(eDocument);
-        const auto fault = strText.empty() ? std::nullopt : FindRefusal(document, strText);
-        if (fault) {
-            strFaults += "; " + StorePath(document) + ": " + TextOf(*fault);
+        if (const auto fault = FindFault(eDocument, texts.at(NameOf(eDocument)))) {
+            strFaults += "; " + StorePath(StoreDocumentOf(eDocument)) + ": " + TextOf(*fault);
         }
     }
     return strFaults;

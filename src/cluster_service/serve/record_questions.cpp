@@ -3,6 +3,7 @@
 #include <vector>
 
 #include "serve/document_name.h"
+#include "serve/document_texts.h"
 #include "serve/field_names.h"
 #include "serve/list_options.h"
 #include "serve/question.h"
@@ -44,6 +45,9 @@ Json::Value ShownDocument(EDocument eDocument, const CStoredDocument& stored) {
     writer.Need("asked", stored.bReadable);
     writer.Need("bytes", stored.text ? stored.text->size() : 0);
     writer.Need("limit", StoreDocumentOf(eDocument).GetMaxSize());
+    if (const auto fault = FindFault(eDocument, stored)) {
+        json["fault"] = TextOf(*fault);
+    }
     return json;
 }
 

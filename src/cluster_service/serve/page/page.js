@@ -219,10 +219,10 @@ const documentList = new KeyedList(byId("document-list"), byId("document-templat
     const percent = Math.round(100 * one.bytes / one.limit);
     part.text("name", one.name.replaceAll("_", " "));
     part.text("word", !one.asked ? "the store could not be asked" : !one.exists ? "not there"
-      : percent >= 80 ? "nearly full" : "");
+      : one.fault ? "cannot be read" : percent >= 80 ? "nearly full" : "");
     part.percent("size", percent);
     part.text("text", `${one.bytes.toLocaleString()} of ${one.limit.toLocaleString()} bytes, ` +
-      `${percent} %`);
+      `${percent} %${one.fault && `; ${one.fault}`}`);
   });
 
 function showCluster(cluster) {

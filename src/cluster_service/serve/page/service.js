@@ -44,6 +44,7 @@ export const read = {
   })),
   documents: (it) => it.documents.map((one) => ({
     name: one.document, exists: one.exists, asked: one.asked, bytes: one.bytes, limit: one.limit,
+    fault: one.fault ?? "",
   })),
   settings: (it) => ({ clusterCode: it.cluster_code }),
   tasks: (it) => it.tasks.map((one) => one.name ? `${one.id} (${one.name})` : one.id),
