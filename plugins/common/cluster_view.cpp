@@ -214,12 +214,11 @@ void CClusterView::FollowTasks(uint32_t uiContainer, const CContainer& container
         ReadTasks(uiContainer, container.GetTaskTable());
     }
     entry.ullTaskTable = container.GetTaskTableNumber();
-    entry.uiTableEntries = container.GetTaskTable().size();
 }
 
 void CClusterView::ReadMoreTasks(uint32_t uiContainer, const std::list<CResourceTask>& taskTable) {
     CContainerEntry& entry = m_containers[uiContainer];
-    const std::size_t uiMore = taskTable.size() - entry.uiTableEntries;
+    const std::size_t uiMore = taskTable.size() - entry.load.GetTaskCount();
     for (auto it = std::prev(taskTable.end(), static_cast<std::ptrdiff_t>(uiMore));
          it != taskTable.end(); ++it) {
         const TaskCosts costs = CostsOf(*it);

@@ -1,6 +1,5 @@
 #pragma once
 
-#include <cstddef>
 #include <cstdint>
 #include <list>
 #include <map>
@@ -119,7 +118,6 @@ private:
         CContainerLoad load;
         ResourceFigures taskSum{};
         uint64_t ullTaskTable = 0;  ///< CContainer::GetTaskTableNumber when the tasks were read
-        std::size_t uiTableEntries = 0;  ///< read then, those of one id included
         uint32_t uiFirstTask = NUMERIC_NONE;
         uint32_t uiLastTask = NUMERIC_NONE;
         const char* pszNotReady = PSZ_NOT_THERE;  ///< of WhyNotReady
@@ -174,7 +172,7 @@ private:
     void FollowTasks(uint32_t uiContainer, const CContainer& container);
     void ReadTasks(uint32_t uiContainer, const std::list<CResourceTask>& taskTable);
 
-    /// Reads what stands behind the entries that were read.
+    /// Reads what stands behind the entries that were read: so many as the load counts.
     void ReadMoreTasks(uint32_t uiContainer, const std::list<CResourceTask>& taskTable);
 
     /// Puts the task behind those of the container.
