@@ -73,8 +73,8 @@ TEST_F(JournalFiles, DeviceIsNotRemoved) {
 
 TEST_F(JournalFiles, OldestAreRemovedAndNobodyElses) {
     const std::vector<std::string> others = {
-        "journa",   "journal.",  "journal.1", "journal.02", "journal.2.gz", "journal.-2",
-        "journals", "journal.x", "other.2",   "journal.2x", "Journal.2"};
+        "journa",     "journal.0", "journal.",  "journal.1", "journal.02", "journal.2.gz",
+        "journal.-2", "journals",  "journal.x", "other.2",   "journal.2x", "Journal.2"};
     for (const std::string& strName : others) {
         m_dir.WriteFile(strName, "");
     }

@@ -21,7 +21,8 @@ std::optional<uint64_t> NumberOf(const std::string& strFirst, const std::string&
         std::from_chars(strName.data() + strFirst.size() + 1, strName.data() + strName.size(),
                         ullNumber);
     }
-    return NameOf(strFirst, ullNumber) == strName ? std::optional(ullNumber) : std::nullopt;
+    const bool bOurs = ullNumber != 0 && NameOf(strFirst, ullNumber) == strName;
+    return bOurs ? std::optional(ullNumber) : std::nullopt;
 }
 
 }  // namespace
@@ -30,9 +31,11 @@ std::vector<uint64_t> CJournalFiles::Find() const {
     const fs::path first = fs::absolute(m_strFirst);
     std::vector<uint64_t> numbers;
     std::error_code error;
-    for (const fs::directory_entry& entry : fs::directory_iterator(first.parent_path(), error)) {
-        const auto number = NumberOf(first.filename().string(), entry.path().filename().string());
-        if (number && entry.is_regular_file(error)) {
+    std::error_code errorOfFile;
+    for (fs::directory_iterator it(first.parent_path(), error);
+         !error && it != fs::directory_iterator(); it.increment(error)) {
+        const auto number = NumberOf(first.filename().string(), it->path().filename().string());
+        if (number && it->is_regular_file(errorOfFile)) {
             numbers.push_back(*number);
         }
     }
@@ -42,7 +45,11 @@ std::vector<uint64_t> CJournalFiles::Find() const {
 
 std::string CJournalFiles::NameNext() {
     const std::vector<uint64_t> numbers = Find();
-    m_ullLast = std::max(m_ullLast, numbers.empty() ? 0 : numbers.back()) + 1;
+    m_ullLast = std::max(m_ullLast, numbers.empty() ? 0 : numbers.back());
+    std::error_code error;
+    do {
+        ++m_ullLast;
+    } while (fs::is_regular_file(NameOf(m_strFirst, m_ullLast), error));
     return NameOf(m_strFirst, m_ullLast);
 }
 

@@ -28,7 +28,7 @@ public:
     std::string RemoveOldest() const;
 
 private:
-    /// The numbers of those that are there, in order.
+    /// The numbers of those that are there, in order; none where the folder cannot be listed.
     std::vector<uint64_t> Find() const;
 
     std::string m_strFirst;
